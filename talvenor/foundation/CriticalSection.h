@@ -11,14 +11,13 @@
 // again, and the worst case of the lost wake-up is that millisecond. (A membarrier(2) by the sleeper would close the gap
 // exactly, were Leave to look for sleepers after its store. It must look before: once the store is visible another
 // thread may enter, leave and destroy the section, so that Leave may no longer read it.)
-//
-// The identity of a thread is its thread pointer: one register, unique among the living threads.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
 
 #include "talvenor/Export.h"
+#include "talvenor/platform/ThreadIdentity.h"
 
 class TALVENOR_API CriticalSection
 {
@@ -37,7 +36,7 @@ public:
 
    void Leave()
    {
-      if (itsOwner.load(std::memory_order_relaxed) != ThisThread() || --itsDepth != 0)
+      if (itsOwner.load(std::memory_order_relaxed) != TNPlatform::ThisThread() || --itsDepth != 0)
       {
          return;
       }
@@ -52,7 +51,7 @@ public:
    // True when the section was entered without waiting.
    bool TryEnter()
    {
-      const std::uintptr_t aThread = ThisThread();
+      const std::uintptr_t aThread = TNPlatform::ThisThread();
       std::uintptr_t anOwner = itsOwner.load(std::memory_order_relaxed);
       if (anOwner == aThread)
       {
@@ -75,7 +74,6 @@ public:
    }
 
 private:
-   static std::uintptr_t ThisThread() { return reinterpret_cast<std::uintptr_t>(__builtin_thread_pointer()); }
    void WaitAndEnter();
    void WakeOne();
 

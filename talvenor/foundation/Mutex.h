@@ -14,6 +14,7 @@ class TALVENOR_API Mutex
 {
 public:
    constexpr Mutex() = default;
+   ~Mutex();
    Mutex(const Mutex&) = delete;
    Mutex& operator=(const Mutex&) = delete;
 

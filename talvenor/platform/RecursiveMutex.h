@@ -6,7 +6,10 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <pthread.h>
+
+#include "talvenor/platform/ThreadIdentity.h"
 
 namespace TNPlatform
 {
@@ -35,10 +38,13 @@ private:
 
    bool Ready() { return itsState.load(std::memory_order_acquire) == kBuilt || Build(); }
    bool Build();
+   bool Acquired(int theError);
    bool ReleaseWhollyAndDestroy();
 
    pthread_mutex_t itsMutex = {};
    std::atomic<State> itsState = kUnbuilt;
+   unsigned int itsDepth = 0;                 // taken this often; belongs to the holder
+   std::atomic<std::uintptr_t> itsHolder = 0; // thread pointer, 0 while the mutex is free
 };
 
 } // namespace TNPlatform
