@@ -121,14 +121,15 @@ public:
    }
 
 protected:
-   // How many allocations the tables are made for.
+   // The number of buckets of both tables, which grow on their own as well; tables not yet made start small.
    void SetHashTableSize(unsigned int theSize);
 
 private:
    struct Tables;
 
-   const MPrivateDataDictionary* DictionaryOfBlock(UINT16 theGroup, UINT16 theElement) const;
-   int Register(std::string_view theCreator, UINT16 theGroup, UINT16 theBlock);
+   // The creator element of the creator's block in the group of its dictionary; without a dictionary, that in the
+   // lowest group.
+   const MAttributeTag* FindAnyAllocation(std::string_view theCreator) const;
 
    std::unique_ptr<Tables> itsTables; // null until something is registered
    const MDataDictionary* itsPublicDictionary;

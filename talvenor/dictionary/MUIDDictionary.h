@@ -31,8 +31,8 @@ public:
    bool Load(std::istream& theStream);
    void Unload();
 
-   // Takes the entry; null is ignored. A mnemonic or UID that is already there throws InvalidEntryDescriptionException,
-   // and the entry is destroyed.
+   // Takes the entry's contents and destroys it, also when a mnemonic or UID that is already there makes this throw
+   // InvalidEntryDescriptionException. Null is ignored.
    void Add(MUIDDictionaryEntry* theEntry);
    // Adds a copy.
    void Add(const MUIDDictionaryEntry& theEntry);
@@ -79,8 +79,8 @@ private:
       }
    };
 
-   // theWhere ends the text of the exception for a duplicate.
-   void Insert(MUIDDictionaryEntry&& theEntry, const RWCString& theWhere);
+   // theLine is the line that a duplicate is reported at; 0 when it comes from no file.
+   void Insert(MUIDDictionaryEntry&& theEntry, unsigned int theLine);
 
    std::deque<MUIDDictionaryEntry> itsEntries;
    FlatIndex<MUIDDictionaryEntry, std::string_view, MnemonicTraits> itsByMnemonic;

@@ -8,7 +8,7 @@ class TALVENOR_API PrivateAllocation
 {
 public:
    PrivateAllocation(const RWCString& theCreator, UINT16 theGroup)
-       : itsHash(TextHash(theCreator) * 7 + theGroup), itsCreator(theCreator), itsGroup(theGroup)
+       : itsHash(HashOf(theCreator, theGroup)), itsCreator(theCreator), itsGroup(theGroup)
    {}
 
    bool operator==(const PrivateAllocation& theOther) const
@@ -19,6 +19,10 @@ public:
    const RWCString& GetPrivateCreatorID() const { return itsCreator; }
    UINT16 GetGroup() const { return itsGroup; }
 
+   static unsigned int HashOf(std::string_view theCreator, UINT16 theGroup)
+   {
+      return TextHash(theCreator) * 7 + theGroup;
+   }
    unsigned int hash() const { return itsHash; }
    static unsigned int HashObject(const PrivateAllocation& theAllocation) { return theAllocation.itsHash; }
 
