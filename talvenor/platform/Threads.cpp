@@ -24,8 +24,8 @@ struct Start
 
 void* RunStart(void* theStart)
 {
-   const std::unique_ptr<const Start> aStart(static_cast<const Start*>(theStart));
-   aStart->itsFunction(aStart->itsArgument);
+   const Start aStart = *std::unique_ptr<const Start>(static_cast<const Start*>(theStart));
+   aStart.itsFunction(aStart.itsArgument);
    return nullptr;
 }
 
