@@ -170,7 +170,6 @@ protected:
    void BeginEntry(SeverityLevel theSeverity); // locks, then records time, number and severity
    void WriteStartLine() { WriteMarkerLine(itsStartMarker); }
    void WriteEndLine() { WriteMarkerLine(itsEndMarker); }
-   void ReleaseEntry(); // unlocks the chain and this stream
 
    // Ends the hold of an entry on its mutexes, whatever the work before that throws, and keeps errno.
    class EntryRelease
@@ -186,6 +185,9 @@ protected:
       int itsErrno;
    };
 
+   // The output at the end of the redirect chain, null if there is none.
+   std::ostream* Output() const { return ChainEnd().itsOutput.get(); }
+
    mutable Mutex itsMutex;
 
 private:
@@ -199,7 +201,6 @@ private:
       return *aLog;
    }
    LogStream& ChainEnd() { return const_cast<LogStream&>(static_cast<const LogStream*>(this)->ChainEnd()); }
-   std::ostream* Output() const { return ChainEnd().itsOutput.get(); }
    bool WouldCycle(const LogStream& theTarget) const;
 
    // Has theWriter write to the capture stream, if there is one, and then to the output.
