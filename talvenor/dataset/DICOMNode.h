@@ -36,6 +36,9 @@ public:
    // inherited one belongs to many datasets and must not be changed.
    VR* Find(UINT32 theTag) const;
 
+   // The node's own element, null when it has none of that tag itself.
+   VR* FindOwn(UINT32 theTag) const;
+
    // Unlinks the element and hands it to the caller, null when there is none. Removing an inherited element first
    // copies everything inherited into this node and detaches it.
    VR* Remove(UINT32 theTag);

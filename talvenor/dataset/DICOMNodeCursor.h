@@ -16,6 +16,10 @@ public:
    explicit DICOMNodeCursor(const DICOMNode& theNode) : itsNode(theNode) {}
 
    void Rewind();
+
+   // Goes on with the first element whose tag is theTag or above.
+   void Seek(UINT32 theTag);
+
    VR* Next();   // null at the end
 
 private:
