@@ -8,6 +8,8 @@
 // window ever reads beyond the end of one around it. Not locked: one thread at a time.
 #pragma once
 
+#include <algorithm>
+
 #include "talvenor/io/InputStream.h"
 
 class TALVENOR_API BoundedInputStream final : public InputStream
@@ -29,7 +31,15 @@ public:
 
    // Additions to the listed operations: the number of bytes that this window and those around it still allow, and the
    // reading of them. SkipRemaining returns the number of bytes skipped, less than GetRemaining when the stream ends.
-   unsigned int GetRemaining() const;
+   unsigned int GetRemaining() const
+   {
+      unsigned int aRemaining = itsBytesAllowed;
+      for (const BoundedInputStream* aWindow = itsOuter; aWindow != nullptr; aWindow = aWindow->itsOuter)
+      {
+         aRemaining = std::min(aRemaining, aWindow->itsBytesAllowed);
+      }
+      return aRemaining;
+   }
    unsigned int SkipRemaining();
 
 private:

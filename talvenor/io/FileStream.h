@@ -43,6 +43,8 @@ public:
    FileStreamBuffer* rdbuf() { return &itsBuffer; }
 
 private:
+   [[noreturn]] void Fail(const char* theMessage);
+
    static unsigned int itsDefaultBufferSize;
 
    FileStreamBuffer itsBuffer;

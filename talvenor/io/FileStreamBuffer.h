@@ -11,6 +11,7 @@
 // Not locked: one thread at a time.
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 #include <ios>
 #include <memory>
@@ -22,7 +23,7 @@ class TALVENOR_API FileStreamBuffer : public std::streambuf
 {
 public:
    // theSize is the size of the buffer in bytes; 0 reads and writes unbuffered. The memory is taken at the first use.
-   explicit FileStreamBuffer(unsigned int theSize) : itsSize(theSize) {}
+   explicit FileStreamBuffer(unsigned int theSize) : itsSize(std::min(theSize, kLargestBuffer)) {}
 
    // Closes the file.
    ~FileStreamBuffer() override;
@@ -49,7 +50,7 @@ public:
    // cleared), and returns their number.
    std::size_t ReadBytes(unsigned char* theBuffer, std::size_t theCount, bool& theFailed)
    {
-      if (theCount <= static_cast<std::size_t>(egptr() - gptr()))
+      if (theCount - 1 < static_cast<std::size_t>(egptr() - gptr())) // 0 bytes go the other way: gptr may be null
       {
          std::memcpy(theBuffer, gptr(), theCount);
          setg(eback(), gptr() + theCount, egptr());
@@ -88,6 +89,8 @@ protected:
    std::streambuf* setbuf(char* theBuffer, std::streamsize theSize) override;
 
 private:
+   static constexpr unsigned int kLargestBuffer = 1U << 30; // the standard moves pointers by int
+
    enum class Activity
    {
       kNone,    // nothing buffered; itsPosition is the position
@@ -95,18 +98,23 @@ private:
       kWriting  // itsPosition is that of pbase()
    };
 
-   bool Opened(unsigned int theFlags, const char* theName);
+   bool Opened(const char* theName, unsigned int theFlags);
    bool Failed(int theError);
-   void NeedBuffer();
-   bool StartReading();
-   bool StartWriting();
-   bool WritePending();
-   void DropReadAhead();
-   bool Fill();
-   std::size_t ReadBeyondBuffer(char* theBuffer, std::size_t theCount, bool& theFailed);
-   std::ptrdiff_t ReadOnce(char* theBuffer, std::size_t theCount);
-   bool WriteOut(const char* theBytes, std::size_t theCount);
    bool HasPositions();
+   void NeedBuffer();
+   void ForgetBuffered();
+
+   bool StartReading();
+   std::size_t ReadBeyondBuffer(char* theBuffer, std::size_t theCount, bool& theFailed);
+   std::size_t TakeBuffered(char* theBuffer, std::size_t theCount);
+   std::ptrdiff_t Fill();
+   std::ptrdiff_t ReadOnce(char* theBuffer, std::size_t theCount);
+
+   bool StartWriting();
+   bool WritePending() { return WritePendingAnd(nullptr, 0); }
+   bool WritePendingAnd(const char* theBytes, std::size_t theCount);
+   std::ptrdiff_t WriteOnce(const char* theFirst, std::size_t theFirstCount, const char* theSecond,
+                            std::size_t theSecondCount);
 
    TNPlatform::FileHandle itsFile;
    std::unique_ptr<char[]> itsOwnBuffer;

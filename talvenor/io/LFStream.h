@@ -104,7 +104,7 @@ public:
       return aCount;
    }
 
-   // 64-bit positions, as fast. SetPosition clears eofbit.
+   // 64-bit positions, as fast. SetPosition clears eofbit and failbit; false with errno.
    UINT64 GetPosition() const { return itsBuffer.GetPosition(); }
    bool SetPosition(UINT64 thePosition);
 
@@ -124,10 +124,13 @@ protected:
 private:
    friend class TNXInitializer;
 
-   class RetryTimer;
+   class Patience;
 
-   int LockWith(RetryTimer& theTimer, LockMode theMode);
-   int UnlockHeld();
+   void Opened(bool isOpen);
+   bool CloseFile();
+   int LockWith(const Patience& thePatience, LockMode theMode);
+   int InterProcessLock(const Patience& thePatience, bool isExclusive);
+   bool Told(bool hasSucceeded);
    void EndedShort(bool hasFailed);
    static LFStreamLockTable& LockTable();
 
