@@ -14,13 +14,6 @@ constexpr UINT16 kFirstBlock = 0x0010; // PS3.5 7.8.1
 constexpr UINT16 kLastBlock = 0x00FF;
 constexpr std::size_t kMaximumIdentifier = 64; // the length of an LO
 
-std::string_view WithoutSpaces(std::string_view theText)
-{
-   const std::size_t aFirst = theText.find_first_not_of(' ');
-   return aFirst == std::string_view::npos ? std::string_view()
-                                           : theText.substr(aFirst, theText.find_last_not_of(' ') - aFirst + 1);
-}
-
 UINT32 BlockKey(UINT16 theGroup, UINT16 theBlock)
 {
    return static_cast<UINT32>(theGroup) << 16 | theBlock;
@@ -100,6 +93,13 @@ InstanceSpecificDataDictionary::operator=(const InstanceSpecificDataDictionary& 
 }
 
 InstanceSpecificDataDictionary::~InstanceSpecificDataDictionary() = default;
+
+std::string_view InstanceSpecificDataDictionary::WithoutSpaces(std::string_view theText)
+{
+   const std::size_t aFirst = theText.find_first_not_of(' ');
+   return aFirst == std::string_view::npos ? std::string_view()
+                                           : theText.substr(aFirst, theText.find_last_not_of(' ') - aFirst + 1);
+}
 
 bool InstanceSpecificDataDictionary::IsValidPrivateCreatorIdentifier(std::string_view theText)
 {

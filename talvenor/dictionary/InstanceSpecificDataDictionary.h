@@ -127,6 +127,9 @@ protected:
 private:
    struct Tables;
 
+   // NULs are no spaces: a value padded with them names no creator.
+   static std::string_view WithoutSpaces(std::string_view theText);
+
    // The creator element of the creator's block in the group of its dictionary; without a dictionary, that in the
    // lowest group.
    const MAttributeTag* FindAnyAllocation(std::string_view theCreator) const;
