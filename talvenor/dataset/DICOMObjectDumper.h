@@ -1,14 +1,26 @@
 // Prints datasets, elements and files as readable text: a line an element with its tag, length, value representation,
 // description and a bounded rendering of the value, sequences framed and indented, command sets with their command,
-// status and data set type spelt out. Bytes below 0x20 and 0x7F show as "." so that a value cannot forge lines.
+// status and data set type spelt out:
 //
-// Each text goes to the dumper's own log stream, else to the default one, else nowhere. Not locked: DICOMObject::Dump
-// holds the dataset and the log while it prints.
+//    --------- Start of DICOM Data Object ---------
+//    (0008, 0016) 26/UI "SOP Class UID": "1.2.840.10008.5.1.4.1.1.2" (CT Image Storage)
+//    Start of Sequence (Referenced Image Sequence)
+//        > --------- Start of Item 0 of 1 ---------
+//        > (0008, 1155) 4/UI "Referenced SOP Instance UID": "1.2"
+//        > --------- End of Item 0 of 1 ---------
+//    End of Sequence (Referenced Image Sequence)
+//    (0028, 0010) 2/US "Rows": 512
+//    --------- End of DICOM Data Object ---------
+//
+// Numbers are decimal, floats with the shortest digits that read back as the same value. Bytes below 0x20 and 0x7F show
+// as "." so that a value cannot forge lines; others pass as they are, in the character set of the dataset.
+//
+// Each text goes to the dumper's own log stream, else to the default one, else nowhere. Nothing is computed while the
+// stream is off. Not locked: hold the dataset and the log while a dump runs, as DICOMObject::Dump does.
 #pragma once
 
+#include <iosfwd>
 #include <memory>
-#include <ostream>
-#include <string>
 
 #include "talvenor/foundation/BasicTypes.h"
 #include "talvenor/io/TNEndian.h"
@@ -24,22 +36,27 @@ class TALVENOR_API DICOMObjectDumper
 {
 public:
    DICOMObjectDumper();
-   explicit DICOMObjectDumper(LogStream& theStream);   // borrowed
+   explicit DICOMObjectDumper(LogStream& theStream); // borrowed
    ~DICOMObjectDumper();
    DICOMObjectDumper(const DICOMObjectDumper&) = delete;
    DICOMObjectDumper& operator=(const DICOMObjectDumper&) = delete;
 
-   // The stream to print to: a log stream or a standard stream (both borrowed), or a log stream over a file (owned).
+   // The stream to print to: a log stream or a standard stream (both borrowed), or a log stream over a file (owned),
+   // which is appended to. A file that cannot be opened leaves a stream that is off.
    void SetStream(LogStream& theStream);
    void SetStream(std::ostream& theStream);
    void SetStream(const RWCString& theFileName);
+   // Back to the default stream.
    void UnsetStream();
 
-   // The stream of dumpers that have none; the default one that was owned before is destroyed.
+   // The stream of dumpers that have none; the default one that was owned before is destroyed. To be set before other
+   // threads dump.
    static void SetDefaultStream(LogStream& theStream);
    static void SetDefaultStream(std::ostream& theStream);
    static void SetDefaultStream(const RWCString& theFileName);
+   static void UnsetDefaultStream();
 
+   // Elements are read in the dataset's byte order and explained by its own dictionary.
    void Dump(const DICOMObject& theObject);
    void Dump(const DICOMDataObject& theObject);
    void Dump(const DICOMCommandObject& theObject);
@@ -54,18 +71,23 @@ public:
    void DumpVR(const VR& theVR, const InstanceSpecificDataDictionary& theDictionary);
    void DumpVR(const VR& theVR, TNEndian::EndianType theEndian, const InstanceSpecificDataDictionary& theDictionary);
 
-   // The rendering of a value by its type code; theDictionary (may be null) explains a single attribute tag.
+   // The rendering of a value by its type code, without a line end; theDictionary (may be null) explains a single
+   // attribute tag.
    void PrintData(UINT32 theLength, const unsigned char* theValue, UINT16 theTypeCode, TNEndian::EndianType theEndian,
                   const InstanceSpecificDataDictionary* theDictionary = nullptr);
 
-   static bool IsAlpha(unsigned char theByte);   // printable ASCII
+   static bool IsAlpha(unsigned char theByte); // printable ASCII
    static bool IsDataAlpha(UINT32 theLength, const unsigned char* theValue);
 
+   static LogStream* itsDefaultStream; // null while there is none
+
 private:
-   void DumpDOInternal(const DICOMObject& theObject, const RWCString& theTitle, unsigned int theIndentation,
-                       unsigned int theNesting);
+   void DumpSet(const DICOMObject& theObject, const char* theTitle);
+   LogStream* GetStreamInUse() const; // null when nothing would be written
+   static void ReplaceDefaultStream(LogStream* theStream, bool theOwns);
+
+   static bool itsOwnsDefaultStream;
 
    LogStream* itsStream = nullptr;
    std::unique_ptr<LogStream> itsOwnStream;
-   std::string itsText;   // the lines being composed; written to the stream in large pieces
 };
