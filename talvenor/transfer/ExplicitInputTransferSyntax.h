@@ -11,4 +11,9 @@ public:
 
 protected:
    using InputTransferSyntax::InputTransferSyntax;
+
+private:
+   template <class>
+   friend class ElementDecoder;
+   struct Policy;   // what differs from the other encoding
 };

@@ -18,5 +18,9 @@ protected:
    using InputTransferSyntax::InputTransferSyntax;
 
 private:
+   template <class>
+   friend class ElementDecoder;
+   struct Policy;   // what differs from the other encoding
+
    bool itsIsSigned = false;
 };

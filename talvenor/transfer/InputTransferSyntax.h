@@ -73,7 +73,7 @@ protected:
    void SetAtStopAtLimit(int theFlag) { itsLevelEnd = theFlag ? AtStopLimit : NotEnded; }
 
 private:
-   template <class Policy>
+   template <class>
    friend class ElementDecoder;
 
    // A decoder for the content of a sequence or, with theTag kItem, of an item: on this stream, or on a window of

@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "talvenor/foundation/BasicTypes.h"
+#include "talvenor/foundation/Mutex.h"
 #include "talvenor/transfer/TransferSyntaxType.h"
 
 class TALVENOR_API TransferSyntaxManager
@@ -38,5 +39,7 @@ public:
    static TransferSyntaxType::BasicTransferSyntaxType GetBasicTransferSyntaxType(const RWCString& theUID);
 
 private:
+   static Mutex itsMutex;   // guards the changes of every registry
+
    std::unordered_map<RWCString, std::unique_ptr<TransferSyntaxType>> itsTypes;
 };

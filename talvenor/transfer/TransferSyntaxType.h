@@ -71,8 +71,8 @@ public:
    unsigned int hash() const;
 
    // By basic kind; false for UnknownBasicType.
-   static bool IsExplicit(BasicTransferSyntaxType theType);
-   static bool IsLittleEndian(BasicTransferSyntaxType theType);
+   static int IsExplicit(BasicTransferSyntaxType theType);
+   static int IsLittleEndian(BasicTransferSyntaxType theType);
 
    // Whether the UID is one of the three uncompressed syntaxes.
    static bool IsUncompressed(const RWCString& theUID);

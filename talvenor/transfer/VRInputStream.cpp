@@ -1,0 +1,3 @@
+#include "talvenor/transfer/VRInputStream.h"
+
+VRInputStream::~VRInputStream() = default;
