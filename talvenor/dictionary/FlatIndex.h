@@ -18,26 +18,35 @@ template <class Entry, class Key, class Traits>
 class FlatIndex
 {
 public:
-   Entry* Find(const Key& theKey) const
+   static UINT32 HashOf(const Key& theKey) { return Traits::Hash(theKey); }
+
+   Entry* Find(const Key& theKey) const { return Find(theKey, HashOf(theKey)); }
+   // With the hash of the key, for callers who need it twice.
+   Entry* Find(const Key& theKey, UINT32 theHash) const
    {
       if (itsCapacity == 0)
+      {
          return nullptr;
-      const UINT32 aHash = Traits::Hash(theKey);
-      for (std::size_t aSlot = Home(aHash);; aSlot = Next(aSlot))
+      }
+      for (std::size_t aSlot = Home(theHash);; aSlot = Next(aSlot))
       {
          const Slot& aCandidate = itsSlots[aSlot];
          if (aCandidate.itsEntry == nullptr)
+         {
             return nullptr;
-         if (aCandidate.itsHash == aHash && Traits::Equal(*aCandidate.itsEntry, theKey))
+         }
+         if (aCandidate.itsHash == theHash && Traits::Equal(*aCandidate.itsEntry, theKey))
+         {
             return aCandidate.itsEntry;
+         }
       }
    }
 
-   // Inserts without looking for an equal key.
-   void Insert(const Key& theKey, Entry* theEntry)
+   // Inserts under the hash of the entry's key, without looking for an equal one.
+   void Insert(UINT32 theHash, Entry* theEntry)
    {
       Reserve(itsSize + 1);
-      Place(Slot{Traits::Hash(theKey), theEntry});
+      Place(Slot{theHash, theEntry});
       ++itsSize;
    }
 
@@ -45,7 +54,9 @@ public:
    void Reserve(std::size_t theCount)
    {
       if (theCount * 3 > itsCapacity * 2)
+      {
          Rebuild(std::bit_ceil(theCount * 3 / 2 + 8));
+      }
    }
 
    void Clear()
@@ -72,7 +83,9 @@ private:
    {
       std::size_t aSlot = Home(theSlot.itsHash);
       while (itsSlots[aSlot].itsEntry != nullptr)
+      {
          aSlot = Next(aSlot);
+      }
       itsSlots[aSlot] = theSlot;
    }
 
@@ -84,8 +97,12 @@ private:
       itsCapacity = theCapacity;
       itsShift = 32 - static_cast<unsigned int>(std::countr_zero(theCapacity));
       for (std::size_t aSlot = 0; aSlot < anOldCapacity; ++aSlot)
+      {
          if (anOld[aSlot].itsEntry != nullptr)
+         {
             Place(anOld[aSlot]);
+         }
+      }
    }
 
    std::unique_ptr<Slot[]> itsSlots;

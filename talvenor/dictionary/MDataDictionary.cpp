@@ -100,7 +100,7 @@ MDataDictionary::~MDataDictionary() = default;
 void MDataDictionary::CopyFrom(const MDataDictionary& theOther)
 {
    itsBuckets = std::max(theOther.itsBuckets, theOther.Size());
-   theOther.ForEach([this](const MDDEntry& theEntry) { Index(itsLoaded.emplace_back(theEntry)); });
+   theOther.ForEach([this](const MDDEntry& theEntry) { Add(theEntry); });
    itsPrivateCreatorID = theOther.itsPrivateCreatorID;
    itsPrivateBlockGroup = theOther.itsPrivateBlockGroup;
 }
@@ -154,12 +154,13 @@ void MDataDictionary::LoadLine(std::string_view theLine, unsigned int theNumber)
    {
       throw InvalidValueTypeException(static_cast<UINT32>(aFields.itsType), nullptr, 0);
    }
-   if (Holds(MAttributeTag(aFields.itsGroup, aFields.itsElement).GetTag(), aFields.itsName))
+   const UINT32 aNameHash = itsByName.HashOf(aFields.itsName);
+   if (Holds(MAttributeTag(aFields.itsGroup, aFields.itsElement).GetTag(), aFields.itsName, aNameHash))
    {
       ThrowAtLine("Duplicate data dictionary entry description at line ", theNumber, theLine);
    }
    CheckPrivateBlock(aFields, theLine, theNumber);
-   Index(itsLoaded.emplace_back(aFields));
+   Index(itsLoaded.emplace_back(aFields), aNameHash);
 }
 
 void MDataDictionary::CheckPrivateBlock(const MDDEntry::Fields& theFields, std::string_view theLine,
@@ -192,36 +193,41 @@ void MDataDictionary::Unload()
 
 void MDataDictionary::Add(MDDEntry* theEntry)
 {
-   if (theEntry == nullptr || Holds(theEntry->GetTag(), theEntry->Name()))
+   if (theEntry == nullptr)
    {
       return;
    }
-   itsAdded.emplace_back(theEntry);
-   Index(*theEntry);
+   const UINT32 aNameHash = itsByName.HashOf(theEntry->Name());
+   if (!Holds(theEntry->GetTag(), theEntry->Name(), aNameHash))
+   {
+      itsAdded.emplace_back(theEntry);
+      Index(*theEntry, aNameHash);
+   }
 }
 
 void MDataDictionary::Add(const MDDEntry& theEntry)
 {
-   if (!Holds(theEntry.GetTag(), theEntry.Name()))
+   const UINT32 aNameHash = itsByName.HashOf(theEntry.Name());
+   if (!Holds(theEntry.GetTag(), theEntry.Name(), aNameHash))
    {
-      Index(itsLoaded.emplace_back(theEntry));
+      Index(itsLoaded.emplace_back(theEntry), aNameHash);
    }
 }
 
-bool MDataDictionary::Holds(UINT32 theTag, std::string_view theName) const
+bool MDataDictionary::Holds(UINT32 theTag, std::string_view theName, UINT32 theNameHash) const
 {
-   return FindListed(theTag) != nullptr || itsByName.Find(theName) != nullptr;
+   return FindListed(theTag) != nullptr || itsByName.Find(theName, theNameHash) != nullptr;
 }
 
-void MDataDictionary::Index(MDDEntry& theEntry)
+void MDataDictionary::Index(MDDEntry& theEntry, UINT32 theNameHash)
 {
    if (Size() == 0)
    {
       itsByTag.Reserve(itsBuckets);
       itsByName.Reserve(itsBuckets);
    }
-   itsByTag.Insert(theEntry.GetTag(), &theEntry);
-   itsByName.Insert(theEntry.Name(), &theEntry);
+   itsByTag.Insert(itsByTag.HashOf(theEntry.GetTag()), &theEntry);
+   itsByName.Insert(theNameHash, &theEntry);
 }
 
 UINT16 MDataDictionary::RunTimeClass(UINT16 theGroup, UINT16 theElement, char* theBuffer, std::size_t theSize) const

@@ -79,9 +79,13 @@ public:
    void ForEach(Visitor theVisitor) const
    {
       for (const MDDEntry& anEntry : itsLoaded)
+      {
          theVisitor(anEntry);
+      }
       for (const std::unique_ptr<MDDEntry>& anEntry : itsAdded)
+      {
          theVisitor(static_cast<const MDDEntry&>(*anEntry));
+      }
    }
 
    static MDataDictionary itsDefaultDataDictionary;
@@ -115,8 +119,9 @@ private:
 
    void LoadLine(std::string_view theLine, unsigned int theNumber);
    void CheckPrivateBlock(const MDDEntry::Fields& theFields, std::string_view theLine, unsigned int theNumber);
-   bool Holds(UINT32 theTag, std::string_view theName) const;
-   void Index(MDDEntry& theEntry);
+   // theNameHash is the name's hash in itsByName.
+   bool Holds(UINT32 theTag, std::string_view theName, UINT32 theNameHash) const;
+   void Index(MDDEntry& theEntry, UINT32 theNameHash);
    void CopyFrom(const MDataDictionary& theOther);
 
    FlatIndex<MDDEntry, UINT32, TagTraits> itsByTag;

@@ -7,6 +7,8 @@
 
 namespace
 {
+constexpr std::size_t kExpectedEntries = 2048; // those of PS3.6 annex A fit without growing
+
 MUIDDictionaryEntry ParseLine(const RWCString& theLine, unsigned int theNumber)
 {
    try
@@ -100,17 +102,24 @@ void MUIDDictionary::Add(const MUIDDictionaryEntry& theEntry)
 void MUIDDictionary::Insert(MUIDDictionaryEntry&& theEntry, unsigned int theLine)
 {
    const auto aWhere = [theLine] { return theLine != 0 ? " at line" + std::to_string(theLine) : RWCString(); };
-   if (FindMnemonic(theEntry.GetMnemonic()) != nullptr)
+   const UINT32 aMnemonicHash = itsByMnemonic.HashOf(theEntry.GetMnemonic());
+   const UINT32 aUIDHash = itsByUID.HashOf(theEntry.GetUID());
+   if (itsByMnemonic.Find(theEntry.GetMnemonic(), aMnemonicHash) != nullptr)
    {
       ThrowDuplicate("Mnemonic", aWhere());
    }
-   if (FindUID(theEntry.GetUID()) != nullptr)
+   if (itsByUID.Find(theEntry.GetUID(), aUIDHash) != nullptr)
    {
       ThrowDuplicate("UID", aWhere());
    }
+   if (itsEntries.empty())
+   {
+      itsByMnemonic.Reserve(kExpectedEntries);
+      itsByUID.Reserve(kExpectedEntries);
+   }
    MUIDDictionaryEntry& anEntry = itsEntries.emplace_back(std::move(theEntry));
-   itsByMnemonic.Insert(anEntry.GetMnemonic(), &anEntry);
-   itsByUID.Insert(anEntry.GetUID(), &anEntry);
+   itsByMnemonic.Insert(aMnemonicHash, &anEntry);
+   itsByUID.Insert(aUIDHash, &anEntry);
 }
 
 bool MUIDDictionary::SetDefaultUIDDictionary(const RWCString& theFileName)

@@ -56,7 +56,9 @@ public:
    void ForEach(Visitor theVisitor) const
    {
       for (const MUIDDictionaryEntry& anEntry : itsEntries)
+      {
          theVisitor(anEntry);
+      }
    }
 
    static MUIDDictionary itsDefaultUIDDictionary;
