@@ -4,8 +4,12 @@
 //
 // Each operation returns a new element that the caller owns. theEntry, when given, is the dictionary entry to type by;
 // otherwise the factory's dictionary is asked, and a tag that it does not know stays untyped. A kind of value that does
-// not fit the type throws VRTypingError.
+// not fit the type throws VRTypingError. Without the typing check nothing is typed and nothing refused; UIDs and
+// sequences have their type always.
 #pragma once
+
+#include <cstddef>
+#include <memory>
 
 #include "talvenor/dataset/MemoryAllocater.h"
 #include "talvenor/foundation/BasicTypes.h"
@@ -17,6 +21,7 @@ class MDDEntry;
 class SequenceVR;
 class UID;
 class VR;
+struct MVRFactoryOperation; // a row of the table of operations
 
 class TALVENOR_API MVRFactory
 {
@@ -40,8 +45,8 @@ public:
                      const MDDEntry* theEntry = nullptr) const;
 
    // Bytes, words or floats that already stand in the factory's byte order; copied.
-   VR* InternalGetVR(UINT16 theGroup, UINT16 theElement, const unsigned char* theBytes, size_t theLength, char thePad,
-                     const MDDEntry* theEntry = nullptr) const;
+   VR* InternalGetVR(UINT16 theGroup, UINT16 theElement, const unsigned char* theBytes, std::size_t theLength,
+                     char thePad, const MDDEntry* theEntry = nullptr) const;
 
    // An empty sequence.
    SequenceVR* InternalGetSequenceVR(UINT16 theGroup, UINT16 theElement, const MDDEntry* theEntry = nullptr) const;
@@ -53,14 +58,17 @@ public:
    TNEndian::EndianType GetEndian() const { return itsEndian; }
 
 private:
-   struct Operation;
-
-   VR* MakeTyped(const Operation& theOperation, UINT16 theGroup, UINT16 theElement, const MDDEntry* theEntry) const;
+   std::unique_ptr<VR> MakeTyped(const MVRFactoryOperation& theOperation, UINT16 theGroup, UINT16 theElement,
+                                 const MDDEntry* theEntry) const;
+   VR* MakeText(const MVRFactoryOperation& theOperation, UINT16 theGroup, UINT16 theElement, const RWCString& theText,
+                char thePad, const MDDEntry* theEntry) const;
+   void Type(const MVRFactoryOperation& theOperation, VR& theVR, const MDDEntry* theEntry) const;
+   const InstanceSpecificDataDictionary& GetDictionary() const;
    MemoryAllocater& AllocaterFor(UINT16 theGroup, UINT16 theElement) const;
 
    TNEndian::EndianType itsEndian;
    bool itsTypingCheck;
-   const InstanceSpecificDataDictionary* itsDictionary;   // null: the process-wide default one
+   const InstanceSpecificDataDictionary* itsDictionary; // null: the process-wide default one
    MemoryAllocater& itsAllocator;
    MemoryAllocater& itsPixelAllocator;
 };

@@ -7,6 +7,9 @@
 class TALVENOR_API MemoryAllocater
 {
 public:
+   constexpr MemoryAllocater() = default;
+   MemoryAllocater(const MemoryAllocater&) = default;
+   MemoryAllocater& operator=(const MemoryAllocater&) = default;
    virtual ~MemoryAllocater();
 
    // Returns theSize bytes of unspecified content (never zero-filled), null for a size of 0. Throws BadAllocException
@@ -16,6 +19,9 @@ public:
    // Takes back what Allocate returned; null is allowed.
    virtual void Free(void* theMemory);
 
-   // The instance used where no other is given. It lives as long as the process.
-   static MemoryAllocater& GetDefault();
+   // The instance used where no other is given. It is there before any code runs and is never destroyed.
+   static MemoryAllocater& GetDefault() { return itsDefault; }
+
+private:
+   static MemoryAllocater& itsDefault;
 };

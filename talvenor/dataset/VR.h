@@ -6,9 +6,9 @@
 // ValueEquals compares values.
 #pragma once
 
-#include <memory>
+#include <cstddef>
 #include <exception>
-#include <string>
+#include <memory>
 
 #include "talvenor/dataset/MemoryAllocater.h"
 #include "talvenor/dictionary/MAttributeTag.h"
@@ -70,7 +70,7 @@ public:
       MemoryAllocater& theAllocator = GetDefaultMemoryAllocater());
 
    // Text of theLength bytes, 0 meaning up to its NUL. Trailing NULs are dropped, then the value is padded with a
-   // space. A null text gives theLength spaces.
+   // space. A null text gives theLength spaces, rounded up to even.
    VR(UINT16 theGroup, UINT16 theElement, const char* const& theText, UINT32 theLength,
       TNEndian::EndianType theEndian = TNEndian::LittleEndian,
       MemoryAllocater& theAllocator = GetDefaultMemoryAllocater());
@@ -80,14 +80,20 @@ public:
       TNEndian::EndianType theEndian = TNEndian::LittleEndian,
       MemoryAllocater& theAllocator = GetDefaultMemoryAllocater());
 
-   // Deep; the copy owns its bytes. Not for stream-buffered elements.
+   // Deep; the copy owns its bytes, which come from the allocator of theOther, those of an assigned element from the
+   // element's own. Throws ConstructorError when the value of theOther still sits in a stream.
    VR(const VR& theOther);
    VR& operator=(const VR& theOther);
 
-   // A new element equal to this one, owned by the caller. Throws ConstructorError when the value still sits in a
-   // stream.
+   // A new element equal to this one, owned by the caller. Throws as the copy constructor does.
    virtual VR* Copy() const;
-   virtual ~VR();
+   virtual ~VR()
+   {
+      if (itsOwnsData)
+      {
+         itsAllocator.Free(itsData);
+      }
+   }
 
    // Whether the values are the same, whatever the tags. Person names (both elements typed PN) are compared without
    // trailing empty components.
@@ -96,14 +102,16 @@ public:
    // Forgets the value; tag and type code stay.
    virtual void Reset();
 
-   // Copies theLength bytes into a buffer of its own; an odd length is completed with thePad.
+   // Copies theLength bytes, which may be the element's own, into a fresh buffer; an odd length is completed with
+   // thePad. The element is unchanged when there is no memory.
    virtual void SetData(const void* theData, UINT32 theLength, char thePad);
 
    // Overwrites the last byte of a value that is not empty.
    virtual void SetPadByte(char thePad);
 
-   // A fresh buffer of unspecified content, the size (the current length in the first form) rounded up to even. The
-   // length field stays as it is.
+   // A fresh buffer of unspecified content, the size (the current length in the first form) rounded up to even with a
+   // last byte of 0. The length field stays as it is; when there is no memory the element has lost its value and is
+   // empty.
    virtual void* AllocateData();
    virtual void* AllocateData(UINT32 theSize);
 
@@ -147,7 +155,7 @@ public:
 
    UINT16 GetGroup() const { return static_cast<UINT16>(itsTag >> 16); }
    UINT16 GetElement() const { return static_cast<UINT16>(itsTag); }
-   UINT32 GetTag() const { return itsTag; }   // group in the high half
+   UINT32 GetTag() const { return itsTag; } // group in the high half
    void SetGroup(UINT16 theGroup) { itsTag = ToTag(theGroup, GetElement()); }
    void SetElement(UINT16 theElement) { itsTag = ToTag(GetGroup(), theElement); }
 
@@ -155,7 +163,8 @@ public:
    UINT16 GetTypeCode() const { return itsTypeCode; }
    void SetTypeCode(UINT16 theCode) { itsTypeCode = theCode; }
 
-   // The value bytes, in the order of GetDataEndian; null when there are none.
+   // The value bytes, in the order of GetDataEndian; null when there are none. Borrowed: see the virtual operations for
+   // what replaces them.
    unsigned char* GetData() const { return itsData; }
 
    // In bytes. Odd only for elements that were decoded with an odd length.
@@ -189,8 +198,10 @@ public:
    int ReadFiller16(EndianHandlingReader& theReader);
    int ReadTypeCode(EndianHandlingReader& theReader);
 
-   // Reads GetLength() bytes into the buffer, allocating it when there is none. The buffer of a long value grows with
-   // the bytes that arrive, so that a length that lies costs no memory.
+   // Reads GetLength() bytes into the buffer, which must be that large, or into a new one when there is none. 1 when all
+   // arrived (and for an empty element), 0 when the stream had ended, StreamIOException (TN_END_OF_FILE) when it ends
+   // inside the value; a new buffer is kept only when all arrived. The buffer of a long value is made as the bytes
+   // arrive, so that a length that lies costs little memory.
    int ReadData(EndianHandlingReader& theReader);
 
    // Writing single fields in the writer's byte order; the "Plus1" forms write the length plus one. They throw what the
@@ -205,9 +216,15 @@ public:
    void WriteTypeCode(EndianHandlingWriter& theWriter) const;
 
    // Writes the value, swapped by its type when the writer's byte order differs from the value's. Always GetLength()
-   // bytes: a rest that fills no whole unit goes out as it is.
+   // bytes: a rest that fills no whole unit goes out as it is. A length that is undefined, or that has no bytes behind
+   // it, throws StreamIOException (TN_INTERNAL_ERROR).
    void WriteData(EndianHandlingWriter& theWriter) const;
    void WriteTypedData(EndianHandlingWriter& theWriter) const;
+
+   // Additions for those who build values. Several texts are one value with "\" between them (PS3.5 6.4). A size that
+   // no length field can hold throws BadAllocException.
+   static RWCString JoinValues(const RWTValOrderedVector<RWCString>& theTexts);
+   static UINT32 ToLength(std::size_t theSize);
 
 protected:
    void SetTag(UINT32 theTag) { itsTag = theTag; }
@@ -218,6 +235,11 @@ private:
    {
       return static_cast<UINT32>(theGroup) << 16 | theElement;
    }
+
+   bool HasBytes() const { return itsData != nullptr && itsLength != 0 && itsLength != kUndefinedLength; }
+   void Adopt(unsigned char* theData, UINT32 theLength);
+   void CopyValue(const VR& theOther);
+   UINT32 ReadIntoNewBuffer(EndianHandlingReader& theReader);
 
    UINT32 itsTag = 0;
    UINT32 itsLength = 0;

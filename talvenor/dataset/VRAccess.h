@@ -2,8 +2,8 @@
 // use, and can be pointed at one element after another. VRAccessLE and VRAccessBE (VRAccessEndian.h) fix the byte order
 // in which the value is read; results are in the host's order.
 //
-// Every getter returns 1 on success and 0 on failure; without an element all of them fail. None of them throws, except
-// that the copying forms and strings may run out of memory.
+// Every getter returns 1 on success and 0 on failure, also when memory runs out; without an element all of them fail.
+// None of them throws. What they deliver into is unchanged when they fail, but for vectors.
 #pragma once
 
 #include "talvenor/foundation/BasicTypes.h"
@@ -31,8 +31,8 @@ public:
 
    virtual ~VRAccess();
 
-   virtual UINT16 GetType() const;     // the type code, 0 without an element
-   virtual UINT32 GetLength() const;   // in bytes, 0 without an element
+   virtual UINT16 GetType() const;   // the type code, 0 without an element
+   virtual UINT32 GetLength() const; // in bytes, 0 without an element
 
    // Text without trailing spaces and NULs. The buffer form needs room for the text and a NUL.
    virtual int GetString(RWCString& theText) const;
