@@ -17,18 +17,18 @@ public:
    ~DICOMDataObject() override;
 
    DICOMObjectType GetType() const override { return DataObject; }
-   void Reset() override;   // the palettes too
+   void Reset() override; // the palettes too
 
-   // Palettes: Get returns the stored one or null; Set adopts the new one and destroys the old; Remove hands it over.
-   ColorPalette* GetRedColorPalette() const { return itsRedPalette.get(); }
-   ColorPalette* GetGreenColorPalette() const { return itsGreenPalette.get(); }
-   ColorPalette* GetBlueColorPalette() const { return itsBluePalette.get(); }
-   void SetRedColorPalette(ColorPalette* thePalette) { itsRedPalette.reset(thePalette); }
-   void SetGreenColorPalette(ColorPalette* thePalette) { itsGreenPalette.reset(thePalette); }
-   void SetBlueColorPalette(ColorPalette* thePalette) { itsBluePalette.reset(thePalette); }
-   ColorPalette* RemoveRedColorPalette() { return itsRedPalette.release(); }
-   ColorPalette* RemoveGreenColorPalette() { return itsGreenPalette.release(); }
-   ColorPalette* RemoveBlueColorPalette() { return itsBluePalette.release(); }
+   // Palettes: Get lends the stored one or null; Set adopts the new one and destroys the old; Remove hands it over.
+   ColorPalette* GetRedColorPalette() const { return Get(itsPalettes.itsRed); }
+   ColorPalette* GetGreenColorPalette() const { return Get(itsPalettes.itsGreen); }
+   ColorPalette* GetBlueColorPalette() const { return Get(itsPalettes.itsBlue); }
+   void SetRedColorPalette(ColorPalette* thePalette) { Set(itsPalettes.itsRed, thePalette); }
+   void SetGreenColorPalette(ColorPalette* thePalette) { Set(itsPalettes.itsGreen, thePalette); }
+   void SetBlueColorPalette(ColorPalette* thePalette) { Set(itsPalettes.itsBlue, thePalette); }
+   ColorPalette* RemoveRedColorPalette() { return Remove(itsPalettes.itsRed); }
+   ColorPalette* RemoveGreenColorPalette() { return Remove(itsPalettes.itsGreen); }
+   ColorPalette* RemoveBlueColorPalette() { return Remove(itsPalettes.itsBlue); }
 
    // The ratio of lossy compression that the pixel data has been through, truncated to an integer, or -1 when it cannot
    // be told: from (0028,2112), else from the derivation description of a derived image, else, for a lossy
@@ -37,7 +37,17 @@ public:
                                      UINT32 theStart = 0) const;
 
 private:
-   std::unique_ptr<ColorPalette> itsRedPalette;
-   std::unique_ptr<ColorPalette> itsGreenPalette;
-   std::unique_ptr<ColorPalette> itsBluePalette;
+   using Palette = std::unique_ptr<ColorPalette>;
+   struct Palettes
+   {
+      Palette itsRed, itsGreen, itsBlue;
+   };
+
+   ColorPalette* Get(const Palette& thePalette) const;
+   void Set(Palette& thePalette, ColorPalette* theNewOne);
+   ColorPalette* Remove(Palette& thePalette);
+   Palettes CopyPalettes() const;
+
+   Palettes itsPalettes;
 };
+static_assert(sizeof(DICOMDataObject) <= 232, "one for every item of every sequence");

@@ -29,10 +29,7 @@ class DICOMDataObject;
 class DICOMObjectIterator;
 class InstanceSpecificDataDictionary;
 class LogStream;
-class Part10InputStream;
-class SequenceVR;
 class VR;
-class VRAccess;
 
 class TALVENOR_API DICOMObject
 {
@@ -46,8 +43,9 @@ public:
    // theEndian is the byte order in which the typed getters read values; elements are expected to be stored in it.
    explicit DICOMObject(TNEndian::EndianType theEndian);
 
-   // Deep: every element (inherited ones and group 0000 included) and the private-block allocations. The scratchpad is
-   // not copied.
+   // Deep: byte order, every element (inherited ones and group 0000 included) and the dictionary with its private-block
+   // allocations, as one moment of theOther shows them. The scratchpad is not copied. When an assignment runs out of
+   // memory while it copies, this dataset is unchanged.
    DICOMObject(const DICOMObject& theOther);
    DICOMObject& operator=(const DICOMObject& theOther);
 
@@ -78,16 +76,16 @@ public:
    // and the tag exists, it is destroyed and 0 returned.
    virtual int Push(VR* theVR);
 
-   virtual UINT32 Entries() const;   // inherited elements included
-   virtual VR* Pop();                // removes and hands over the element with the smallest tag; null when empty
-   virtual void Reset();             // back to empty; byte order, dictionary and lock stay
+   virtual UINT32 Entries() const; // inherited elements included
+   virtual VR* Pop();              // removes and hands over the element with the smallest tag; null when empty
+   virtual void Reset();           // back to empty; byte order, dictionary and lock stay
 
    // Replaces theGroups by the distinct group numbers from theLow to theHigh, both included, in ascending order.
    virtual void ListGroupsInRange(std::vector<int>& theGroups, int theLow, int theHigh, bool theSkipOdd) const;
 
    // Whether the creator holds a block in the group.
    virtual int HasPrivateBlock(const RWCString& theCreator, UINT16 theGroup) const;
-   virtual int RemoveGroup(UINT16 theGroup);   // 1 if there was an element of it
+   virtual int RemoveGroup(UINT16 theGroup); // 1 if there was an element of it
 
    virtual int GetINT16(const MAttributeTag& theTag, INT16& theValue) const;
    virtual int GetINT16(const RWCString& theCreator, const RWCString& theName, INT16& theValue) const;
@@ -196,7 +194,7 @@ public:
    virtual VR* RemoveVR(const RWCString& theCreator, const RWCString& theName);
    virtual VR* RemoveVR(const RWCString& theCreator, UINT16 theElement, UINT16 theGroup);
    virtual VR* RemoveVR(UINT16 theGroup, UINT16 theElement);
-   virtual void RemoveVRList(const TagList& theTags);   // removes and destroys
+   virtual void RemoveVRList(const TagList& theTags); // removes and destroys
 
    // Prints the dataset to gTNTracer or to theLog as one uninterrupted text.
    virtual void Dump() const;
@@ -213,8 +211,8 @@ public:
 
    // A private element for the creator's block, which is allocated (with its creator element) when it has none. The
    // group is the one of the creator's private dictionary. Returns 0, and destroys theVR, when there is no such
-   // dictionary, the group differs, no block is free or the element's type contradicts the dictionary. The form with a
-   // name takes element number and type from the named entry.
+   // dictionary, the group differs, no block is free or the element's type contradicts the dictionary (a block that was
+   // allocated for it stays). The form with a name takes element number and type from the named entry.
    int Push(const RWCString& theCreator, VR* theVR);
    int Push(const RWCString& theCreator, const RWCString& theName, VR* theVR);
 
@@ -268,32 +266,56 @@ public:
    InstanceSpecificDataDictionary& GetDataDictionary();
    const InstanceSpecificDataDictionary& GetDataDictionary() const;
 
-   TNEndian::EndianType GetEndian() const { return itsEndian; }
-   void SetEndian(TNEndian::EndianType theEndian) { itsEndian = theEndian; }   // stored bytes stay as they are
+   // Whether the dataset has a dictionary already: until then it knows what the process-wide default one knows.
+   bool HasDataDictionary() const { return itsDictionary != nullptr; }
+
+   TNEndian::EndianType GetEndian() const;
+   void SetEndian(TNEndian::EndianType theEndian); // stored bytes stay as they are
 
    void Lock() const { itsLock.Enter(); }
    void Unlock() const { itsLock.Leave(); }
+   CriticalSection& GetLock() const { return itsLock; } // for guards in scope
 
    // The element store, for iterators and clusters; guarded by the dataset's lock.
    DICOMNode& GetNode() { return itsNode; }
    const DICOMNode& GetNode() const { return itsNode; }
 
-protected:
-   // Loading as LoadFromFile does it, from a stream that is open and stands at the first element.
-   friend class DICOMObjectLoader;
-
 private:
+   friend class DICOMObjectLoader; // loads as LoadFromFile does, from a stream that stands at the first element
+
    using Scratchpad = std::unordered_map<RWCString, RWCString>;
+   struct Contents;
 
-   VR* FindVR(UINT32 theTag) const { return itsNode.Find(theTag); }
-   void CopyFrom(const DICOMObject& theOther);
+   // The forms of addressing come down to a tag; kNoTag when there is no such attribute. Group lengths are never
+   // stored, so their lowest tag is free to mean "none".
+   static constexpr UINT32 kNoTag = 0;
+   static UINT32 TagOf(UINT16 theGroup, UINT16 theElement) { return static_cast<UINT32>(theGroup) << 16 | theElement; }
+   static UINT32 TagOf(const MAttributeTag& theTag) { return theTag.GetTag(); }
+   UINT32 TagOf(const RWCString& theName) const;
+   UINT32 TagOf(const RWCString& theCreator, const RWCString& theName) const;
+   UINT32 TagOf(const RWCString& theCreator, UINT16 theElement, UINT16 theGroup) const;
 
-   VR* itsLastPushed = nullptr;   // items that are pushed go to it; null once it has left the dataset
-   mutable std::unique_ptr<DICOMObjectIterator> itsIterator;
-   mutable InstanceSpecificDataDictionary* itsDictionary = nullptr;   // made on first use
-   mutable bool itsOwnsDictionary = false;
+   // Finds the element and lets theRead read it through an accessor of the dataset's byte order; 0 without an element.
+   template <class Reader, class... Address>
+   int Read(const Reader& theRead, const Address&... theAddress) const;
+
+   Contents CopyContents() const;
+   void Fill(Contents theContents);
+   int PushMaterialised(std::unique_ptr<VR> theStreamVR);
+   int RegisterCreator(const VR& theVR);
+   int PlaceInBlock(const RWCString& theCreator, VR& theVR);
+   UINT16 AllocateBlock(const RWCString& theCreator, UINT16 theGroup);
+   void RegisterStoredCreators(UINT16 theGroup);
+   int TypePrivate(VR& theVR) const;
+   bool CanHoldItems(UINT32 theTag) const;
+   void AppendItem(UINT16 theGroup, UINT16 theElement, std::unique_ptr<DICOMDataObject> theItem);
+
+   UINT32 itsLastPushed = kNoTag; // items that are pushed go to the own element of this tag
    TNEndian::EndianType itsEndian;
-   std::unique_ptr<Scratchpad> itsScratchpad;
+   mutable std::unique_ptr<DICOMObjectIterator> itsIterator;
+   mutable InstanceSpecificDataDictionary* itsDictionary = nullptr; // null until it is needed
+   mutable std::unique_ptr<InstanceSpecificDataDictionary> itsOwnDictionary;
+   std::unique_ptr<Scratchpad> itsScratchpad; // null while empty
    mutable CriticalSection itsLock;
    DICOMNode itsNode;
 };

@@ -38,6 +38,5 @@ private:
    GroupLengthEncodingType itsType;
    DICOMNodeCursor itsCursor;
    std::vector<std::unique_ptr<VR>> itsGroupLengths;
-   VR* itsPending = nullptr;
-   int itsCurrentGroup = -1;
+   int itsCurrentGroup = -1; // the group of the element returned last
 };

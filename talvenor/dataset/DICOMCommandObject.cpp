@@ -1,0 +1,3 @@
+#include "talvenor/dataset/DICOMCommandObject.h"
+
+DICOMCommandObject::DICOMCommandObject(TNEndian::EndianType) : DICOMObject(TNEndian::LittleEndian) {}

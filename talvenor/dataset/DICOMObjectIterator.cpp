@@ -1,0 +1,56 @@
+#include "talvenor/dataset/DICOMObjectIterator.h"
+
+#include "talvenor/dataset/DICOMObject.h"
+#include "talvenor/dataset/VR.h"
+#include "talvenor/dictionary/VRType.h"
+#include "talvenor/foundation/CriticalSectionWhileInScope.h"
+
+DICOMObjectIterator::DICOMObjectIterator(const DICOMObject& theObject, GroupLengthEncodingType theType)
+    : itsObject(theObject), itsType(theType), itsCursor(theObject.GetNode())
+{}
+
+DICOMObjectIterator::~DICOMObjectIterator() = default;
+
+VR* DICOMObjectIterator::First()
+{
+   CriticalSectionWhileInScope aGuard(itsObject.GetLock());
+   itsGroupLengths.clear();
+   itsCurrentGroup = -1;
+   itsCursor.Rewind();
+   return Next();
+}
+
+VR* DICOMObjectIterator::Next()
+{
+   CriticalSectionWhileInScope aGuard(itsObject.GetLock());
+   VR* aVR = itsCursor.Next();
+   if (aVR == nullptr || aVR->GetGroup() == itsCurrentGroup)
+   {
+      return aVR;
+   }
+   itsCurrentGroup = aVR->GetGroup();
+   if (!HasGroupLength(itsType, aVR->GetGroup()))
+   {
+      return aVR;
+   }
+   // The cursor steps back instead of keeping the element for the next call, which may find it removed.
+   itsCursor.Seek(aVR->GetTag());
+   return MakeGroupLength(aVR->GetGroup());
+}
+
+void DICOMObjectIterator::SetGroupLengthEncoding(GroupLengthEncodingType theType)
+{
+   CriticalSectionWhileInScope aGuard(itsObject.GetLock());
+   itsType = theType;
+}
+
+// Typed here and not by a dictionary, which may be empty: an untyped element has no explicit header.
+VR* DICOMObjectIterator::MakeGroupLength(UINT16 theGroup)
+{
+   const TNEndian::EndianType anEndian = itsObject.GetEndian();
+   auto aVR = std::make_unique<VR>(theGroup, UINT16(0), UINT32(sizeof(UINT32)), 1, anEndian);
+   aVR->SetTypeCode(VRCode::UL);
+   TNEndian::Store(aVR->GetData(), itsObject.GetGroupLength(theGroup, itsType), anEndian);
+   itsGroupLengths.push_back(std::move(aVR));
+   return itsGroupLengths.back().get();
+}
