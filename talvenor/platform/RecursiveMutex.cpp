@@ -59,13 +59,9 @@ bool RecursiveMutex::Unlock()
 
 bool RecursiveMutex::Renew()
 {
-   if (itsState.load(std::memory_order_acquire) == kBuilt)
+   if (itsState.load(std::memory_order_acquire) == kBuilt && !ReleaseWhollyAndDestroy())
    {
-      if (!ReleaseWhollyAndDestroy())
-      {
-         return false;
-      }
-      itsState.store(kUnbuilt, std::memory_order_release);
+      return false;
    }
    return Build();
 }
@@ -117,7 +113,14 @@ bool RecursiveMutex::ReleaseWhollyAndDestroy()
    {
       Unlock();
    }
-   return pthread_mutex_destroy(&itsMutex) == 0;
+   if (pthread_mutex_destroy(&itsMutex) != 0)
+   {
+      return false;
+   }
+   // Built anew at the next use. That matters after the destructor too: a mutex of static storage may be wanted by
+   // threads that still run while the process ends.
+   itsState.store(kUnbuilt, std::memory_order_release);
+   return true;
 }
 
 } // namespace TNPlatform
