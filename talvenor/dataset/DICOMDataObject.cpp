@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "talvenor/foundation/CriticalSectionWhileInScope.h"
+#include "talvenor/dataset/DICOMObjectLock.h"
 
 DICOMDataObject::DICOMDataObject(TNEndian::EndianType theEndian) : DICOMObject(theEndian) {}
 
@@ -17,7 +17,7 @@ DICOMDataObject& DICOMDataObject::operator=(const DICOMDataObject& theOther)
       // One dataset is locked at a time: two threads may assign crosswise.
       Palettes aCopy = theOther.CopyPalettes();
       DICOMObject::operator=(theOther); // theOther may be an item of this dataset and is gone then
-      CriticalSectionWhileInScope aGuard(GetLock());
+      const DICOMObjectLock aGuard(*this);
       itsPalettes = std::move(aCopy);
    }
    return *this;
@@ -27,20 +27,20 @@ DICOMDataObject::~DICOMDataObject() = default;
 
 void DICOMDataObject::Reset()
 {
-   CriticalSectionWhileInScope aGuard(GetLock());
+   const DICOMObjectLock aGuard(*this);
    itsPalettes = {};
    DICOMObject::Reset();
 }
 
 ColorPalette* DICOMDataObject::Get(const Palette& thePalette) const
 {
-   CriticalSectionWhileInScope aGuard(GetLock());
+   const DICOMObjectLock aGuard(*this);
    return thePalette.get();
 }
 
 void DICOMDataObject::Set(Palette& thePalette, ColorPalette* theNewOne)
 {
-   CriticalSectionWhileInScope aGuard(GetLock());
+   const DICOMObjectLock aGuard(*this);
    if (theNewOne != thePalette.get())
    {
       thePalette.reset(theNewOne);
@@ -49,13 +49,13 @@ void DICOMDataObject::Set(Palette& thePalette, ColorPalette* theNewOne)
 
 ColorPalette* DICOMDataObject::Remove(Palette& thePalette)
 {
-   CriticalSectionWhileInScope aGuard(GetLock());
+   const DICOMObjectLock aGuard(*this);
    return thePalette.release();
 }
 
 DICOMDataObject::Palettes DICOMDataObject::CopyPalettes() const
 {
-   CriticalSectionWhileInScope aGuard(GetLock());
+   const DICOMObjectLock aGuard(*this);
    const auto aCopyOf = [](const Palette& thePalette) {
       return thePalette != nullptr ? std::make_unique<ColorPalette>(*thePalette) : nullptr;
    };

@@ -272,9 +272,9 @@ public:
    TNEndian::EndianType GetEndian() const;
    void SetEndian(TNEndian::EndianType theEndian); // stored bytes stay as they are
 
+   // DICOMObjectLock does the two for a scope.
    void Lock() const { itsLock.Enter(); }
    void Unlock() const { itsLock.Leave(); }
-   CriticalSection& GetLock() const { return itsLock; } // for guards in scope
 
    // The element store, for iterators and clusters; guarded by the dataset's lock.
    DICOMNode& GetNode() { return itsNode; }

@@ -1,9 +1,8 @@
 #include "talvenor/dataset/DICOMObjectIterator.h"
 
-#include "talvenor/dataset/DICOMObject.h"
+#include "talvenor/dataset/DICOMObjectLock.h"
 #include "talvenor/dataset/VR.h"
 #include "talvenor/dictionary/VRType.h"
-#include "talvenor/foundation/CriticalSectionWhileInScope.h"
 
 DICOMObjectIterator::DICOMObjectIterator(const DICOMObject& theObject, GroupLengthEncodingType theType)
     : itsObject(theObject), itsType(theType), itsCursor(theObject.GetNode())
@@ -13,7 +12,7 @@ DICOMObjectIterator::~DICOMObjectIterator() = default;
 
 VR* DICOMObjectIterator::First()
 {
-   CriticalSectionWhileInScope aGuard(itsObject.GetLock());
+   const DICOMObjectLock aGuard(itsObject);
    itsGroupLengths.clear();
    itsCurrentGroup = -1;
    itsCursor.Rewind();
@@ -22,7 +21,7 @@ VR* DICOMObjectIterator::First()
 
 VR* DICOMObjectIterator::Next()
 {
-   CriticalSectionWhileInScope aGuard(itsObject.GetLock());
+   const DICOMObjectLock aGuard(itsObject);
    VR* aVR = itsCursor.Next();
    if (aVR == nullptr || aVR->GetGroup() == itsCurrentGroup)
    {
@@ -40,7 +39,7 @@ VR* DICOMObjectIterator::Next()
 
 void DICOMObjectIterator::SetGroupLengthEncoding(GroupLengthEncodingType theType)
 {
-   CriticalSectionWhileInScope aGuard(itsObject.GetLock());
+   const DICOMObjectLock aGuard(itsObject);
    itsType = theType;
 }
 
