@@ -3,9 +3,10 @@
 // node hides one with the same tag in a node above it.
 //
 // Every operation takes the node's own lock, then those of its ancestors, always from the leaf upwards. A dataset takes
-// its own lock before its node's.
+// its own lock before its node's. Nobody waits for a node's lock while holding the one of an ancestor.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,13 +15,12 @@
 #include "talvenor/foundation/BasicTypes.h"
 #include "talvenor/foundation/CriticalSection.h"
 
-class DICOMNodeCursor;
 class VR;
 
 class TALVENOR_API DICOMNode
 {
 public:
-   DICOMNode() = default;
+   DICOMNode();
    DICOMNode(const DICOMNode&) = delete;
    DICOMNode& operator=(const DICOMNode&) = delete;
 
@@ -29,7 +29,7 @@ public:
 
    // Inserts theVR, which the node owns from now on, or replaces (and destroys) the node's own element of that tag. When
    // an ancestor holds the tag, the inherited elements are copied down first, so that the tag exists once. Returns 0,
-   // and destroys theVR, when there is no memory.
+   // and destroys theVR, when there is no memory for its place; theVR is also destroyed when copying down throws.
    int Insert(VR* theVR);
 
    // The nearest element with the tag, null when no node of the chain has it. It stays the property of its node: an
@@ -50,7 +50,8 @@ public:
    void Clear();
 
    // Copies every inherited element that this node does not have itself and detaches the node. Nothing happens to a
-   // node without parent.
+   // node without parent. Throws what VR::Copy throws, and std::bad_alloc; the node then is still attached and shows the
+   // same elements as before.
    void CopyDown();
 
    // The number of elements, inherited ones included.
@@ -59,25 +60,27 @@ public:
    // Appends each group number from theLow to theHigh (both included) once, in ascending order.
    void ListGroupsInRange(std::vector<int>& theGroups, int theLow, int theHigh, bool theSkipOdd) const;
 
-   bool HasParent() const { return itsParent != nullptr; }
-   const std::string& GetName() const;   // for a shared node, the key value that it stands for
+   bool HasParent() const { return itsParent.load(std::memory_order_acquire) != nullptr; }
+   std::string GetName() const; // for a shared node, the key value that it stands for; else empty
 
 protected:
    friend class DICOMNodeCursor;
    friend class DICOMCluster;
 
-   // What only a shared node has; a dataset's own node stays small.
-   struct Shared
-   {
-      std::string itsName;
-      std::vector<DICOMNode*> itsChildren;
-   };
+   // What only a shared node has; a dataset's own node stays small. A node is shared if and only if it has this.
+   struct Shared;
 
-   void Detach();   // the node's lock is held
-   Shared& GetShared();
+   explicit DICOMNode(const std::string& theName); // a shared node
+
+private:
+   void CopyElementsTo(ElementTable& theTable) const;
+   void AttachTo(DICOMNode& theParent);
+   void Detach();
 
    ElementTable itsElements;
-   DICOMNode* itsParent = nullptr;
+   std::atomic<DICOMNode*> itsParent = nullptr; // changes under the lock; a cursor looks at it without
    std::unique_ptr<Shared> itsShared;
    mutable CriticalSection itsLock;
+   UINT32 itsPlaceInParent = 0; // among the parent's datasets; guarded by the parent's lock
 };
+static_assert(sizeof(DICOMNode) <= 104, "one in every dataset and every item");

@@ -19,15 +19,16 @@ public:
    SequenceVR(UINT16 theGroup, UINT16 theElement, TNEndian::EndianType theEndian = TNEndian::LittleEndian,
               MemoryAllocater& theAllocator = GetDefaultMemoryAllocater());
 
-   // Deep: every item is copied.
+   // Deep: every item is copied. An assignment that runs out of memory leaves the sequence as it was; the source may
+   // stand in one of the items that it replaces.
    SequenceVR(const SequenceVR& theOther);
    SequenceVR& operator=(const SequenceVR& theOther);
 
    VR* Copy() const override;
    ~SequenceVR() override;
-   int ValueEquals(const VR& theOther) const override;   // a sequence without a list differs from one with an empty list
+   int ValueEquals(const VR& theOther) const override; // a sequence without a list differs from one with an empty list
    void Reset() override;
-   int IsEmpty() const override;                          // no list or no items
+   int IsEmpty() const override; // no list or no items
    const SequenceVR* GetAsSequenceVR() const override { return this; }
    SequenceVR* GetAsSequenceVR() override { return this; }
 
@@ -41,7 +42,5 @@ public:
    const Items* GetSequenceArray() const { return itsItems; }
 
 private:
-   void DestroyItems();
-
    Items* itsItems = nullptr;
 };
