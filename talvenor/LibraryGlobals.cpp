@@ -2,8 +2,8 @@
 // One translation unit is the only order that C++ guarantees. constexpr and plain static values stay home, and so does
 // every Mutex: it is constinit, ready before anything here and never taken down.
 //
-// An object may use what stands above it, in its constructor and its destructor, and nothing below. The dictionaries
-// stand above the log streams, whose last entries may still look up a name.
+// An object may use what stands above it, in its constructor and its destructor, and nothing below. The tag
+// dictionaries stand above the log streams, so that a dump in their last entries still finds the names of elements.
 //
 // TALVENOR_HAS_X is defined when folder x is part of the build, which may stop at any height of the stack.
 #include "talvenor/foundation/AETitle.h"

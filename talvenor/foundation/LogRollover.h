@@ -28,6 +28,7 @@ public:
 
    // Switches theLog off, renames its file and switches it on again under the old name. Returns the new name of what
    // was written so far; empty on failure: the old file is then continued, appended to whatever the open mode says.
+   // theLog is off if no file of that name can be opened any more.
    std::string SwitchVersions(LogStream& theLog);
 
    // theFilename with "-" and theStamp before its extension. A dot in a directory name begins no extension.

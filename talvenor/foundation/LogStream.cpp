@@ -287,6 +287,19 @@ void LogStream::BeginEntry(SeverityLevel theSeverity)
    errno = anErrno;
 }
 
+void LogStream::WriteStartLine()
+{
+   try
+   {
+      WriteMarkerLine(itsStartMarker);
+   }
+   catch (...)
+   {
+      Unlock();
+      throw;
+   }
+}
+
 LogStream::EntryRelease::EntryRelease(LogStream& theLog) : itsLog(theLog), itsErrno(errno) {}
 
 LogStream::EntryRelease::~EntryRelease()

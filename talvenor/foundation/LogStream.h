@@ -168,7 +168,7 @@ public:
 protected:
    // The parts of which StartEntry and EndEntry consist, for classes that do more between them.
    void BeginEntry(SeverityLevel theSeverity); // locks, then records time, number and severity
-   void WriteStartLine() { WriteMarkerLine(itsStartMarker); }
+   void WriteStartLine();                      // if that throws, the entry has not started and nothing is held
    void WriteEndLine() { WriteMarkerLine(itsEndMarker); }
 
    // Ends the hold of an entry on its mutexes, whatever the work before that throws, and keeps errno.

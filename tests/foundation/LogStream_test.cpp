@@ -1,0 +1,420 @@
+#include "talvenor/foundation/LogStream.h"
+
+#include <cerrno>
+#include <iomanip>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/FakeClock.h"
+#include "support/TemporaryDirectory.h"
+
+namespace
+{
+
+constexpr INT64 kNow = 1795383605005; // 2026-11-22 21:40:05.005 UTC
+
+// What ends both marker lines: process and thread.
+std::string Ids()
+{
+   return std::to_string(::getpid()) + "." + std::to_string(::gettid());
+}
+
+// Whether another thread can take the lock. It waits for it, so a stream that is held for good ends the test by its
+// time limit.
+bool IsFree(LogStream& theLog)
+{
+   bool isFree = false;
+   std::thread([&] { isFree = theLog.Lock() && theLog.Unlock(); }).join();
+   return isFree;
+}
+
+class FailingBuffer : public std::streambuf
+{
+protected:
+   int_type overflow(int_type) override { throw std::runtime_error("disk full"); }
+};
+
+} // namespace
+
+TEST(LogStream, FramesAnEntryWithNumberTimeProcessAndThread)
+{
+   FakeClock aClock(kNow);
+   std::ostringstream anOutput;
+   LogStream aLog(anOutput);
+   startentry(aLog) << "one\n";
+   aClock.Advance(61); // the end line repeats the start
+   endentry(aLog);
+   aLog << startinfoentry << "two\n" << endentry;
+   EXPECT_EQ(anOutput.str(), "-------------------> 1 2026-11-22 21:40:05.5 " + Ids() + "\none\n" +
+                                 "<------------------- 1 2026-11-22 21:40:05.5 " + Ids() + "\n" +
+                                 "-------------------> 2 2026-11-22 21:41:06.5 " + Ids() + "\ntwo\n" +
+                                 "<------------------- 2 2026-11-22 21:41:06.5 " + Ids() + "\n");
+}
+
+TEST(LogStream, WritesDatesInUTC)
+{
+   struct DateCase
+   {
+      const char* itsName;
+      INT64 itsMilliseconds;
+      const char* itsText;
+   };
+   const DateCase kCases[] = {
+       {"epoch", 0, " 1970-01-01 00:00:00.0 "},
+       {"leap day of a century", 951'868'799'999, " 2000-02-29 23:59:59.999 "},
+       {"beyond 32 bits", 4'294'967'296'010, " 2106-02-07 06:28:16.10 "},
+   };
+   for (const DateCase& aCase : kCases)
+   {
+      FakeClock aClock(aCase.itsMilliseconds);
+      std::ostringstream anOutput;
+      LogStream aLog(anOutput);
+      aLog << startentry << endentry;
+      EXPECT_NE(anOutput.str().find(aCase.itsText), std::string::npos) << aCase.itsName << ": " << anOutput.str();
+   }
+}
+
+TEST(LogStream, MarkerLinesIgnoreTheFormatOfTheOutput)
+{
+   FakeClock aClock(kNow);
+   std::ostringstream anOutput;
+   LogStream aLog(anOutput);
+   for (int anEntry = 1; anEntry < 10; ++anEntry)
+   {
+      aLog << startentry << endentry;
+   }
+   anOutput.str("");
+   aLog << std::hex << std::showbase << std::setfill('*');
+   aLog.width(6);
+   aLog << startentry << 255 << endentry;
+   EXPECT_EQ(anOutput.str(), "-------------------> 10 2026-11-22 21:40:05.5 " + Ids() + "\n**0xff" +
+                                 "<------------------- 10 2026-11-22 21:40:05.5 " + Ids() + "\n");
+}
+
+TEST(LogStream, RecordsTheSeverityOfEachStartFunction)
+{
+   struct SeverityCase
+   {
+      const char* itsName;
+      LogStream& (*itsStart)(LogStream&);
+      int itsSeverity;
+   };
+   const SeverityCase kCases[] = {
+       {"startentry", startentry, 2},
+       {"starterrorentry", starterrorentry, 2},
+       {"startwarningentry", startwarningentry, 1},
+       {"startinfoentry", startinfoentry, 0},
+       {"startfatalentry", startfatalentry, 3},
+   };
+   LogStream aLog;
+   EXPECT_EQ(aLog.GetSeverity(), 2);
+   for (const SeverityCase& aCase : kCases)
+   {
+      aLog << aCase.itsStart << endentry;
+      EXPECT_EQ(int(aLog.GetSeverity()), aCase.itsSeverity) << aCase.itsName;
+   }
+}
+
+TEST(LogStream, UsesItsOwnMarkersAndIndent)
+{
+   std::ostringstream anOutput;
+   LogStream aLog(anOutput);
+   aLog.SetEntryStartMarker("[");
+   aLog.SetEntryEndMarker("]");
+   aLog.SetIndent("   ");
+   aLog << startentry << indent << "x" << std::endl << endentry;
+   EXPECT_TRUE(std::regex_match(anOutput.str(), std::regex("\\[ 1 [^\n]*\n   x\n\\] 1 [^\n]*\n"))) << anOutput.str();
+}
+
+TEST(LogStream, WhileOffAcceptsEverythingAndAnswersNeutrally)
+{
+   LogStream aLog;
+   aLog << startentry << "lost " << 1 << std::hex << std::endl << indent;
+   aLog.put('x').write("xy", 2).flush().seekp(0);
+   aLog << endentry;
+   EXPECT_FALSE(aLog.IsOn());
+   EXPECT_EQ(aLog.GetEntryCounter(), 1u);
+   EXPECT_EQ(aLog.tellp(), std::streampos(-1));
+   EXPECT_EQ(aLog.width(7), 0);
+   EXPECT_EQ(aLog.width(), 0);
+   EXPECT_EQ(aLog.rdbuf(), nullptr);
+   EXPECT_EQ(aLog.tie(), nullptr);
+   EXPECT_FALSE(aLog.fail() || aLog.bad() || aLog.eof() || aLog.good());
+   EXPECT_TRUE(!aLog);
+   EXPECT_EQ(static_cast<void*>(aLog), nullptr);
+   aLog.iword(3) = 5;
+   EXPECT_EQ(aLog.iword(3), 0);
+   EXPECT_EQ(aLog.opfx(), 0);
+   aLog.osfx();
+}
+
+TEST(LogStream, ANullTextDoesNotSpoilTheOutput)
+{
+   std::ostringstream anOutput;
+   LogStream aLog(anOutput);
+   aLog << static_cast<const char*>(nullptr) << std::string(" text");
+   EXPECT_EQ(anOutput.str(), "(null) text");
+}
+
+TEST(LogStream, StopsAtTheEndOfTheCallersArray)
+{
+   char aBuffer[] = "......";
+   LogStream aLog(aBuffer, 4);
+   aLog << "ab";
+   EXPECT_TRUE(aLog.good());
+   aLog << "cdef";
+   EXPECT_TRUE(aLog.fail());
+   EXPECT_STREQ(aBuffer, "abcd..");
+}
+
+TEST(LogStream, OpenModesDecideAboutFormerContents)
+{
+   struct ModeCase
+   {
+      const char* itsName;
+      int itsMode;
+      const char* itsText;
+   };
+   const ModeCase kCases[] = {
+       {"append", 10, "old new"},
+       {"output truncates", 2, " new"},
+       {"output, truncate", 18, " new"},
+       {"read and write at the end, once", 1 | 2 | 4, "old new"},
+   };
+   const TemporaryDirectory aDirectory;
+   const std::string aFile = aDirectory.File("x.log");
+   for (const ModeCase& aCase : kCases)
+   {
+      WriteFile(aFile, "old");
+      LogStream aLog(aFile.c_str(), aCase.itsMode, 64);
+      aLog << " new";
+      aLog.Off();
+      EXPECT_EQ(ReadFile(aFile), aCase.itsText) << aCase.itsName;
+   }
+}
+
+TEST(LogStream, AppendsBehindAnotherWriterOfTheSameFile)
+{
+   const TemporaryDirectory aDirectory;
+   const std::string aFile = aDirectory.File("x.log");
+   LogStream aFirst(aFile.c_str(), 10, 64);
+   LogStream aSecond(aFile.c_str(), 10, 64);
+   (aFirst << "1").flush();
+   (aSecond << "2").flush();
+   (aFirst << "3").flush();
+   EXPECT_EQ(ReadFile(aFile), "123");
+}
+
+TEST(LogStream, IsOffWhenTheFileCannotBeOpened)
+{
+   std::ostringstream anOutput;
+   const TemporaryDirectory aDirectory;
+   for (const std::string& aName : {aDirectory.Path().string(), aDirectory.File("missing/x.log"), std::string()})
+   {
+      LogStream aLog(anOutput);
+      aLog.On(aName.c_str());
+      aLog << startentry << "lost" << endentry;
+      EXPECT_FALSE(aLog.IsOn()) << aName;
+      EXPECT_TRUE(!aLog) << aName;
+   }
+   EXPECT_EQ(anOutput.str(), "");
+}
+
+TEST(LogStream, WritesToAFileBuffer)
+{
+   const TemporaryDirectory aDirectory;
+   std::filebuf aBuffer;
+   ASSERT_TRUE(aBuffer.open(aDirectory.File("x.log"), std::ios::out));
+   LogStream aLog(aBuffer);
+   aLog << "text";
+   aLog.Off();
+   EXPECT_TRUE(aBuffer.is_open()); // borrowed
+   aBuffer.close();
+   EXPECT_EQ(ReadFile(aDirectory.File("x.log")), "text");
+}
+
+TEST(LogStream, RedirectedStreamsShareTheCounterOfTheirTarget)
+{
+   std::ostringstream anOutput;
+   LogStream aTarget(anOutput);
+   LogStream aMiddle(aTarget);
+   LogStream aFirst(aMiddle);
+   LogStream aSecond(aTarget);
+   aFirst.SetEntryStartMarker("first");
+   aSecond.SetEntryStartMarker("second");
+   aFirst << startentry << "a\n" << endentry;
+   aSecond << startentry << "b\n" << endentry;
+   aFirst << startentry << "c\n" << endentry;
+   EXPECT_TRUE(std::regex_match(anOutput.str(), std::regex("first 1 [^\n]*\na\n<-* 1 [^\n]*\n"
+                                                           "second 2 [^\n]*\nb\n<-* 2 [^\n]*\n"
+                                                           "first 3 [^\n]*\nc\n<-* 3 [^\n]*\n")))
+       << anOutput.str();
+   EXPECT_EQ(aFirst.GetEntryCounter(), 3u);
+   EXPECT_TRUE(aFirst.IsRedirected());
+   aFirst.setf(std::ios::hex, std::ios::basefield);
+   EXPECT_TRUE(anOutput.flags() & std::ios::hex);
+}
+
+TEST(LogStream, RefusesARedirectionThatLeadsBackToIt)
+{
+   LogStream aFirst, aSecond, aThird;
+   aFirst.On(aFirst);
+   EXPECT_FALSE(aFirst.IsRedirected());
+   aSecond.On(aFirst);
+   aThird.On(aSecond);
+   aFirst.On(aThird);
+   EXPECT_FALSE(aFirst.IsRedirected());
+   aFirst = aThird; // assignment takes over a redirection
+   EXPECT_TRUE(aThird.IsRedirected());
+   aSecond = aThird;
+   EXPECT_FALSE(aSecond.IsRedirected());
+   aThird << startentry << "no endless loop" << endentry;
+}
+
+TEST(LogStream, AssignmentSharesTheOutputAndCopiesTheRest)
+{
+   const TemporaryDirectory aDirectory;
+   const std::string aFile = aDirectory.File("x.log");
+   LogStream aCopy;
+   {
+      LogStream aLog(aFile.c_str(), 10, 64);
+      aLog.SetEntryStartMarker("start");
+      aLog.SetEntryEndMarker("end");
+      aLog.SetIndent("  ");
+      aLog << startentry << endentry;
+      aCopy = aLog;
+      startentry(aLog);
+      EXPECT_TRUE(IsFree(aCopy)); // each has its own mutex
+      endentry(aLog);
+   }
+   aCopy << startentry << indent << "still open\n" << endentry;
+   aCopy.Off();
+   const std::string aText = ReadFile(aFile);
+   EXPECT_TRUE(std::regex_search(aText, std::regex("start 2 [^\n]*\n  still open\nend 2 [^\n]*\n$"))) << aText;
+}
+
+TEST(LogStream, EntriesKeepErrno)
+{
+   const TemporaryDirectory aDirectory;
+   LogStream aLog(aDirectory.File("x.log").c_str(), 10, 64);
+   errno = EDOM;
+   startentry(aLog);
+   EXPECT_EQ(errno, EDOM);
+   errno = ERANGE;
+   endentry(aLog);
+   EXPECT_EQ(errno, ERANGE);
+}
+
+TEST(LogStream, LocksItsWholeChainForAnEntry)
+{
+   std::ostringstream anOutput;
+   LogStream aTarget(anOutput);
+   LogStream aLog(aTarget);
+   std::thread anotherThread;
+   startentry(aLog);
+   startentry(aLog); // nested: recursive
+   anotherThread = std::thread([&] { aTarget << startentry << "other\n" << endentry; });
+   std::this_thread::sleep_for(std::chrono::milliseconds(10));
+   aLog << "inner\n" << endentry << "outer\n" << endentry;
+   anotherThread.join();
+   EXPECT_TRUE(std::regex_search(anOutput.str(), std::regex("outer\n<-* 2 [^\n]*\n-*> 3 [^\n]*\nother\n")))
+       << anOutput.str();
+   EXPECT_TRUE(IsFree(aLog));
+}
+
+TEST(LogStream, IsReleasedWhenAnEntryIsLeftByAnException)
+{
+   std::ostringstream anOutput;
+   LogStream aLog(anOutput);
+   EXPECT_THROW(
+       {
+          LogEntry anEntry(aLog, LogStream::WarningSeverity);
+          anEntry << "half";
+          throw std::runtime_error("dump");
+       },
+       std::runtime_error);
+   EXPECT_TRUE(IsFree(aLog));
+   EXPECT_TRUE(std::regex_search(anOutput.str(), std::regex("half<-* 1 "))) << anOutput.str();
+}
+
+TEST(LogStream, IsReleasedWhenItsOutputThrows)
+{
+   FailingBuffer aBuffer;
+   std::ostream anOutput(&aBuffer);
+   anOutput.exceptions(std::ios::badbit);
+   LogStream aLog;
+   startentry(aLog);
+   aLog.On(anOutput); // from here on every write throws
+   EXPECT_THROW(endentry(aLog), std::runtime_error);
+   EXPECT_TRUE(IsFree(aLog));
+   anOutput.clear();
+   EXPECT_THROW(startentry(aLog), std::runtime_error);
+   EXPECT_TRUE(IsFree(aLog));
+}
+
+TEST(LogStream, EntriesOfThreadsDoNotInterleave)
+{
+   constexpr int kThreads = 4;
+   constexpr int kEntries = 200;
+   std::ostringstream anOutput;
+   LogStream aTarget(anOutput);
+   LogStream aRedirected(aTarget);
+   std::vector<std::thread> someThreads;
+   for (int aThread = 0; aThread < kThreads; ++aThread)
+   {
+      someThreads.emplace_back([&aLog = aThread % 2 ? aTarget : aRedirected, aThread] {
+         for (int anEntry = 0; anEntry < kEntries; ++anEntry)
+         {
+            LogEntry(aLog) << aThread << " " << anEntry << "\n";
+         }
+      });
+   }
+   for (std::thread& aThread : someThreads)
+   {
+      aThread.join();
+   }
+   std::istringstream aText(anOutput.str());
+   std::string aStart, aBody, anEnd;
+   int aCount = 0;
+   while (std::getline(aText, aStart) && std::getline(aText, aBody) && std::getline(aText, anEnd))
+   {
+      ++aCount;
+      ASSERT_EQ(aStart.rfind("-------------------> " + std::to_string(aCount) + " ", 0), 0u) << aStart;
+      ASSERT_EQ(aBody.find_first_not_of("0123456789 "), std::string::npos) << aBody;
+      ASSERT_EQ(anEnd.substr(20), aStart.substr(20));
+   }
+   EXPECT_EQ(aCount, kThreads * kEntries);
+}
+
+TEST(LogStream, MayBeSwitchedWhileOthersWriteEntries)
+{
+   std::ostringstream aFirst, aSecond;
+   LogStream aTarget(aSecond);
+   LogStream aLog;
+   std::atomic<bool> isDone{false};
+   std::thread aWriter([&] {
+      while (!isDone)
+      {
+         LogEntry(aLog) << "text\n";
+      }
+   });
+   for (int aRound = 0; aRound < 200; ++aRound)
+   {
+      aLog.On(aFirst);
+      aLog.On(aTarget);
+      aLog.Off();
+   }
+   isDone = true;
+   aWriter.join();
+   for (const std::string& aText : {aFirst.str(), aSecond.str()})
+   {
+      EXPECT_TRUE(aText.empty() || aText.compare(0, 20, "------------------->") == 0);
+      EXPECT_TRUE(aText.empty() || aText.back() == '\n');
+   }
+}

@@ -1,0 +1,149 @@
+#include "talvenor/foundation/VersioningLogStream.h"
+
+#include <filesystem>
+#include <iostream>
+#include <regex>
+#include <sstream>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/FakeClock.h"
+#include "support/TemporaryDirectory.h"
+
+namespace
+{
+
+// The files of the directory whose names match.
+std::vector<std::string> Matching(const TemporaryDirectory& theDirectory, const std::string& thePattern)
+{
+   std::vector<std::string> someNames;
+   for (const auto& aFile : std::filesystem::directory_iterator(theDirectory.Path()))
+   {
+      if (std::regex_match(aFile.path().filename().string(), std::regex(thePattern)))
+      {
+         someNames.push_back(aFile.path().string());
+      }
+   }
+   return someNames;
+}
+
+// On a clock that no test before has seen later: without that there would be no time stamps.
+class VersioningLogStreamTest : public testing::Test
+{
+protected:
+   FakeClock itsClock;
+};
+
+} // namespace
+
+TEST(LogRollover, PutsTheStampBeforeTheExtension)
+{
+   struct NameCase
+   {
+      const char* itsFilename;
+      const char* itsVersion;
+   };
+   const NameCase kCases[] = {
+       {"trace.log", "trace-7.log"}, {"trace", "trace-7"},           {"a.b.c", "a.b-7.c"},
+       {"trace.", "trace-7."},       {"./trace", "./trace-7"},       {"/var/a.d/log", "/var/a.d/log-7"},
+       {".hidden", "-7.hidden"},     {"/a.d/b.log", "/a.d/b-7.log"},
+   };
+   for (const NameCase& aCase : kCases)
+   {
+      EXPECT_EQ(LogRollover::VersionName(aCase.itsFilename, "7"), aCase.itsVersion) << aCase.itsFilename;
+   }
+}
+
+TEST_F(VersioningLogStreamTest, StartsAFreshFileAfterTheEntryThatReachesTheThreshold)
+{
+   const TemporaryDirectory aDirectory;
+   const std::string aFile = aDirectory.File("x.log");
+   VersioningLogStream aLog(aFile.c_str(), 1000);
+   aLog << startentry << std::string(700, 'a') << "\n" << endentry;
+   EXPECT_EQ(aDirectory.FileCount(), 1u);
+   aLog << startentry << std::string(300, 'b') << "\n" << endentry;
+   const std::vector<std::string> someVersions = Matching(aDirectory, "x-[0-9]+\\.log");
+   ASSERT_EQ(someVersions.size(), 1u);
+   EXPECT_GE(ReadFile(someVersions[0]).size(), 1000u);
+   EXPECT_EQ(ReadFile(aFile), "");
+   aLog << startentry << "next\n" << endentry;
+   EXPECT_TRUE(std::regex_search(ReadFile(aFile), std::regex("> 3 [^\n]*\nnext\n"))) << ReadFile(aFile);
+   EXPECT_EQ(aLog.GetFilename(), aFile);
+   EXPECT_EQ(aDirectory.FileCount(), 2u);
+}
+
+TEST_F(VersioningLogStreamTest, RollsOverAtTheThresholdAndNotBelow)
+{
+   for (const unsigned int aMissing : {0u, 1u}) // the clock stands still: entries are of one size
+   {
+      const TemporaryDirectory aDirectory;
+      VersioningLogStream aLog(aDirectory.File("x").c_str(), 0);
+      aLog << startentry << endentry;
+      const unsigned int anEntrySize = static_cast<unsigned int>(ReadFile(aDirectory.File("x")).size());
+      aLog.SetThreshold(2 * anEntrySize + aMissing);
+      aLog << startentry << endentry;
+      EXPECT_EQ(Matching(aDirectory, "x-[0-9]+").size(), aMissing == 0 ? 1u : 0u) << aMissing;
+   }
+}
+
+TEST_F(VersioningLogStreamTest, CountsWhatAnAppendedFileHeldBefore)
+{
+   const TemporaryDirectory aDirectory;
+   WriteFile(aDirectory.File("x"), std::string(2000, 'a'));
+   VersioningLogStream aLog(aDirectory.File("x").c_str(), 1000);
+   aLog << startentry << endentry;
+   EXPECT_EQ(Matching(aDirectory, "x-[0-9]+").size(), 1u);
+}
+
+TEST_F(VersioningLogStreamTest, NeverRollsOverWithoutThresholdOrFile)
+{
+   const TemporaryDirectory aDirectory;
+   VersioningLogStream aLog(aDirectory.File("x").c_str(), 0);
+   aLog << startentry << std::string(100'000, 'a') << endentry;
+   EXPECT_EQ(aDirectory.FileCount(), 1u);
+   aLog.SetThreshold(1);
+   std::ostringstream anOutput;
+   aLog.On(anOutput);
+   EXPECT_EQ(aLog.GetFilename(), "");
+   aLog << startentry << endentry;
+   EXPECT_EQ(aLog.SwitchVersions(), "");
+   EXPECT_TRUE(aLog.IsOn());
+   EXPECT_EQ(aDirectory.FileCount(), 1u);
+}
+
+TEST_F(VersioningLogStreamTest, ContinuesTheOldFileWhenItCannotBeRenamed)
+{
+   const TemporaryDirectory aDirectory;
+   const std::string aFile = aDirectory.File(std::string(250, 'n')); // with a stamp the name is too long
+   VersioningLogStream aLog(aFile.c_str(), 10, OpenMode::Out | OpenMode::Trunc);
+   aLog << startentry << "first\n" << endentry;
+   aLog << startentry << "second\n" << endentry;
+   EXPECT_EQ(aLog.SwitchVersions(), "");
+   EXPECT_EQ(aLog.GetFilename(), aFile);
+   EXPECT_TRUE(std::regex_search(ReadFile(aFile), std::regex("first\n[^\n]*\n[^\n]*\nsecond\n"))) << ReadFile(aFile);
+   EXPECT_EQ(aDirectory.FileCount(), 1u);
+}
+
+TEST_F(VersioningLogStreamTest, OutlivesAClockThatIsSetFarBack)
+{
+   const TemporaryDirectory aDirectory;
+   const std::string aFile = aDirectory.File("x.log");
+   VersioningLogStream aLog(aFile.c_str(), 10);
+   aLog << startentry << "first\n" << endentry;
+   ASSERT_EQ(aDirectory.FileCount(), 2u);
+   itsClock.Advance(-3600); // no time stamp is given now
+   EXPECT_NO_THROW(aLog << startentry << "second\n" << endentry);
+   EXPECT_EQ(aDirectory.FileCount(), 2u);
+   aLog << startentry << "third\n" << endentry;
+   EXPECT_EQ(aDirectory.FileCount(), 3u);
+   EXPECT_EQ(ReadFile(aFile), "");
+}
+
+TEST_F(VersioningLogStreamTest, SwitchesOnToStandardOutput)
+{
+   VersioningLogStream aLog;
+   aLog.On();
+   EXPECT_EQ(aLog.rdbuf(), std::cout.rdbuf());
+   EXPECT_EQ(aLog.GetFilename(), "");
+}
