@@ -6,9 +6,11 @@
 // the descriptor; over NFS the server may ask for write access for exclusive locks. Lock operations return 1, or 0 with
 // errno: EDEADLK for a lock held elsewhere or a time-out, EBADF for a stream that is not open, else that of the system.
 //
-// Any thread may call the lock operations and close; everything else belongs to one thread at a time.
+// The lock operations and close are safe against each other on any threads; reading, writing and unlocking (which
+// writes what is buffered) belong to one thread at a time.
 #pragma once
 
+#include <atomic>
 #include <iostream>
 
 #include "talvenor/foundation/Mutex.h"
@@ -87,6 +89,10 @@ public:
    // file next, then truncates it, then writes: a reader that holds a lock never sees its file vanish.
    void OpenKeeping(const char* theName);
 
+   // As given when the file was opened.
+   std::ios_base::openmode GetOpenMode() const { return itsMode; }
+   int GetProtection() const { return itsProtection; }
+
    // The length of the file in bytes, and its change. False with errno.
    bool GetFileLength(UINT64& theLength);
    bool Truncate(UINT64 theLength);
@@ -139,7 +145,7 @@ private:
    static Mutex itsLockTableMutex; // taken after a stream's own mutex, never held while waiting
 
    Mutex itsMutex; // held by the lock operations and close
-   bool itsLocked = false;
+   std::atomic<bool> itsLocked = false;
    LFStreamFileID itsFileID; // of the locked file, as it was when it was locked
    FileStreamBuffer itsBuffer;
    std::ios_base::openmode itsMode{};

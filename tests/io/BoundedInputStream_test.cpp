@@ -1,0 +1,172 @@
+#include "talvenor/io/BoundedInputStream.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <numeric>
+
+#include "support/PiecewiseInputStream.h"
+#include "talvenor/io/EndianHandlingReader.h"
+#include "talvenor/io/MemoryStreams.h"
+
+namespace
+{
+
+std::vector<unsigned char> Counting(std::size_t theCount)
+{
+   std::vector<unsigned char> aBytes(theCount);
+   std::iota(aBytes.begin(), aBytes.end(), static_cast<unsigned char>(0));
+   return aBytes;
+}
+
+// Reads with a request of theCount and returns the bytes.
+std::vector<unsigned char> ReadFrom(InputStream& theStream, unsigned int theCount)
+{
+   std::vector<unsigned char> aBytes(theCount);
+   aBytes.resize(theStream.Read(aBytes.data(), theCount));
+   return aBytes;
+}
+
+using Bytes = std::vector<unsigned char>;
+
+} // namespace
+
+TEST(BoundedInputStream, EndsAtTheWindowOrTheStreamWhicheverIsFirst)
+{
+   struct WindowCase
+   {
+      const char* itsName;
+      unsigned int itsStream, itsWindow, itsExpected;
+   };
+   const WindowCase kCases[] = {
+       {"stream longer than the window", 9, 4, 4},
+       {"stream ends inside the window", 2, 4, 2},
+       {"both end together", 4, 4, 4},
+       {"empty window", 4, 0, 0},
+       {"no bytes at all", 0, 4, 0},
+       {"largest window", 9, 0xFFFFFFFF, 9},
+   };
+   for (const WindowCase& aCase : kCases)
+   {
+      for (const unsigned int aPiece : {1U, 3U, 100U})
+      {
+         PiecewiseInputStream aStream(Counting(aCase.itsStream), aPiece);
+         BoundedInputStream aWindow(aStream, aCase.itsWindow);
+         unsigned char aBytes[20];
+         EXPECT_EQ(aWindow.ReadFully(aBytes, sizeof aBytes), aCase.itsExpected) << aCase.itsName;
+         EXPECT_EQ(aStream.Consumed(), aCase.itsExpected) << aCase.itsName;
+      }
+   }
+}
+
+TEST(BoundedInputStream, ReadsAreCutAtTheLimit)
+{
+   PiecewiseInputStream aStream(Counting(9));
+   BoundedInputStream aWindow(aStream, 5);
+   EXPECT_EQ(ReadFrom(aWindow, 3), (Bytes{0, 1, 2}));
+   EXPECT_EQ(aWindow.GetRemaining(), 2U);
+   EXPECT_EQ(ReadFrom(aWindow, 3), (Bytes{3, 4}));
+   EXPECT_EQ(ReadFrom(aWindow, 3), Bytes{});
+   EXPECT_EQ(aStream.Reads(), 2U); // the stream is not asked for more when the window is empty
+}
+
+TEST(BoundedInputStream, WithoutAStreamThereIsNothing)
+{
+   BoundedInputStream aWindow(static_cast<InputStream*>(nullptr), 5);
+   BoundedInputStream anInner(aWindow, 3);
+   unsigned char aByte;
+   EXPECT_EQ(aWindow.Read(&aByte, 1), 0U);
+   EXPECT_EQ(anInner.Read(&aByte, 1), 0U);
+   anInner.Close();
+}
+
+TEST(BoundedInputStream, CannotBeLeftBySeekingOrSkipping)
+{
+   const Bytes aBytes = Counting(20);
+   MemoryInputStream aStream(aBytes.data(), 20);
+   BoundedInputStream aWindow(aStream, 5);
+   EXPECT_EQ(aWindow.CanSeek(), 0);
+   EXPECT_EQ(aWindow.Skip(12), 5U);
+   EXPECT_EQ(aStream.GetStreamPosition(), 5U);
+}
+
+TEST(BoundedInputStream, ReadingTheInnerWindowShortensTheOuter)
+{
+   PiecewiseInputStream aStream(Counting(20));
+   BoundedInputStream anOuter(aStream, 10);
+   EXPECT_EQ(ReadFrom(anOuter, 2), (Bytes{0, 1}));
+   {
+      BoundedInputStream anInner(anOuter, 4);
+      EXPECT_EQ(ReadFrom(anInner, 100), (Bytes{2, 3, 4, 5}));
+      EXPECT_EQ(ReadFrom(anInner, 100), Bytes{});
+   }
+   EXPECT_EQ(anOuter.GetRemaining(), 4U);
+   EXPECT_EQ(ReadFrom(anOuter, 100), (Bytes{6, 7, 8, 9}));
+   EXPECT_EQ(ReadFrom(anOuter, 100), Bytes{});
+   EXPECT_EQ(aStream.Consumed(), 10U);
+}
+
+TEST(BoundedInputStream, AnInnerWindowIsClippedByEveryOneAroundIt)
+{
+   PiecewiseInputStream aStream(Counting(20));
+   BoundedInputStream aFirst(aStream, 6);
+   BoundedInputStream aSecond(aFirst, 50);
+   BoundedInputStream aThird(aSecond, 8);
+   EXPECT_EQ(aThird.GetRemaining(), 6U);
+   EXPECT_EQ(ReadFrom(aThird, 100), (Bytes{0, 1, 2, 3, 4, 5}));
+   EXPECT_EQ(aSecond.GetRemaining(), 0U);
+   EXPECT_EQ(aStream.Consumed(), 6U);
+}
+
+TEST(BoundedInputStream, BytesTakenThroughTheOuterWindowDoNotCountForTheInner)
+{
+   PiecewiseInputStream aStream(Counting(20));
+   BoundedInputStream anOuter(aStream, 8);
+   BoundedInputStream anInner(anOuter, 5);
+   EXPECT_EQ(ReadFrom(anOuter, 2), (Bytes{0, 1}));
+   EXPECT_EQ(anInner.GetRemaining(), 5U);
+   EXPECT_EQ(ReadFrom(anOuter, 2), (Bytes{2, 3}));
+   EXPECT_EQ(anInner.GetRemaining(), 4U); // what the outer one still allows
+   EXPECT_EQ(ReadFrom(anInner, 100), (Bytes{4, 5, 6, 7}));
+}
+
+TEST(BoundedInputStream, SeesAWindowThroughAReader)
+{
+   PiecewiseInputStream aStream(Counting(20));
+   BoundedInputStream anOuter(aStream, 6);
+   EndianHandlingReader aReader(anOuter, TNEndian::BigEndian);
+   BoundedInputStream anInner(aReader, 10);
+   UINT16 aValue = 0;
+   EXPECT_EQ(aReader.Read(aValue), 2U);
+   EXPECT_EQ(anInner.GetRemaining(), 4U);
+   EXPECT_EQ(ReadFrom(anInner, 3), (Bytes{2, 3, 4}));
+   EXPECT_EQ(anOuter.GetRemaining(), 1U);
+}
+
+TEST(BoundedInputStream, ManyNestedWindowsAskTheStreamOnceARead)
+{
+   PiecewiseInputStream aStream(Counting(250));
+   std::vector<std::unique_ptr<BoundedInputStream>> aWindows;
+   InputStream* anInnermost = &aStream;
+   for (unsigned int i = 0; i < 256; ++i)
+   {
+      aWindows.push_back(std::make_unique<BoundedInputStream>(*anInnermost, 400 - i));
+      anInnermost = aWindows.back().get();
+   }
+   EXPECT_EQ(ReadFrom(*anInnermost, 100).size(), 100U);
+   EXPECT_EQ(aStream.Reads(), 1U);
+   EXPECT_EQ(aWindows.front()->GetRemaining(), 300U);
+   EXPECT_EQ(aWindows.back()->GetRemaining(), 45U);
+   anInnermost->Close();
+   EXPECT_TRUE(aStream.IsClosed());
+}
+
+TEST(BoundedInputStream, SkipRemainingTellsWhenTheStreamEndsFirst)
+{
+   PiecewiseInputStream aStream(Counting(40000), 7000);
+   BoundedInputStream anOuter(aStream, 50000);
+   BoundedInputStream anInner(anOuter, 30000);
+   EXPECT_EQ(anInner.SkipRemaining(), 30000U);
+   EXPECT_EQ(anOuter.GetRemaining(), 20000U);
+   EXPECT_EQ(anOuter.SkipRemaining(), 10000U);
+   EXPECT_EQ(anOuter.GetRemaining(), 10000U);
+}

@@ -1,0 +1,71 @@
+#include "talvenor/io/BufferingInputStream.h"
+
+#include <gtest/gtest.h>
+
+#include "support/PiecewiseInputStream.h"
+#include "talvenor/io/MemoryStreams.h"
+
+namespace
+{
+
+// Values that differ from block to block.
+std::vector<unsigned char> Pattern(unsigned int theCount)
+{
+   std::vector<unsigned char> aBytes(theCount);
+   for (unsigned int i = 0; i < theCount; ++i)
+   {
+      aBytes[i] = static_cast<unsigned char>(i * 7 + i / 256);
+   }
+   return aBytes;
+}
+
+} // namespace
+
+TEST(BufferingInputStream, ReplaysWhatWasReadAndSkippedInOrder)
+{
+   const std::vector<unsigned char> aSource = Pattern(30000);
+   for (const unsigned int aPiece : {1U, 5000U, 100000U})
+   {
+      PiecewiseInputStream aStream(aSource, aPiece);
+      BufferingInputStream aRecorder(aStream);
+      std::vector<unsigned char> aBytes(30000);
+      EXPECT_EQ(aRecorder.ReadFully(aBytes.data(), 8191), 8191U);
+      EXPECT_EQ(aRecorder.Skip(16000), 16000U);
+      EXPECT_EQ(aRecorder.ReadFully(aBytes.data(), 10000), 5809U);
+      EXPECT_EQ(aRecorder.Skip(1), 0U);
+      EXPECT_EQ(aRecorder.GetBufferedBytesAvailable(), 30000U);
+
+      EXPECT_EQ(aRecorder.ReadBufferedData(aBytes.data(), 100), 100U);
+      EXPECT_EQ(aRecorder.SkipBufferedData(8192), 8192U);
+      EXPECT_EQ(aRecorder.ReadBufferedData(aBytes.data() + 8292, 50000), 21708U);
+      EXPECT_EQ(aRecorder.GetBufferedBytesAvailable(), 0U);
+      EXPECT_TRUE(std::equal(aBytes.begin(), aBytes.begin() + 100, aSource.begin())) << aPiece;
+      EXPECT_TRUE(std::equal(aBytes.begin() + 8292, aBytes.end(), aSource.begin() + 8292)) << aPiece;
+   }
+}
+
+TEST(BufferingInputStream, RecordingGoesOnAfterAReplay)
+{
+   PiecewiseInputStream aStream(Pattern(20));
+   BufferingInputStream aRecorder(aStream);
+   unsigned char aBytes[20];
+   aRecorder.Read(aBytes, 4);
+   EXPECT_EQ(aRecorder.ReadBufferedData(aBytes, 3), 3U);
+   aRecorder.Read(aBytes, 2); // goes on in the stream, not in the recording
+   EXPECT_EQ(aBytes[0], Pattern(20)[4]);
+   EXPECT_EQ(aRecorder.GetBufferedBytesAvailable(), 3U);
+   EXPECT_EQ(aRecorder.ReadBufferedData(aBytes, 20), 3U);
+   EXPECT_EQ(aBytes[0], Pattern(20)[3]);
+   EXPECT_EQ(aBytes[2], Pattern(20)[5]);
+}
+
+TEST(BufferingInputStream, ReadsEvenWhatASeekableStreamCouldSkip)
+{
+   const std::vector<unsigned char> aBytes = Pattern(10);
+   MemoryInputStream aStream(aBytes.data(), 10);
+   BufferingInputStream aRecorder(aStream);
+   EXPECT_EQ(aRecorder.CanSeek(), 0);
+   EXPECT_EQ(aRecorder.Skip(50), 10U);
+   EXPECT_EQ(aRecorder.GetStreamPosition(), 10U);
+   EXPECT_EQ(aRecorder.GetBufferedBytesAvailable(), 10U);
+}

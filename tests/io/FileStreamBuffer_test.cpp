@@ -1,0 +1,313 @@
+#include "talvenor/io/FileStreamBuffer.h"
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <random>
+#include <sstream>
+#include <string>
+
+#include "support/TemporaryFile.h"
+#include "support/TemporaryPipe.h"
+
+namespace
+{
+
+std::string Text(std::size_t theLength)
+{
+   std::string aText(theLength, ' ');
+   for (std::size_t i = 0; i < theLength; ++i)
+   {
+      aText[i] = static_cast<char>('a' + i * 7 % 26);
+   }
+   return aText;
+}
+
+std::string ReadBytes(FileStreamBuffer& theBuffer, std::size_t theCount)
+{
+   std::string aText(theCount, '?');
+   bool hasFailed = false;
+   aText.resize(theBuffer.ReadBytes(reinterpret_cast<unsigned char*>(aText.data()), theCount, hasFailed));
+   EXPECT_FALSE(hasFailed);
+   return aText;
+}
+
+bool WriteBytes(FileStreamBuffer& theBuffer, const std::string& theText)
+{
+   return theBuffer.WriteBytes(reinterpret_cast<const unsigned char*>(theText.data()), theText.size());
+}
+
+constexpr auto kIn = std::ios::in;
+constexpr auto kOut = std::ios::out;
+constexpr auto kApp = std::ios::app;
+constexpr auto kTrunc = std::ios::trunc;
+
+const unsigned int kBufferSizes[] = {0, 1, 7, 64, 4096};
+
+} // namespace
+
+TEST(FileStreamBuffer, OpensWithTheMeaningOfTheStandardModes)
+{
+   struct ModeCase
+   {
+      const char* itsName;
+      std::ios::openmode itsMode;
+      bool isOpenWhenMissing;
+      const char* itsContents; // of a file "old" after "new" was written; null: does not open
+   };
+   const ModeCase kCases[] = {
+       {"in", kIn, false, "old"},
+       {"out", kOut, true, "new"},
+       {"out trunc", kOut | kTrunc, true, "new"},
+       {"app", kApp, true, "oldnew"},
+       {"out app", kOut | kApp, true, "oldnew"},
+       {"in out", kIn | kOut, false, "new"},
+       {"in out ate", kIn | kOut | std::ios::ate, false, "oldnew"},
+       {"in out trunc", kIn | kOut | kTrunc, true, "new"},
+       {"in app binary", kIn | kApp | std::ios::binary, true, "oldnew"},
+       {"in out app", kIn | kOut | kApp, true, "oldnew"},
+       {"trunc alone", kTrunc, false, nullptr},
+       {"in trunc", kIn | kTrunc, false, nullptr},
+       {"none", std::ios::openmode{}, false, nullptr},
+   };
+   for (const ModeCase& aCase : kCases)
+   {
+      TemporaryFile aMissing;
+      FileStreamBuffer aBuffer(64);
+      EXPECT_EQ(aBuffer.Open(aMissing.Name(), aCase.itsMode), aCase.isOpenWhenMissing) << aCase.itsName;
+
+      TemporaryFile aFile("old");
+      FileStreamBuffer anOther(64);
+      ASSERT_EQ(anOther.Open(aFile.Name(), aCase.itsMode), aCase.itsContents != nullptr) << aCase.itsName;
+      if (aCase.itsContents != nullptr)
+      {
+         WriteBytes(anOther, "new");
+         EXPECT_EQ(anOther.Close(), aCase.itsMode != kIn) << aCase.itsName;
+         EXPECT_EQ(aFile.Contents(), aCase.itsContents) << aCase.itsName;
+      }
+      else
+      {
+         EXPECT_EQ(anOther.GetError(), EINVAL) << aCase.itsName;
+      }
+   }
+}
+
+TEST(FileStreamBuffer, OpenKeepingCreatesButNeverTruncates)
+{
+   TemporaryFile aFile;
+   for (const char* anExpected : {"abc", "xbc"})
+   {
+      FileStreamBuffer aBuffer(16);
+      ASSERT_TRUE(aBuffer.OpenKeeping(aFile.Name()));
+      ASSERT_TRUE(WriteBytes(aBuffer, aFile.Contents().empty() ? "abc" : "x"));
+      ASSERT_TRUE(aBuffer.Close());
+      EXPECT_EQ(aFile.Contents(), anExpected);
+   }
+}
+
+// The same operations on the buffer and on a string; every size of buffer, every kind of interface.
+TEST(FileStreamBuffer, BehavesLikeAStandardStringBufferUnderMixedUse)
+{
+   for (const unsigned int aSize : kBufferSizes)
+   {
+      TemporaryFile aFile;
+      std::mt19937 aRandom(aSize + 1);
+      FileStreamBuffer aBuffer(aSize);
+      ASSERT_TRUE(aBuffer.Open(aFile.Name(), kIn | kOut | kTrunc));
+      std::string aModel;
+      std::size_t aPosition = 0;
+      for (int i = 0; i < 4000; ++i)
+      {
+         const std::size_t aCount = aRandom() % (aRandom() % 4 == 0 ? 300 : 12);
+         switch (aRandom() % 8)
+         {
+         case 0:
+         case 1: {
+            const std::string anExpected = aModel.substr(std::min(aPosition, aModel.size()), aCount);
+            ASSERT_EQ(ReadBytes(aBuffer, aCount), anExpected) << "step " << i << ", buffer " << aSize;
+            aPosition += anExpected.size();
+            break;
+         }
+         case 2: {
+            const std::string anExpected = aModel.substr(std::min(aPosition, aModel.size()), aCount);
+            std::string aText(aCount, '?');
+            aText.resize(static_cast<std::size_t>(aBuffer.sgetn(aText.data(), static_cast<std::streamsize>(aCount))));
+            ASSERT_EQ(aText, anExpected) << "step " << i << ", buffer " << aSize;
+            aPosition += anExpected.size();
+            break;
+         }
+         case 3: {
+            const int anExpected = aPosition < aModel.size() ? aModel[aPosition] : EOF;
+            ASSERT_EQ(aBuffer.sbumpc(), anExpected) << "step " << i << ", buffer " << aSize;
+            aPosition += anExpected == EOF ? 0 : 1;
+            break;
+         }
+         case 4:
+         case 5: {
+            const std::string aText = Text(aCount);
+            ASSERT_TRUE(WriteBytes(aBuffer, aText));
+            if (!aText.empty())
+            {
+               aModel.resize(std::max(aModel.size(), aPosition + aText.size()));
+               aModel.replace(aPosition, aText.size(), aText);
+            }
+            aPosition += aText.size();
+            break;
+         }
+         case 6:
+            aPosition = aRandom() % (aModel.size() + 5);
+            ASSERT_TRUE(aBuffer.SetPosition(aPosition));
+            break;
+         default:
+            ASSERT_TRUE(aRandom() % 2 == 0 || aBuffer.Synchronise());
+            aModel.resize(std::max(aModel.size(), aPosition + 1));
+            aModel[aPosition++] = 'Z';
+            ASSERT_EQ(aBuffer.sputc('Z'), 'Z');
+         }
+         ASSERT_EQ(aBuffer.GetPosition(), aPosition) << "step " << i << ", buffer " << aSize;
+      }
+      ASSERT_TRUE(aBuffer.Close());
+      EXPECT_EQ(aFile.Contents(), aModel) << aSize;
+   }
+}
+
+TEST(FileStreamBuffer, ServesTheStandardStreams)
+{
+   for (const unsigned int aSize : kBufferSizes)
+   {
+      TemporaryFile aFile("12 34\nline\nrest");
+      FileStreamBuffer aBuffer(aSize);
+      ASSERT_TRUE(aBuffer.Open(aFile.Name(), kIn | kOut));
+      std::iostream aStream(&aBuffer);
+      int aFirst = 0;
+      int aSecond = 0;
+      std::string aLine;
+      aStream >> aFirst >> aSecond >> aLine;
+      EXPECT_EQ(aFirst + aSecond, 46);
+      EXPECT_EQ(aLine, "line");
+      EXPECT_EQ(aStream.tellg(), 10);
+      aStream.get();
+      aStream.unget();
+      EXPECT_EQ(aStream.get(), '\n');
+      aStream.seekg(-4, std::ios::end);
+      EXPECT_EQ(aStream.get(), 'r');
+      aStream.seekp(1, std::ios::cur);
+      aStream << "XY!" << std::flush;
+      EXPECT_TRUE(aStream.good());
+      EXPECT_EQ(aFile.Contents(), "12 34\nline\nreXY!") << aSize;
+      EXPECT_EQ(aStream.seekg(-1).rdstate(), std::ios::failbit);
+   }
+}
+
+TEST(FileStreamBuffer, SynchroniseShowsWhatOthersHaveWritten)
+{
+   TemporaryFile aFile("old text");
+   FileStreamBuffer aBuffer(64);
+   ASSERT_TRUE(aBuffer.Open(aFile.Name(), kIn));
+   EXPECT_EQ(ReadBytes(aBuffer, 4), "old ");
+   aFile.Write("new data");
+   EXPECT_EQ(ReadBytes(aBuffer, 1), "t"); // read ahead
+   ASSERT_TRUE(aBuffer.Synchronise());
+   EXPECT_EQ(ReadBytes(aBuffer, 99), "ata");
+}
+
+TEST(FileStreamBuffer, TruncateAndLengthCountWhatIsBuffered)
+{
+   TemporaryFile aFile("0123456789");
+   FileStreamBuffer aBuffer(64);
+   ASSERT_TRUE(aBuffer.Open(aFile.Name(), kIn | kOut));
+   EXPECT_EQ(ReadBytes(aBuffer, 2), "01");
+   ASSERT_TRUE(aBuffer.Truncate(4));
+   EXPECT_EQ(ReadBytes(aBuffer, 99), "23"); // nothing read ahead is left
+   WriteBytes(aBuffer, "abc");
+   UINT64 aLength = 0;
+   ASSERT_TRUE(aBuffer.GetLength(aLength));
+   EXPECT_EQ(aLength, 7U);
+   ASSERT_TRUE(aBuffer.Truncate(0));
+   ASSERT_TRUE(aBuffer.SetPosition(0));
+   WriteBytes(aBuffer, "xyz");
+   ASSERT_TRUE(aBuffer.Close());
+   EXPECT_EQ(aFile.Contents(), "xyz");
+}
+
+TEST(FileStreamBuffer, UsesTheCallersBufferUntilItIsInUse)
+{
+   TemporaryFile aFile(Text(100));
+   FileStreamBuffer aBuffer(64);
+   std::array<char, 16> aSpace{};
+   EXPECT_EQ(aBuffer.pubsetbuf(aSpace.data(), aSpace.size()), &aBuffer);
+   ASSERT_TRUE(aBuffer.Open(aFile.Name(), kIn));
+   EXPECT_EQ(ReadBytes(aBuffer, 3), Text(3));
+   EXPECT_EQ(std::string(aSpace.data(), aSpace.size()), Text(16));
+   EXPECT_EQ(aBuffer.pubsetbuf(nullptr, 0), nullptr);
+   EXPECT_EQ(ReadBytes(aBuffer, 97), Text(100).substr(3));
+}
+
+TEST(FileStreamBuffer, FailuresAreToldApartFromTheEnd)
+{
+   FileStreamBuffer aDirectory(16);
+   ASSERT_TRUE(aDirectory.Open(std::filesystem::temp_directory_path().c_str(), kIn));
+   unsigned char aByte;
+   bool hasFailed = false;
+   EXPECT_EQ(aDirectory.ReadBytes(&aByte, 1, hasFailed), 0U);
+   EXPECT_TRUE(hasFailed);
+   EXPECT_EQ(aDirectory.GetError(), EISDIR);
+   std::istream aStream(&aDirectory);
+   EXPECT_EQ(aStream.get(), EOF);
+   EXPECT_TRUE(aStream.bad());
+
+   FileStreamBuffer aClosed(16);
+   EXPECT_EQ(aClosed.ReadBytes(&aByte, 1, hasFailed = false), 0U);
+   EXPECT_EQ(aClosed.GetError(), EBADF);
+   EXPECT_FALSE(aClosed.WriteBytes(&aByte, 1));
+   EXPECT_FALSE(aClosed.SetPosition(3));
+   EXPECT_FALSE(aClosed.Close());
+}
+
+// /dev/full refuses every byte that reaches it. What is buffered stays buffered, and Close tells.
+TEST(FileStreamBuffer, AFullDiskShowsWhenTheBufferIsWritten)
+{
+   FileStreamBuffer aBuffer(16);
+   ASSERT_TRUE(aBuffer.Open("/dev/full", kIn | kOut));
+   EXPECT_TRUE(WriteBytes(aBuffer, "small"));
+   EXPECT_FALSE(aBuffer.Synchronise());
+   EXPECT_EQ(aBuffer.GetError(), ENOSPC);
+   EXPECT_EQ(aBuffer.GetPosition(), 5U);
+   std::ostream aStream(&aBuffer);
+   aStream << Text(100);
+   EXPECT_TRUE(aStream.bad());
+   EXPECT_FALSE(aBuffer.Close());
+   EXPECT_FALSE(aBuffer.IsOpen());
+}
+
+TEST(FileStreamBuffer, ReadsAPipeWhichHasNoPositions)
+{
+   FileStreamBuffer aBuffer(16);
+   ASSERT_TRUE(aBuffer.Open("/dev/null", kIn)); // has positions, ends at once
+   EXPECT_EQ(ReadBytes(aBuffer, 5), "");
+
+   TemporaryPipe aPipe("some bytes that came through a pipe");
+   FileStreamBuffer aReader(16);
+   ASSERT_TRUE(aReader.Open(aPipe.Name(), kIn));
+   EXPECT_EQ(ReadBytes(aReader, 5), "some ");
+   EXPECT_TRUE(aReader.Synchronise()); // does not lose what was read ahead
+   EXPECT_EQ(ReadBytes(aReader, 99), "bytes that came through a pipe");
+   EXPECT_FALSE(aReader.SetPosition(1));
+   EXPECT_EQ(aReader.GetError(), ESPIPE);
+}
+
+TEST(FileStreamBuffer, PositionsGoBeyondFourGigabytes)
+{
+   TemporaryFile aFile("start");
+   FileStreamBuffer aBuffer(16);
+   ASSERT_TRUE(aBuffer.Open(aFile.Name(), kIn | kOut));
+   const UINT64 aFarAway = UINT64{5} << 30;
+   ASSERT_TRUE(aBuffer.SetPosition(aFarAway));
+   WriteBytes(aBuffer, "end"); // a hole lies between
+   ASSERT_TRUE(aBuffer.SetPosition(aFarAway + 1));
+   EXPECT_EQ(ReadBytes(aBuffer, 9), "nd");
+   EXPECT_FALSE(aBuffer.SetPosition(UINT64{1} << 63));
+   EXPECT_EQ(aBuffer.GetError(), EINVAL);
+}

@@ -1,0 +1,89 @@
+#include "talvenor/platform/FileHandle.h"
+
+#include <cerrno>
+#include <gtest/gtest.h>
+#include <string>
+
+#include "support/TemporaryFile.h"
+
+using TNPlatform::FileHandle;
+
+TEST(FileHandle, ReadsAndWritesAtOffsets)
+{
+   TemporaryFile aFile("0123456789");
+   FileHandle aHandle;
+   ASSERT_TRUE(aHandle.Open(aFile.Name(), FileHandle::kRead | FileHandle::kWrite));
+   char aBytes[8];
+   EXPECT_EQ(aHandle.ReadAt(aBytes, 8, 6), 4);
+   EXPECT_EQ(std::string(aBytes, 4), "6789");
+   EXPECT_EQ(aHandle.WriteAt("ab", 2, "cd", 2, 9), 4);
+   EXPECT_EQ(aHandle.Read(aBytes, 2), 2); // the descriptor's own offset has not moved
+   EXPECT_EQ(std::string(aBytes, 2), "01");
+   EXPECT_TRUE(aHandle.Close());
+   EXPECT_EQ(aFile.Contents(), "012345678abcd");
+}
+
+TEST(FileHandle, RefusesToOpenWithTheReasonInErrno)
+{
+   TemporaryFile aFile("x");
+   FileHandle aHandle;
+   EXPECT_FALSE(aHandle.Open("/nonexistent/file", FileHandle::kRead));
+   EXPECT_EQ(errno, ENOENT);
+   EXPECT_FALSE(aHandle.Open(nullptr, FileHandle::kRead));
+   EXPECT_EQ(errno, EINVAL);
+   ASSERT_TRUE(aHandle.Open(aFile.Name(), FileHandle::kRead));
+   EXPECT_FALSE(aHandle.Open(aFile.Name(), FileHandle::kRead));
+   EXPECT_EQ(errno, EBUSY);
+   EXPECT_EQ(aHandle.WriteAt("x", 1, 0), -1);
+   EXPECT_EQ(errno, EBADF);
+}
+
+TEST(FileHandle, AMovedHandleIsOpenOnce)
+{
+   TemporaryFile aFile("x");
+   FileHandle aHandle;
+   ASSERT_TRUE(aHandle.Open(aFile.Name(), FileHandle::kRead));
+   const int aDescriptor = aHandle.GetDescriptor();
+   FileHandle anOther(std::move(aHandle));
+   EXPECT_EQ(anOther.GetDescriptor(), aDescriptor);
+   FileHandle aThird;
+   aThird = std::move(anOther);
+   EXPECT_TRUE(aThird.IsOpen());
+   EXPECT_TRUE(aThird.HasPositions());
+}
+
+// Exclusive on a handle that may only read, shared on one that may only write.
+TEST(FileHandle, LocksDoNotDependOnTheAccessMode)
+{
+   TemporaryFile aFile("x");
+   FileHandle aReader;
+   FileHandle aWriter;
+   ASSERT_TRUE(aReader.Open(aFile.Name(), FileHandle::kRead));
+   ASSERT_TRUE(aWriter.Open(aFile.Name(), FileHandle::kWrite));
+   EXPECT_EQ(aReader.TryLock(true), FileHandle::kLocked);
+   EXPECT_EQ(aWriter.TryLock(false), FileHandle::kHeldElsewhere);
+   EXPECT_TRUE(aReader.Unlock());
+   EXPECT_EQ(aWriter.Lock(false), FileHandle::kLocked);
+   EXPECT_EQ(aReader.TryLock(false), FileHandle::kLocked);
+   FileHandle aClosed;
+   EXPECT_EQ(aClosed.TryLock(true), FileHandle::kFailed);
+   EXPECT_EQ(errno, EBADF);
+}
+
+TEST(FileHandle, TheIdentityIsTheFilesNotItsNames)
+{
+   TemporaryFile aFile("12345");
+   TemporaryFile aSecondName;
+   std::filesystem::create_hard_link(aFile.Path(), aSecondName.Path());
+   TNPlatform::FileInformation anInformation[2];
+   int i = 0;
+   for (const char* aName : {aFile.Name(), aSecondName.Name()})
+   {
+      FileHandle aHandle;
+      ASSERT_TRUE(aHandle.Open(aName, FileHandle::kRead));
+      ASSERT_TRUE(aHandle.GetInformation(anInformation[i++]));
+   }
+   EXPECT_EQ(anInformation[0].itsLength, 5U);
+   EXPECT_EQ(anInformation[0].itsInode, anInformation[1].itsInode);
+   EXPECT_EQ(anInformation[0].itsDevice, anInformation[1].itsDevice);
+}
