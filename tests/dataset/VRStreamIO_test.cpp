@@ -1,0 +1,370 @@
+#include "talvenor/dataset/VR.h"
+
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+
+#include <gtest/gtest.h>
+
+#include "support/CountingAllocater.h"
+#include "support/PiecewiseInputStream.h"
+#include "support/RecordingOutputStream.h"
+#include "support/StreamErrors.h"
+#include "talvenor/dataset/VR.h"
+#include "talvenor/dictionary/VRType.h"
+#include "talvenor/io/EndianHandlingReader.h"
+#include "talvenor/io/EndianHandlingWriter.h"
+#include "talvenor/io/MemoryStreams.h"
+
+namespace
+{
+using Bytes = std::vector<unsigned char>;
+
+struct FieldCase
+{
+   const char* itsName;
+   int (VR::*itsRead)(EndianHandlingReader&);
+   void (VR::*itsWrite)(EndianHandlingWriter&) const;
+   UINT32 (*itsField)(const VR&);
+   Bytes itsLittle, itsBig;
+   UINT32 itsValue;
+   const char* itsSizeText;
+};
+
+const FieldCase kFieldCases[] = {
+    {"Group",
+     &VR::ReadGroup,
+     &VR::WriteGroup,
+     [](const VR& theVR) -> UINT32 { return theVR.GetGroup(); },
+     {0xE0, 0x7F},
+     {0x7F, 0xE0},
+     0x7FE0,
+     "sizeof(itsGroup)"},
+    {"Element",
+     &VR::ReadElement,
+     &VR::WriteElement,
+     [](const VR& theVR) -> UINT32 { return theVR.GetElement(); },
+     {0x10, 0x20},
+     {0x20, 0x10},
+     0x2010,
+     "sizeof(itsElement)"},
+    {"Length16",
+     &VR::ReadLength16,
+     &VR::WriteLength16,
+     [](const VR& theVR) { return theVR.GetLength(); },
+     {0x03, 0x01},
+     {0x01, 0x03},
+     0x0103,
+     "sizeof(UINT16)"},
+    {"Length32",
+     &VR::ReadLength32,
+     &VR::WriteLength32,
+     [](const VR& theVR) { return theVR.GetLength(); },
+     {0x04, 0x03, 0x02, 0x01},
+     {0x01, 0x02, 0x03, 0x04},
+     0x01020304,
+     "sizeof(UINT32)"},
+    {"Filler16",
+     &VR::ReadFiller16,
+     &VR::WriteFiller16,
+     [](const VR&) -> UINT32 { return 0; },
+     {0x00, 0x00},
+     {0x00, 0x00},
+     0,
+     "sizeof(UINT16)"},
+    {"TypeCode",
+     &VR::ReadTypeCode,
+     &VR::WriteTypeCode,
+     [](const VR& theVR) -> UINT32 { return theVR.GetTypeCode(); },
+     {'U', 'I'},
+     {'U', 'I'},
+     0x5549,
+     "sizeof(itsTypeCode)"},
+};
+
+// An element with fields that no case reads.
+VR OldElement()
+{
+   VR aVR(0x1111, 0x2222);
+   aVR.SetLength(0x33333333);
+   aVR.SetTypeCode(VRCode::OB);
+   return aVR;
+}
+
+Bytes Counted(std::size_t theCount)
+{
+   Bytes aBytes(theCount);
+   std::iota(aBytes.begin(), aBytes.end(), static_cast<unsigned char>(1));
+   return aBytes;
+}
+
+Bytes ValueOf(const VR& theVR)
+{
+   return {theVR.GetData(), theVR.GetData() + theVR.GetLength()};
+}
+
+Bytes Written(const VR& theVR, void (VR::*theWrite)(EndianHandlingWriter&) const, TNEndian::EndianType theEndian)
+{
+   RecordingOutputStream aStream;
+   EndianHandlingWriter aWriter(aStream, theEndian);
+   (theVR.*theWrite)(aWriter);
+   return aStream.Bytes();
+}
+} // namespace
+
+TEST(VRStreamIO, ReadsFieldsInTheReadersOrder)
+{
+   for (const FieldCase& aCase : kFieldCases)
+   {
+      for (const auto anEndian : {TNEndian::LittleEndian, TNEndian::BigEndian})
+      {
+         for (const unsigned int aPiece : {1u, 4u})
+         {
+            SCOPED_TRACE(aCase.itsName);
+            PiecewiseInputStream aStream(anEndian == TNEndian::LittleEndian ? aCase.itsLittle : aCase.itsBig, aPiece);
+            EndianHandlingReader aReader(aStream, anEndian);
+            VR aVR;
+            EXPECT_EQ((aVR.*aCase.itsRead)(aReader), 1);
+            EXPECT_EQ(aCase.itsField(aVR), aCase.itsValue);
+            EXPECT_EQ(aStream.Consumed(), aCase.itsLittle.size());
+         }
+      }
+   }
+}
+
+TEST(VRStreamIO, AFieldCutShortIsAnErrorAndAMissingOneTheEnd)
+{
+   for (const FieldCase& aCase : kFieldCases)
+   {
+      for (const auto anEndian : {TNEndian::LittleEndian, TNEndian::BigEndian})
+      {
+         for (std::size_t aCut = 0; aCut < aCase.itsLittle.size(); ++aCut)
+         {
+            SCOPED_TRACE(aCase.itsName + std::string(" cut at ") + std::to_string(aCut));
+            PiecewiseInputStream aStream(Bytes(aCut, 0x41), 1);
+            EndianHandlingReader aReader(aStream, anEndian);
+            VR aVR = OldElement();
+            if (aCut == 0)
+            {
+               EXPECT_EQ((aVR.*aCase.itsRead)(aReader), 0);
+            }
+            else
+            {
+               const StreamError anExpected{std::string("VR::Read") + aCase.itsName +
+                                                "(EndianHandlingReader): Short read " + std::to_string(aCut) +
+                                                " bytes != " + aCase.itsSizeText,
+                                            TN_END_OF_FILE, 0};
+               EXPECT_EQ(StreamErrorOf([&] { (aVR.*aCase.itsRead)(aReader); }), anExpected);
+            }
+            EXPECT_EQ(aCase.itsField(aVR), aCase.itsField(OldElement())) << "unchanged";
+         }
+      }
+   }
+}
+
+TEST(VRStreamIO, WritesFieldsInTheWritersOrder)
+{
+   VR aVR(0x7FE0, 0x2010);
+   aVR.SetTypeCode(VRCode::UI);
+   for (const FieldCase& aCase : kFieldCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      aVR.SetLength(aCase.itsSizeText == std::string("sizeof(UINT32)") ? 0x01020304 : 0x0103);
+      EXPECT_EQ(Written(aVR, aCase.itsWrite, TNEndian::LittleEndian), aCase.itsLittle);
+      EXPECT_EQ(Written(aVR, aCase.itsWrite, TNEndian::BigEndian), aCase.itsBig);
+   }
+   aVR.SetLength(0x01FF);
+   EXPECT_EQ(Written(aVR, &VR::WriteLength16Plus1, TNEndian::LittleEndian), (Bytes{0x00, 0x02}));
+   EXPECT_EQ(Written(aVR, &VR::WriteLength32Plus1, TNEndian::BigEndian), (Bytes{0x00, 0x00, 0x02, 0x00}));
+}
+
+TEST(VRStreamIO, ReadsAValueFromAStreamThatGivesItInPieces)
+{
+   for (const unsigned int aPiece : {1u, 3u, 100u})
+   {
+      PiecewiseInputStream aStream(Counted(12), aPiece);
+      EndianHandlingReader aReader(aStream, TNEndian::BigEndian);
+      VR aVR(0x0010, 0x0020);
+      aVR.SetLength(10);
+      EXPECT_EQ(aVR.ReadData(aReader), 1);
+      EXPECT_EQ(ValueOf(aVR), Counted(10)) << "as it came";
+      EXPECT_EQ(aStream.Consumed(), 10u);
+   }
+}
+
+TEST(VRStreamIO, AnOddValueStaysOddInAnEvenBuffer)
+{
+   CountingAllocater anAllocator;
+   PiecewiseInputStream aStream(Counted(6));
+   EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
+   VR aVR(0x0010, 0x0020, TNEndian::LittleEndian, anAllocator);
+   aVR.SetLength(5);
+   EXPECT_EQ(aVR.ReadData(aReader), 1);
+   EXPECT_EQ(ValueOf(aVR), Counted(5));
+   EXPECT_EQ(aVR.GetData()[5], 0);
+   EXPECT_EQ(aStream.Consumed(), 5u);
+   EXPECT_EQ(anAllocator.Sizes(), (std::vector<unsigned int>{6}));
+}
+
+TEST(VRStreamIO, ReadsIntoTheBufferThatIsThere)
+{
+   PiecewiseInputStream aStream(Counted(4), 3);
+   EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
+   VR aVR(0x0010, 0x0020, 4, 1);
+   const unsigned char* aBuffer = aVR.GetData();
+   EXPECT_EQ(aVR.ReadData(aReader), 1);
+   EXPECT_EQ(aVR.GetData(), aBuffer);
+   EXPECT_EQ(ValueOf(aVR), Counted(4));
+}
+
+TEST(VRStreamIO, AValueCutShortIsAnErrorAndAMissingOneTheEnd)
+{
+   const Bytes aBytes = Counted(9);
+   const std::string aText = " bytes read != 10 bytes requested while reading attribute (0010, 0020) with type code LO"
+                             " at stream offset ";
+   for (unsigned int aCut = 0; aCut < 10; ++aCut)
+   {
+      SCOPED_TRACE("cut at " + std::to_string(aCut));
+      MemoryInputStream aSeekable(aBytes.data(), aCut);
+      PiecewiseInputStream aForwardOnly(Bytes(aBytes.begin(), aBytes.begin() + aCut), 2);
+      for (InputStream* aStream : {static_cast<InputStream*>(&aSeekable), static_cast<InputStream*>(&aForwardOnly)})
+      {
+         EndianHandlingReader aReader(*aStream, TNEndian::LittleEndian);
+         VR aVR(0x0010, 0x0020);
+         aVR.SetTypeCode(VRCode::LO);
+         aVR.SetLength(10);
+         if (aCut == 0)
+         {
+            EXPECT_EQ(aVR.ReadData(aReader), 0);
+         }
+         else
+         {
+            const std::string anOffset = aStream == &aSeekable ? std::to_string(aCut) : "0";
+            const StreamError anExpected{"VR::ReadData(EndianHandlingReader): Short read " + std::to_string(aCut) +
+                                             aText + anOffset,
+                                         TN_END_OF_FILE, 0};
+            EXPECT_EQ(StreamErrorOf([&] { aVR.ReadData(aReader); }), anExpected);
+         }
+         EXPECT_EQ(aVR.GetData(), nullptr) << "memory that was never filled is no value";
+      }
+   }
+}
+
+TEST(VRStreamIO, AnEmptyValueReadsAndWritesNothing)
+{
+   PiecewiseInputStream aStream(Counted(4));
+   EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
+   VR aVR(0x0010, 0x0020);
+   EXPECT_EQ(aVR.ReadData(aReader), 1);
+   EXPECT_EQ(aStream.Reads(), 0u);
+   EXPECT_EQ(Written(aVR, &VR::WriteData, TNEndian::LittleEndian), Bytes());
+}
+
+TEST(VRStreamIO, RefusesAnUndefinedLength)
+{
+   PiecewiseInputStream anInput(Counted(4));
+   EndianHandlingReader aReader(anInput, TNEndian::LittleEndian);
+   VR aVR(0x0010, 0x0020);
+   aVR.SetLength(VR::kUndefinedLength);
+   EXPECT_EQ(StreamErrorOf([&] { aVR.ReadData(aReader); }),
+             (StreamError{"VR::ReadData(EndianHandlingReader): read data of undefined length requested",
+                          TN_INTERNAL_ERROR, 0}));
+   EXPECT_EQ(StreamErrorOf([&] { Written(aVR, &VR::WriteData, TNEndian::LittleEndian); }),
+             (StreamError{"VR::WriteData(EndianHandlingWriter): Write data of undefined length requested",
+                          TN_INTERNAL_ERROR, 0}));
+   aVR.SetLength(4);
+   EXPECT_EQ(StreamErrorOf([&] { Written(aVR, &VR::WriteData, TNEndian::LittleEndian); }).itsCode, TN_INTERNAL_ERROR)
+       << "a length without data";
+}
+
+TEST(VRStreamIO, ALongValueIsReadWholeWithOneRequestToItsAllocator)
+{
+   constexpr UINT32 kMegabyte = 1024 * 1024;
+   const UINT32 aLengths[] = {kMegabyte, kMegabyte + 1, 16 * kMegabyte, 17 * kMegabyte + 3};
+   for (const UINT32 aLength : aLengths)
+   {
+      SCOPED_TRACE(aLength);
+      CountingAllocater anAllocator;
+      Bytes aBytes(aLength);
+      for (std::size_t i = 0; i < aBytes.size(); ++i)
+      {
+         aBytes[i] = static_cast<unsigned char>(i * 7 + i / 251);
+      }
+      PiecewiseInputStream aStream(aBytes, 700001);
+      EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
+      VR aVR(0x7FE0, 0x0010, TNEndian::LittleEndian, anAllocator);
+      aVR.SetLength(aLength);
+      EXPECT_EQ(aVR.ReadData(aReader), 1);
+      EXPECT_TRUE(ValueOf(aVR) == aBytes);
+      EXPECT_EQ(anAllocator.Sizes(), (std::vector<unsigned int>{aLength + aLength % 2}));
+   }
+}
+
+TEST(VRStreamIO, ALengthThatLiesClaimsNoMemoryForIt)
+{
+   for (const std::size_t anArrived : {std::size_t(0), std::size_t(100), std::size_t(5 * 1024 * 1024)})
+   {
+      CountingAllocater anAllocator;
+      PiecewiseInputStream aStream{Bytes(anArrived)};
+      EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
+      VR aVR(0x7FE0, 0x0010, TNEndian::LittleEndian, anAllocator);
+      aVR.SetLength(0xFFFFFFFE);
+      if (anArrived == 0)
+      {
+         EXPECT_EQ(aVR.ReadData(aReader), 0);
+      }
+      else
+      {
+         EXPECT_EQ(StreamErrorOf([&] { aVR.ReadData(aReader); }).itsCode, TN_END_OF_FILE);
+      }
+      EXPECT_EQ(anAllocator.Sizes().size(), 0u);
+      EXPECT_EQ(aVR.GetData(), nullptr);
+   }
+}
+
+TEST(VRStreamIO, WritesAValueInTheWritersOrderByItsType)
+{
+   const Bytes aBytes = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+   const Bytes aWords = {2, 1, 4, 3, 6, 5, 8, 7, 10, 9};
+   const Bytes aLongs = {4, 3, 2, 1, 8, 7, 6, 5, 9, 10}; // the rest that fills no unit goes out as it is
+   const Bytes aDoubles = {8, 7, 6, 5, 4, 3, 2, 1, 9, 10};
+   for (std::size_t aRow = 0; aRow < kVRCodeCount; ++aRow)
+   {
+      const std::string aType(kVRTypes[aRow].itsText);
+      SCOPED_TRACE(aType);
+      const auto isOneOf = [&](const std::string& theTypes) { return theTypes.find(aType) != std::string::npos; };
+      const Bytes& anExpected = isOneOf("OW AT US SS")   ? aWords
+                                : isOneOf("UL SL FL OF") ? aLongs
+                                : isOneOf("FD")          ? aDoubles
+                                                         : aBytes;
+      for (const auto anEndian : {TNEndian::LittleEndian, TNEndian::BigEndian})
+      {
+         VR aVR(0x0010, 0x0020, anEndian);
+         aVR.SetTypeCode(kVRTypes[aRow].itsCode);
+         aVR.SetData(aBytes.data(), 10, '\0');
+         const auto aForeign = anEndian == TNEndian::LittleEndian ? TNEndian::BigEndian : TNEndian::LittleEndian;
+         EXPECT_EQ(Written(aVR, &VR::WriteData, anEndian), aBytes);
+         EXPECT_EQ(Written(aVR, &VR::WriteData, aForeign), anExpected);
+         EXPECT_EQ(ValueOf(aVR), aBytes) << "the element itself is unchanged";
+      }
+   }
+}
+
+TEST(VRStreamIO, ALongValueIsSwappedWholeAndWrittenInBlocks)
+{
+   const Bytes aBytes = Counted(100003);
+   VR aVR(0x7FE0, 0x0010);
+   aVR.SetTypeCode(VRCode::OW);
+   aVR.SetData(aBytes.data(), static_cast<UINT32>(aBytes.size()), '\0');
+   aVR.SetLength(static_cast<UINT32>(aBytes.size()));
+   Bytes anExpected = aBytes;
+   for (std::size_t i = 0; i + 1 < anExpected.size(); i += 2)
+   {
+      std::swap(anExpected[i], anExpected[i + 1]);
+   }
+   RecordingOutputStream aStream;
+   EndianHandlingWriter aWriter(aStream, TNEndian::BigEndian);
+   aVR.WriteData(aWriter);
+   EXPECT_TRUE(aStream.Bytes() == anExpected);
+   EXPECT_LT(aStream.Writes(), 100u);
+}
