@@ -7,11 +7,10 @@
 #include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
 #include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
 #include "talvenor/file/Part10InputStream.h"
-#include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/pixel/PixelDataFragmentInputStreamVR.h"
 #include "talvenor/pixel/PixelInputStreamVR.h"
 #include "talvenor/transfer/DICOMDataObjectInputStreamVR.h"
-#include "talvenor/transfer/TransferSyntaxManager.h"
+#include "talvenor/transfer/TransferSyntaxType.h"
 #include "talvenor/transfer/VRInputStreamVR.h"
 
 namespace
@@ -45,26 +44,13 @@ void Drain(VR& theVR)
       aPixels->Skip(theVR.GetLength());
    }
 }
-
-const TransferSyntaxType& TypeOf(const Part10InputStream& theStream)
-{
-   const TransferSyntaxType* aType =
-      TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(theStream.GetTransferSyntaxUID());
-   if (aType == nullptr)
-   {
-      const RWCString aText = "Unknown transfer syntax type: " + theStream.GetTransferSyntaxUID();
-      throw StreamIOException(aText.c_str(), TN_TRANSFER_SYNTAX_UNSUPPORTED, 0);
-   }
-   return *aType;
-}
 } // namespace
 
-DICOMObjectLoader::DICOMObjectLoader(DICOMObject& theObject, Part10InputStream& theStream) : itsObject(theObject)
+DICOMObjectLoader::DICOMObjectLoader(DICOMObject& theObject, Part10InputStream& theStream)
+    : itsObject(theObject), itsDecoder(theStream.CreateDecoder())
 {
-   const TransferSyntaxType& aType = TypeOf(theStream);
-   itsDecoder.reset(aType.CreateInputTransferSyntax(theStream));
    itsDecoder->SetDataDictionary(theObject.GetDataDictionary());   // shared: creators that are pushed type what follows
-   theObject.SetEndian(aType.GetEndian());
+   theObject.SetEndian(itsDecoder->GetTransferSyntaxType().GetEndian());
 }
 
 DICOMObjectLoader::~DICOMObjectLoader() = default;

@@ -93,7 +93,7 @@ int DICOMObject::LoadFromFile(const RWCString& theFileName, UINT32& theFileSize,
       aLoader.Load();
       if (theCluster != nullptr)
       {
-         itsLastPushed = 0;   // it may move to a shared node
+         itsLastPushed = kNoTag;   // it may move to a shared node
          theCluster->Normalize(itsNode);
       }
       return 1;

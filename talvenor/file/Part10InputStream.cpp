@@ -10,7 +10,7 @@
 #include "talvenor/foundation/Exceptions.h"
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/transfer/ConcreteInputTransferSyntaxes.h"
-#include "talvenor/transfer/TransferSyntaxType.h"
+#include "talvenor/transfer/TransferSyntaxManager.h"
 
 namespace
 {
@@ -30,6 +30,8 @@ bool IsVRLike(const unsigned char* theBytes)
    return IsKnownVRCode(aCode) && aCode != VRCode::OF;
 }
 } // namespace
+
+Part10InputStream::Part10InputStream() = default;
 
 Part10InputStream::~Part10InputStream() = default;
 
@@ -155,11 +157,11 @@ void Part10InputStream::ReadMetaInformation(const unsigned char* theHeaderBytes,
    Pushback(aFirstBytes, kHeaderBufferSize - kMetaOffset);
    bool isImplicit = false;
    const std::unique_ptr<InputTransferSyntax> aDecoder = OpenMetaInformation(aFirstBytes, isImplicit);
-   DICOMDataObject aMetaInformation(TNEndian::LittleEndian);
-   ReadMetaElements(*aDecoder, aMetaInformation);
+   itsMetaInformation = std::make_unique<DICOMDataObject>(TNEndian::LittleEndian);
+   ReadMetaElements(*aDecoder, *itsMetaInformation);
    try
    {
-      itsHeader = std::make_unique<Part10Header>(theHeaderBytes, aMetaInformation,
+      itsHeader = std::make_unique<Part10Header>(theHeaderBytes, *itsMetaInformation,
                                                  theForceDefaultVersion || isImplicit, theTolerant);
    }
    catch (const ConstructorError& anError)
@@ -241,6 +243,18 @@ bool Part10InputStream::IsMetaElementNext()
    const unsigned int aCount = Read(aGroup, sizeof aGroup);
    Pushback(aGroup, aCount);
    return aCount == sizeof aGroup && LoadUINT16<TNEndian::LittleEndian>(aGroup) == kMetaGroup;
+}
+
+std::unique_ptr<InputTransferSyntax> Part10InputStream::CreateDecoder()
+{
+   const TransferSyntaxType* const aType =
+      TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(itsTransferSyntaxUID);
+   if (aType == nullptr)
+   {
+      const RWCString aText = "Unknown transfer syntax type: " + itsTransferSyntaxUID;
+      throw StreamIOException(aText.c_str(), TN_TRANSFER_SYNTAX_UNSUPPORTED, 0);
+   }
+   return std::unique_ptr<InputTransferSyntax>(aType->CreateInputTransferSyntax(*this));
 }
 
 const RWCString& Part10InputStream::GuessTransferSyntax(const unsigned char* theBytes)

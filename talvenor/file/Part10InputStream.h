@@ -13,6 +13,7 @@
 #include "talvenor/file/Part10Header.h"
 #include "talvenor/io/InputStream.h"
 
+class DICOMDataObject;
 class InputTransferSyntax;
 class VR;
 
@@ -37,7 +38,7 @@ public:
    virtual UINT32 GetFileSize() const = 0;
 
 protected:
-   Part10InputStream() = default;
+   Part10InputStream();
    Part10InputStream(const Part10InputStream&) = delete;
    Part10InputStream& operator=(const Part10InputStream&) = delete;
 
@@ -54,10 +55,17 @@ public:
    // Null when the source has no meta information.
    const Part10Header* GetPart10Header() const { return itsHeader.get(); }
 
+   // An addition: the meta elements as they stand in the file (without group length); null where there are none.
+   const DICOMDataObject* GetMetaInformation() const { return itsMetaInformation.get(); }
+
    // Where the dataset starts.
    UINT32 GetHeaderSize() const { return itsHeaderSize; }
 
-   // Additions: the transfer syntax that the first bytes of a dataset without meta information (at least 8) suggest.
+   // Additions: a new decoder of the transfer syntax over this stream, which must outlive it. Throws StreamIOException
+   // (TN_TRANSFER_SYNTAX_UNSUPPORTED) when the syntax is not served.
+   std::unique_ptr<InputTransferSyntax> CreateDecoder();
+
+   // The transfer syntax that the first bytes of a dataset without meta information (at least 8) suggest.
    static const RWCString& GuessTransferSyntax(const unsigned char* theBytes);
 
 protected:
@@ -82,6 +90,7 @@ private:
    unsigned int itsPushedBack = 0;
    UINT32 itsPosition = 0;
    UINT32 itsHeaderSize = 0;
+   std::unique_ptr<DICOMDataObject> itsMetaInformation;
    std::unique_ptr<Part10Header> itsHeader;
    RWCString itsTransferSyntaxUID;
 };

@@ -1,0 +1,39 @@
+// tn dump: prints DICOM files.
+#pragma once
+
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "talvenor/foundation/BasicTypes.h"
+
+class DICOMDataObject;
+class InputFile;
+
+class DumpCommand
+{
+public:
+   explicit DumpCommand(CLI::App& theProgram);
+
+   // Returns the exit code of the program.
+   int Run();
+
+private:
+   void DumpFile(const std::string& theName);
+   void DumpElements(InputFile& theFile);
+   void DumpSets(InputFile& theFile);
+   void PrintSet(const DICOMDataObject& theSet);
+   UINT16 GetStopGroup() const;
+   UINT16 GetStopElement() const;
+
+   std::vector<std::string> itsFiles;
+   std::string itsData;
+   std::string itsUntil;
+   std::optional<UINT32> itsEnd;   // the tag that itsUntil names
+   bool itsElementsOnly = false;
+   bool itsKnownOnly = false;
+   bool itsMetaOnly = false;
+};
