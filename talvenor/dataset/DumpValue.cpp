@@ -1,6 +1,7 @@
 #include "talvenor/dataset/DumpValue.h"
 
 #include <algorithm>
+#include <type_traits>
 
 #include "talvenor/dataset/CommandSetTexts.h"
 #include "talvenor/dataset/VR.h"
@@ -131,20 +132,40 @@ void PrintTags(DumpText& theText, const DumpValue& theValue, UINT32)
 }
 
 template <class T, TNEndian::EndianType Endian>
+T LoadUnit(const unsigned char* thePlace)
+{
+   if constexpr (sizeof(T) == 1)
+   {
+      return *thePlace;
+   }
+   else
+   {
+      return TNEndian::Load<T, Endian>(thePlace);
+   }
+}
+
+// Pixel data are summed in runs of constant length and, where they fit, in 32 bits, which compilers vectorise.
+template <class T, TNEndian::EndianType Endian>
 UINT64 SumIn(const DumpValue& theValue)
 {
+   using RunSum = std::conditional_t<sizeof(T) <= 2, UINT32, UINT64>;
+   constexpr std::size_t kRun = 4096;
+   const std::size_t aCount = theValue.itsLength / sizeof(T);
+   const unsigned char* aPlace = theValue.itsBytes;
    UINT64 aSum = 0;
-   const unsigned char* anEnd = theValue.itsBytes + theValue.itsLength / sizeof(T) * sizeof(T);
-   for (const unsigned char* aPlace = theValue.itsBytes; aPlace != anEnd; aPlace += sizeof(T))
+   std::size_t i = 0;
+   for (; aCount - i >= kRun; i += kRun)
    {
-      if constexpr (sizeof(T) == 1)
+      RunSum aRunSum = 0;
+      for (std::size_t j = 0; j < kRun; ++j, aPlace += sizeof(T))
       {
-         aSum += *aPlace;
+         aRunSum += LoadUnit<T, Endian>(aPlace);
       }
-      else
-      {
-         aSum += TNEndian::Load<T, Endian>(aPlace);
-      }
+      aSum += aRunSum;
+   }
+   for (; i < aCount; ++i, aPlace += sizeof(T))
+   {
+      aSum += LoadUnit<T, Endian>(aPlace);
    }
    return aSum;
 }

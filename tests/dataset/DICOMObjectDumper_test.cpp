@@ -140,6 +140,10 @@ TEST_F(DICOMObjectDumperTest, RendersValuesByType)
        {"OW, big-endian", VRCode::OW, kBig, "\x01\x00\xFF\xFF"s, "[sum = 100ff] 256 65535"},
        {"OW sums what it does not show", VRCode::OW, kLittle, Repeated("\x10\0"sv, 30),
         "[sum = 1e0] " + Repeated("16 ", 19) + "16..."},
+       {"OB, long", VRCode::OB, kLittle, std::string(10001, '\xFF'),
+        "[sum = 26e9ef] " + Repeated("0xff ", 19) + "0xff..."}, // 10001 * 255
+       {"OW, long", VRCode::OW, kBig, Repeated("\xFF\xFE", 5000),
+        "[sum = 1387d8f0] " + Repeated("65534 ", 19) + "65534..."}, // 5000 * 65534
        {"UL", VRCode::UL, kBig, "\xFF\xFF\xFF\xFE"s, "4294967294"},
        {"SL", VRCode::SL, kBig, "\xFF\xFF\xFF\xFE"s, "-2"},
        {"UL of 21 values", VRCode::UL, kLittle, Repeated("\x02\0\0\0"sv, 21), Repeated("2 ", 19) + "2..."},
