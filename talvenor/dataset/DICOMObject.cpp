@@ -148,8 +148,8 @@ UINT32 DICOMObject::Entries() const
 VR* DICOMObject::Pop()
 {
    CriticalSectionWhileInScope aGuard(itsLock);
-   const VR* aFirst = DICOMNodeCursor(itsNode).Next();
-   return aFirst != nullptr ? itsNode.Remove(aFirst->GetTag()) : nullptr;
+   DICOMNodeCursor aCursor(itsNode);
+   return aCursor.Next() != nullptr ? itsNode.Remove(aCursor.GetTag()) : nullptr;
 }
 
 void DICOMObject::Reset()

@@ -23,18 +23,20 @@ VR* DICOMObjectIterator::Next()
 {
    const DICOMObjectLock aGuard(itsObject);
    VR* aVR = itsCursor.Next();
-   if (aVR == nullptr || aVR->GetGroup() == itsCurrentGroup)
+   if (aVR == nullptr)
    {
-      return aVR;
+      return nullptr;
    }
-   itsCurrentGroup = aVR->GetGroup();
-   if (!HasGroupLength(itsType, aVR->GetGroup()))
+   const UINT16 aGroup = static_cast<UINT16>(itsCursor.GetTag() >> 16);
+   const bool isNewGroup = aGroup != itsCurrentGroup;
+   itsCurrentGroup = aGroup;
+   if (!isNewGroup || !HasGroupLength(itsType, aGroup))
    {
       return aVR;
    }
    // The cursor steps back instead of keeping the element for the next call, which may find it removed.
-   itsCursor.Seek(aVR->GetTag());
-   return MakeGroupLength(aVR->GetGroup());
+   itsCursor.Seek(itsCursor.GetTag());
+   return MakeGroupLength(aGroup);
 }
 
 void DICOMObjectIterator::SetGroupLengthEncoding(GroupLengthEncodingType theType)
