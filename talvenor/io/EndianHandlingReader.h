@@ -19,8 +19,7 @@ public:
        : itsStream(&theStream), itsEndian(theEndian)
    {}
 
-   // A stream passed by pointer is owned and destroyed with the reader. Null makes a reader without bytes impossible:
-   // the pointer must not be null.
+   // A stream passed by pointer, which must not be null, is owned and destroyed with the reader.
    EndianHandlingReader(InputStream* theStream, TNEndian::EndianType theEndian)
        : itsStream(theStream), itsOwnedStream(theStream), itsEndian(theEndian)
    {}
