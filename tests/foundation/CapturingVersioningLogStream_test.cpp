@@ -2,11 +2,11 @@
 
 #include <iomanip>
 #include <iostream>
-#include <regex>
 #include <stdexcept>
 #include <thread>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "support/FakeClock.h"
@@ -58,7 +58,7 @@ TEST_F(CapturingVersioningLogStreamTest, GivesTheCallbackStartLineAndBodyOnce)
    const std::string anEndMarker = "<-------------------";
    EXPECT_EQ(aFile.find(gCalls[0].itsText), 0u);
    EXPECT_EQ(aFile.find(anEndMarker), gCalls[0].itsText.size());
-   EXPECT_TRUE(std::regex_match(gCalls[1].itsText, std::regex("-*> 2 [^\n]*\nbody 2\n"))) << gCalls[1].itsText;
+   EXPECT_THAT(gCalls[1].itsText, testing::MatchesRegex("-*> 2 [^\n]*\nbody 2\n"));
    EXPECT_EQ(aLog.GetCapture(), "");
 }
 
@@ -93,7 +93,7 @@ TEST_F(CapturingVersioningLogStreamTest, TextOutsideAnEntryIsNotCaptured)
    ASSERT_EQ(gCalls.size(), 2u);
    for (const Call& aCall : gCalls)
    {
-      EXPECT_TRUE(std::regex_match(aCall.itsText, std::regex("-*> [^\n]*\n"))) << aCall.itsText;
+      EXPECT_THAT(aCall.itsText, testing::MatchesRegex("-*> [^\n]*\n"));
    }
 }
 
@@ -124,7 +124,7 @@ TEST_F(CapturingVersioningLogStreamTest, ARedirectedStreamUsesTheCaptureOfItsTar
    aTarget << startentry << "direct\n" << endentry;
    ASSERT_EQ(gCalls.size(), 2u);
    EXPECT_EQ(gCalls[0].itsLog, &aLog);
-   EXPECT_TRUE(std::regex_match(gCalls[0].itsText, std::regex("-*> 1 [^\n]*\nthrough\n"))) << gCalls[0].itsText;
+   EXPECT_THAT(gCalls[0].itsText, testing::MatchesRegex("-*> 1 [^\n]*\nthrough\n"));
    EXPECT_EQ(gCalls[1].itsLog, &aTarget);
 
    LogStream& aPlainTarget = aTarget;

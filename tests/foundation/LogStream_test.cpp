@@ -2,13 +2,13 @@
 
 #include <cerrno>
 #include <iomanip>
-#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
 #include <unistd.h>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "support/FakeClock.h"
@@ -129,7 +129,7 @@ TEST(LogStream, UsesItsOwnMarkersAndIndent)
    aLog.SetEntryEndMarker("]");
    aLog.SetIndent("   ");
    aLog << startentry << indent << "x" << std::endl << endentry;
-   EXPECT_TRUE(std::regex_match(anOutput.str(), std::regex("\\[ 1 [^\n]*\n   x\n\\] 1 [^\n]*\n"))) << anOutput.str();
+   EXPECT_THAT(anOutput.str(), testing::MatchesRegex("\\[ 1 [^\n]*\n   x\n\\] 1 [^\n]*\n"));
 }
 
 TEST(LogStream, WhileOffAcceptsEverythingAndAnswersNeutrally)
@@ -251,10 +251,9 @@ TEST(LogStream, RedirectedStreamsShareTheCounterOfTheirTarget)
    aFirst << startentry << "a\n" << endentry;
    aSecond << startentry << "b\n" << endentry;
    aFirst << startentry << "c\n" << endentry;
-   EXPECT_TRUE(std::regex_match(anOutput.str(), std::regex("first 1 [^\n]*\na\n<-* 1 [^\n]*\n"
-                                                           "second 2 [^\n]*\nb\n<-* 2 [^\n]*\n"
-                                                           "first 3 [^\n]*\nc\n<-* 3 [^\n]*\n")))
-       << anOutput.str();
+   EXPECT_THAT(anOutput.str(), testing::MatchesRegex("first 1 [^\n]*\na\n<-* 1 [^\n]*\n"
+                                                     "second 2 [^\n]*\nb\n<-* 2 [^\n]*\n"
+                                                     "first 3 [^\n]*\nc\n<-* 3 [^\n]*\n"));
    EXPECT_EQ(aFirst.GetEntryCounter(), 3u);
    EXPECT_TRUE(aFirst.IsRedirected());
    aFirst.setf(std::ios::hex, std::ios::basefield);
@@ -296,7 +295,7 @@ TEST(LogStream, AssignmentSharesTheOutputAndCopiesTheRest)
    aCopy << startentry << indent << "still open\n" << endentry;
    aCopy.Off();
    const std::string aText = ReadFile(aFile);
-   EXPECT_TRUE(std::regex_search(aText, std::regex("start 2 [^\n]*\n  still open\nend 2 [^\n]*\n$"))) << aText;
+   EXPECT_THAT(aText, testing::ContainsRegex("start 2 [^\n]*\n  still open\nend 2 [^\n]*\n$"));
 }
 
 TEST(LogStream, EntriesKeepErrno)
@@ -323,8 +322,7 @@ TEST(LogStream, LocksItsWholeChainForAnEntry)
    std::this_thread::sleep_for(std::chrono::milliseconds(10));
    aLog << "inner\n" << endentry << "outer\n" << endentry;
    anotherThread.join();
-   EXPECT_TRUE(std::regex_search(anOutput.str(), std::regex("outer\n<-* 2 [^\n]*\n-*> 3 [^\n]*\nother\n")))
-       << anOutput.str();
+   EXPECT_THAT(anOutput.str(), testing::ContainsRegex("outer\n<-* 2 [^\n]*\n-*> 3 [^\n]*\nother\n"));
    EXPECT_TRUE(IsFree(aLog));
 }
 
@@ -340,7 +338,7 @@ TEST(LogStream, IsReleasedWhenAnEntryIsLeftByAnException)
        },
        std::runtime_error);
    EXPECT_TRUE(IsFree(aLog));
-   EXPECT_TRUE(std::regex_search(anOutput.str(), std::regex("half<-* 1 "))) << anOutput.str();
+   EXPECT_THAT(anOutput.str(), testing::ContainsRegex("half<-* 1 "));
 }
 
 TEST(LogStream, IsReleasedWhenItsOutputThrows)
