@@ -14,10 +14,15 @@ void DICOMNodeCursor::Seek(UINT32 theTag)
 
 VR* DICOMNodeCursor::Next()
 {
-   const Candidate aFirst = itsNode.HasParent() ? FirstOfChain(itsNode, 0) : FirstOf(itsNode, itsPlace);
+   const bool isAlone = !itsNode.HasParent();
+   const Candidate aFirst = isAlone ? FirstOf(itsNode, itsPlace) : FirstOfChain(itsNode, 0);
    if (aFirst.itsVR != nullptr)
    {
       itsNextTag = static_cast<UINT64>(aFirst.itsTag) + 1;
+      if (isAlone)
+      {
+         itsNode.itsElements.Advance(itsPlace.itsPosition); // saves the next call a look at the element behind us
+      }
    }
    return aFirst.itsVR;
 }
@@ -34,13 +39,16 @@ inline DICOMNodeCursor::Candidate DICOMNodeCursor::FirstOf(const DICOMNode& theN
       }
       thePlace = {&theNode, anElements.LowerBound(static_cast<UINT32>(itsNextTag)), anElements.GetVersion()};
    }
-   VR* aVR = anElements.At(thePlace.itsPosition);
-   while (aVR != nullptr && anElements.TagAt(thePlace.itsPosition) < itsNextTag)
+   while (VR* aVR = anElements.At(thePlace.itsPosition))
    {
+      const UINT32 aTag = anElements.TagAt(thePlace.itsPosition);
+      if (aTag >= itsNextTag)
+      {
+         return {aVR, aTag};
+      }
       anElements.Advance(thePlace.itsPosition);
-      aVR = anElements.At(thePlace.itsPosition);
    }
-   return {aVR, aVR != nullptr ? anElements.TagAt(thePlace.itsPosition) : 0};
+   return {nullptr, 0};
 }
 
 // The same for a node and everything above it. Of equal tags the nearer one wins; the others are then below itsNextTag.

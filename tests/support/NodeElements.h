@@ -28,14 +28,15 @@ private:
    int itsNumber;
 };
 
-// What a walk over the node returns.
+// What a walk over the node returns. Asks the cursor for the tags: an inherited element may be gone by now when a cluster
+// ends in another thread.
 inline std::vector<UINT32> TagsOf(const DICOMNode& theNode)
 {
    std::vector<UINT32> aTags;
    DICOMNodeCursor aCursor(theNode);
-   while (const VR* aVR = aCursor.Next())
+   while (aCursor.Next() != nullptr)
    {
-      aTags.push_back(aVR->GetTag());
+      aTags.push_back(aCursor.GetTag());
    }
    return aTags;
 }
