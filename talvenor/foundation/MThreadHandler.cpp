@@ -77,7 +77,7 @@ RWCString DescribeHandledException()
 
 // Runs the function and returns the description of the exception that escaped it, empty if none did. A forced unwind has
 // no object to refer to, which the sanitizer of undefined behaviour would take for a fault.
-[[gnu::no_sanitize("undefined")]] RWCString RunGuarded(const StartRecord& theStart)
+__attribute__((no_sanitize("undefined"))) RWCString RunGuarded(const StartRecord& theStart)
 {
    try
    {
