@@ -32,7 +32,7 @@ TEST(TNXInitializer, StopsAtThePrivateDictionaryThatIsRefused)
 {
    const TemporaryDirectory aDirectory;
    const std::string aFile = aDirectory.File("private.dic");
-   WriteFile(aFile, "PrivateCreator = TALVENOR INITIALISER TEST\n0011,1001,LO,\"One\",One,1,1\n");
+   WriteFile(aFile, "PrivateCreator = TALVENOR INITIALISER TEST\n0011,0001,LO,\"One\",One,1,1\n");
    EXPECT_EQ(TNXInitializer::SetDefaultPrivateDataDictionaryList({aFile}), 1);
    EXPECT_EQ(TNXInitializer::SetDefaultPrivateDataDictionaryList({aFile}), 0); // already there
    EXPECT_NE(InstanceSpecificDataDictionary::GetDefaultInstanceSpecificDataDictionary().FindPrivateDictionary(
