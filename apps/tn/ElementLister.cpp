@@ -20,10 +20,10 @@ namespace
 {
 constexpr unsigned int kBlock = 65536;
 
-std::string Hex(const char* theFormat, unsigned int theFirst, unsigned int theSecond = 0)
+std::string TagText(const VR& theVR)
 {
-   char aText[32];
-   std::snprintf(aText, sizeof aText, theFormat, theFirst, theSecond);
+   char aText[16];
+   std::snprintf(aText, sizeof aText, "%04x,%04x", unsigned{ theVR.GetGroup() }, unsigned{ theVR.GetElement() });
    return aText;
 }
 
@@ -101,7 +101,7 @@ void ElementLister::ListSequence(DICOMDataObjectInputStreamVR& theSequence)
    Start(theSequence);
    itsOutput << itsLine << "undefined\t-\n";
    const size_t aPathLength = itsPath.size();
-   itsPath += Hex("/%04x,%04x", theSequence.GetGroup(), theSequence.GetElement());
+   itsPath += '/' + TagText(theSequence);
    for (size_t aNumber = 0; const std::unique_ptr<VRInputStreamVR> anItem{ theSequence.NextDICOMDataObject() };
         ++aNumber)
    {
@@ -166,10 +166,12 @@ void ElementLister::ListStream(VR& theVR, InputStream& theValue)
 void ElementLister::Start(const VR& theVR)
 {
    itsLine = itsPath.empty() ? "/" : itsPath;
-   itsLine += Hex("\t%04x,%04x\t", theVR.GetGroup(), theVR.GetElement()) + theVR.GetTypeCodeAsString() + '\t';
+   itsLine += '\t' + TagText(theVR) + '\t' + theVR.GetTypeCodeAsString() + '\t';
 }
 
 void ElementLister::AddChecksum(std::uint32_t theChecksum)
 {
-   itsOutput << itsLine << Hex("%08x\n", theChecksum);
+   char aText[16];
+   std::snprintf(aText, sizeof aText, "%08x\n", theChecksum);
+   itsOutput << itsLine << aText;
 }
