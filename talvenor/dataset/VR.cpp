@@ -121,6 +121,23 @@ VR::VR(UINT16 theGroup, UINT16 theElement, const RWTValOrderedVector<RWCString>&
    VR::SetData(aText.data(), ToLength(aText.size()), thePad);
 }
 
+std::unique_ptr<VR> VR::MakeWithRoom(UINT16 theGroup, UINT16 theElement, UINT32 theLength,
+                                     TNEndian::EndianType theEndian)
+{
+   void* const aPlace = ::operator new(sizeof(VR) + EvenLength(theLength));
+   std::unique_ptr<VR> aVR(new (aPlace) VR(theGroup, theElement, theEndian));
+   if (theLength != 0)
+   {
+      aVR->itsData = static_cast<unsigned char*>(aPlace) + sizeof(VR);   // not owned apart from the element
+      aVR->itsLength = theLength;
+   }
+   if (NeedsPad(theLength))
+   {
+      aVR->itsData[theLength] = 0;
+   }
+   return aVR;
+}
+
 VR::VR(const VR& theOther)
     : itsTag(theOther.itsTag), itsDataEndian(theOther.itsDataEndian), itsAllocator(theOther.itsAllocator),
       itsTypeCode(theOther.itsTypeCode)

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <exception>
 #include <memory>
+#include <new>
 
 #include "talvenor/dataset/MemoryAllocater.h"
 #include "talvenor/dictionary/MAttributeTag.h"
@@ -220,6 +221,15 @@ public:
    // it, throws StreamIOException (TN_INTERNAL_ERROR).
    void WriteData(EndianHandlingWriter& theWriter) const;
    void WriteTypedData(EndianHandlingWriter& theWriter) const;
+
+   // An addition for decoders: a new element of theLength bytes, of unspecified content but for the pad byte of an odd
+   // length, which stand in the same piece of memory as the element. Half the work of making the two apart; the bytes
+   // are freed with the element, not with its value.
+   static std::unique_ptr<VR> MakeWithRoom(UINT16 theGroup, UINT16 theElement, UINT32 theLength,
+                                           TNEndian::EndianType theEndian);
+
+   // The room behind an element makes the size of what is freed unknown to the compiler.
+   static void operator delete(void* theMemory) { ::operator delete(theMemory); }
 
    // Additions for those who build values. Several texts are one value with "\" between them (PS3.5 6.4). A size that
    // no length field can hold throws BadAllocException.

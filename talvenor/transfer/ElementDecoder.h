@@ -65,6 +65,8 @@ public:
    }
 
 private:
+   static constexpr UINT32 kLongestShortValue = 1024;   // bytes
+
    InputTransferSyntax& Base() { return itsDecoder; }
 
    VR* Decode()
@@ -174,7 +176,6 @@ private:
       std::unique_ptr<VR> aVR = MakeVR(theHeader);
       if (theHeader.itsLength != 0)
       {
-         aVR->SetLength(theHeader.itsLength);
          ReadValue(*aVR);
       }
       if (theHeader.GetTag() == ElementHeader::kTrailingPadding)
@@ -189,7 +190,11 @@ private:
    {
       try
       {
-         auto aVR = std::make_unique<VR>(theHeader.itsGroup, theHeader.itsElement, itsReader.GetEndian());
+         // A long value comes apart from its element, so that it can be dropped, and grows with what arrives.
+         const bool isShort = theHeader.itsLength <= kLongestShortValue;
+         auto aVR = VR::MakeWithRoom(theHeader.itsGroup, theHeader.itsElement, isShort ? theHeader.itsLength : 0,
+                                     itsReader.GetEndian());
+         aVR->SetLength(theHeader.itsLength);
          aVR->SetTypeCode(theHeader.itsTypeCode);
          return aVR;
       }
@@ -228,8 +233,8 @@ private:
 
    static void Log(const char* theText, const ExceptionBase& theException)
    {
-      startentry(gTNErrorLog) << Policy::kPrefix << "NextVR(): " << theText << theException.ToString() << "\n"
-                              << endentry;
+      const RWCString aDescription = theException.ToString();   // may throw, which an open entry must not see
+      startentry(gTNErrorLog) << Policy::kPrefix << "NextVR(): " << theText << aDescription << "\n" << endentry;
    }
 
    [[noreturn]] static void ThrowNext(const char* theText, TNResultCode theCode)
