@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "talvenor/dataset/AllocatedBytes.h"
 #include "talvenor/dataset/SwitchUnits.h"
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/io/EndianHandlingReader.h"
@@ -11,32 +12,8 @@
 
 namespace
 {
-// A value of up to kTrustedLength bytes gets its buffer on the word of the length field. A longer one starts with that
-// many, and each further buffer holds up to kGrowth times what has arrived: a length that lies claims little memory,
-// while of an honest value no more than a fifteenth is copied.
-constexpr UINT32 kTrustedLength = 1024 * 1024;
-constexpr UINT32 kGrowth = 16;
-
-UINT32 NextBufferSize(UINT32 theArrived, UINT32 theLength)
-{
-   const UINT64 aSize = std::max<UINT64>(kTrustedLength, UINT64{theArrived} * kGrowth);
-   return static_cast<UINT32>(std::min<UINT64>(aSize, theLength));
-}
-
 // A block that fits into the first-level cache, a multiple of every unit.
 constexpr UINT32 kSwapBlock = 8192;
-
-struct FreeThrough
-{
-   MemoryAllocater* itsAllocator;
-   void operator()(unsigned char* theBytes) const { itsAllocator->Free(theBytes); }
-};
-using Buffer = std::unique_ptr<unsigned char, FreeThrough>;
-
-Buffer MakeBuffer(MemoryAllocater& theAllocator, UINT32 theSize)
-{
-   return Buffer(static_cast<unsigned char*>(theAllocator.Allocate(theSize)), FreeThrough{&theAllocator});
-}
 
 // The bytes are counted, and a reader's own single-value forms are no use here: they tell a field cut short from the end
 // of the stream just as little as nothing from something.
@@ -157,31 +134,13 @@ int VR::ReadData(EndianHandlingReader& theReader)
    ThrowShortValue(*this, aCount, theReader);
 }
 
-// Only the last buffer comes from the element's allocator, which may be a small pool.
 UINT32 VR::ReadIntoNewBuffer(EndianHandlingReader& theReader)
 {
-   Buffer aBuffer;
-   UINT32 aSize = 0;
-   UINT32 aCount = 0;
-   while (aCount == aSize && aSize < itsLength)
-   {
-      aSize = NextBufferSize(aCount, itsLength);
-      const bool aIsLast = aSize == itsLength;
-      Buffer aLarger = MakeBuffer(aIsLast ? itsAllocator : MemoryAllocater::GetDefault(), aSize + (aSize & 1));
-      if (aCount != 0)
-      {
-         std::memcpy(aLarger.get(), aBuffer.get(), aCount);
-      }
-      aBuffer = std::move(aLarger);
-      aCount += theReader.ReadFully(aBuffer.get() + aCount, aSize - aCount);
-   }
+   AllocatedBytes aBytes(nullptr, FreeThrough{&itsAllocator});
+   const UINT32 aCount = ReadAllocatedBytes(theReader, itsLength, itsAllocator, aBytes);
    if (aCount == itsLength)
    {
-      if (itsLength & 1)
-      {
-         aBuffer.get()[itsLength] = 0;
-      }
-      Adopt(aBuffer.release(), itsLength);
+      Adopt(aBytes.release(), itsLength);
    }
    return aCount;
 }
