@@ -36,6 +36,7 @@ VRInputStreamVR* DICOMDataObjectInputStreamVR::NextDICOMDataObject()
    VRInputStreamVR* const anItem = anElement->GetAsVRInputStreamVR();
    if (anItem == nullptr)
    {
+      itsContent->NoteFault();
       const RWCString aText =
          "DICOMDataObjectInputStreamVR::NextDICOMDataObject(): Expected VRInputStreamVR but got (" +
          MAttributeTag(anElement->GetGroup(), anElement->GetElement()).AsNumericString() + ") instead";
@@ -82,11 +83,12 @@ void DICOMDataObjectInputStreamVR::ReadItems(SequenceVR& theSequence)
    while (std::unique_ptr<VRInputStreamVR> anItem{ NextDICOMDataObject() })
    {
       // The item joins the sequence first, so that its elements stay if reading fails further on.
-      auto* const anObject = new DICOMDataObject(anEndian);
-      theSequence.AddSequenceItem(anObject);
+      auto anObject = std::make_unique<DICOMDataObject>(anEndian);
+      theSequence.AddSequenceItem(anObject.get());
+      DICOMDataObject& anAdded = *anObject.release();
       while (VR* const aVR = anItem->NextVR())
       {
-         if (!anObject->Push(aVR))
+         if (!anAdded.Push(aVR))
          {
             throw StreamIOException(
                "DICOMDataObjectInputStreamVR::GetVR(): error while saving VR to DICOMDataObject",

@@ -56,9 +56,10 @@ struct ExplicitInputTransferSyntax::Policy
 
    static void LogHeaderFailure(const StreamIOException& theException)
    {
+      const RWCString aDescription = theException.ToString();   // may throw, which an open entry must not see
       startentry(gTNErrorLog) << kPrefix << "NextVR(): "
                               << "Exception while reading group code, element code or length: (Errno = "
-                              << theException.GetSystemErrorCode() << ") " << theException.ToString() << "\n"
+                              << theException.GetSystemErrorCode() << ") " << aDescription << "\n"
                               << endentry;
    }
 };

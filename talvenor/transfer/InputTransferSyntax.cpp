@@ -47,24 +47,24 @@ std::unique_ptr<InputTransferSyntax> InputTransferSyntax::MakeContentDecoder(con
 void InputTransferSyntax::EndLevel(LevelEnd theEnd)
 {
    itsLevelEnd = theEnd;
+   if (theEnd != AtEndOfStream && itsHasOwnWindow)
+   {
+      itsWindow->SkipRemaining();   // a delimiter ends the content; the stated length still tells where the level ends
+   }
    if (IsEndedShort() && !itsRoot->itsIsCut)
    {
       itsRoot->itsIsCut = true;
       NoteFault();
    }
-   if (theEnd != AtEndOfStream && itsHasOwnWindow)
-   {
-      itsWindow->SkipRemaining();   // a delimiter ends the content; the stated length still tells where the level ends
-   }
 }
 
 bool InputTransferSyntax::IsEndedShort() const
 {
-   if (itsLevelEnd != AtEndOfStream || itsOuter == nullptr)
+   if (itsOuter == nullptr)
    {
       return false;
    }
-   return itsHasOwnWindow ? itsIsShortened || itsWindow->GetRemaining() > 0 : true;
+   return itsHasOwnWindow ? itsIsShortened || itsWindow->GetRemaining() > 0 : itsLevelEnd == AtEndOfStream;
 }
 
 void InputTransferSyntax::NoteFault()

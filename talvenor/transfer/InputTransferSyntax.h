@@ -75,6 +75,7 @@ protected:
 private:
    template <class>
    friend class ElementDecoder;
+   friend class DICOMDataObjectInputStreamVR;   // notes what it finds between the items
 
    // A decoder for the content of a sequence or, with theTag kItem, of an item: on this stream, or on a window of
    // theLength bytes of it.
