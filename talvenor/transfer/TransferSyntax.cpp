@@ -32,8 +32,12 @@ InstanceSpecificDataDictionary& TransferSyntax::GetDataDictionary() const
 
 void TransferSyntax::SetDataDictionary(InstanceSpecificDataDictionary& theDictionary)
 {
-   // Shares in the ownership of nothing: the dictionary stays the caller's.
-   itsDictionary = std::shared_ptr<InstanceSpecificDataDictionary>(std::shared_ptr<void>(), &theDictionary);
+   // Shares in the ownership of nothing: the dictionary stays the caller's. Its own one, asked for and handed back,
+   // stays as it is.
+   if (itsDictionary.get() != &theDictionary)
+   {
+      itsDictionary = std::shared_ptr<InstanceSpecificDataDictionary>(std::shared_ptr<void>(), &theDictionary);
+   }
 }
 
 void TransferSyntax::SetDataDictionary(const InstanceSpecificDataDictionary& theDictionary)
@@ -43,7 +47,8 @@ void TransferSyntax::SetDataDictionary(const InstanceSpecificDataDictionary& the
 
 void TransferSyntax::SetDataDictionary(InstanceSpecificDataDictionary* theDictionary)
 {
-   if (itsDictionary.get() != theDictionary)
+   const bool isOwned = itsDictionary.use_count() != 0;
+   if (itsDictionary.get() != theDictionary || !isOwned)
    {
       itsDictionary.reset(theDictionary);
    }

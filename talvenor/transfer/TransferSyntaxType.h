@@ -82,6 +82,8 @@ protected:
    TransferSyntaxType(const TransferSyntaxType&) = default;
    TransferSyntaxType& operator=(const TransferSyntaxType&) = default;
 
-   // The properties of a class of the library's own; a host's class overrides the operations above instead.
-   virtual const TransferSyntaxRow& GetRow() const = 0;
+   // The properties of a class of the library's own. A host's class overrides the operations above instead: those that
+   // it leaves alone answer for an unnamed, uncompressed syntax of unknown kind without decoders (StreamIOException,
+   // TN_TRANSFER_SYNTAX_UNSUPPORTED).
+   virtual const TransferSyntaxRow& GetRow() const;
 };

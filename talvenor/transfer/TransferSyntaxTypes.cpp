@@ -3,6 +3,7 @@
 #include <functional>
 #include <iterator>
 
+#include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/transfer/ConcreteInputTransferSyntaxes.h"
 
 // One served transfer syntax. A compressed one gives its own type object to its decoders.
@@ -63,9 +64,24 @@ constexpr TransferSyntaxRow kJPEGNLS = CompressedRow<JPEG>(Type::TSJPEGNLSUID, f
 constexpr TransferSyntaxRow kJPEG2KLossless = CompressedRow<JPEG>(Type::TSJPEG2KLosslessUID, true, "");
 constexpr TransferSyntaxRow kJPEG2K = CompressedRow<JPEG>(Type::TSJPEG2KUID, false, "ISO_15444_1");
 constexpr TransferSyntaxRow kRLE = CompressedRow<RLEInputTransferSyntax>(Type::TSRLEUID, true, "");
+
+template <class Stream>
+InputTransferSyntax* RefuseDecoder(Stream, const TransferSyntaxType&)
+{
+   throw StreamIOException("TransferSyntaxType::CreateInputTransferSyntax(): this transfer syntax has no decoder",
+                           TN_TRANSFER_SYNTAX_UNSUPPORTED, 0);
+}
 } // namespace
 
 TransferSyntaxType::~TransferSyntaxType() = default;
+
+const TransferSyntaxRow& TransferSyntaxType::GetRow() const
+{
+   static const RWCString aNoUID;
+   static const TransferSyntaxRow aRow = { &aNoUID, UnknownBasicType, false, false, "", RefuseDecoder<InputStream&>,
+                                           RefuseDecoder<InputStream*> };
+   return aRow;
+}
 
 int TransferSyntaxType::IsExplicit() const
 {

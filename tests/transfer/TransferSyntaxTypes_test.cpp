@@ -1,0 +1,197 @@
+#include "talvenor/transfer/TransferSyntaxTypes.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <type_traits>
+#include <typeinfo>
+
+#include "support/PiecewiseInputStream.h"
+#include "support/StreamErrors.h"
+#include "talvenor/transfer/ConcreteInputTransferSyntaxes.h"
+
+namespace
+{
+using Type = TransferSyntaxType;
+
+struct SyntaxCase
+{
+   const char* itsName;
+   std::unique_ptr<Type> (*itsMake)();
+   const char* itsUID;
+   bool itsIsExplicit, itsIsLittleEndian, itsIsCompressed, itsIsLossless;
+   const char* itsLossyMethod;
+   Type::BasicTransferSyntaxType itsKind;
+   const std::type_info& itsDecoder;
+};
+
+template <class Leaf>
+std::unique_ptr<Type> Make()
+{
+   return std::make_unique<Leaf>();
+}
+
+constexpr Type::BasicTransferSyntaxType kLEE = Type::LittleEndianExplicit;
+
+// PS3.5 annex A, PS3.6 A-1; the lossy methods are those of PS3.3 C.7.6.1.1.5.1.
+const SyntaxCase kSyntaxes[] = {
+    {"implicit", Make<LittleEndianImplicitTransferSyntaxType>, "1.2.840.10008.1.2", false, true, false, false, "",
+     Type::LittleEndianImplicit, typeid(LittleEndianImplicitInputTransferSyntax)},
+    {"explicit", Make<LittleEndianExplicitTransferSyntaxType>, "1.2.840.10008.1.2.1", true, true, false, false, "",
+     kLEE, typeid(LittleEndianExplicitInputTransferSyntax)},
+    {"big endian", Make<BigEndianExplicitTransferSyntaxType>, "1.2.840.10008.1.2.2", true, false, false, false, "",
+     Type::BigEndianExplicit, typeid(BigEndianExplicitInputTransferSyntax)},
+    {"JPEG baseline", Make<JPEG50TransferSyntaxType>, "1.2.840.10008.1.2.4.50", true, true, true, false, "ISO_10918_1",
+     kLEE, typeid(JPEGInputTransferSyntax)},
+    {"JPEG extended", Make<JPEG51TransferSyntaxType>, "1.2.840.10008.1.2.4.51", true, true, true, false, "ISO_10918_1",
+     kLEE, typeid(JPEGInputTransferSyntax)},
+    {"JPEG lossless", Make<JPEG57TransferSyntaxType>, "1.2.840.10008.1.2.4.57", true, true, true, true, "", kLEE,
+     typeid(JPEGInputTransferSyntax)},
+    {"JPEG lossless SV1", Make<JPEG70TransferSyntaxType>, "1.2.840.10008.1.2.4.70", true, true, true, true, "", kLEE,
+     typeid(JPEGInputTransferSyntax)},
+    {"JPEG-LS", Make<JPEGLSTransferSyntaxType>, "1.2.840.10008.1.2.4.80", true, true, true, true, "", kLEE,
+     typeid(JPEGInputTransferSyntax)},
+    {"JPEG-LS near-lossless", Make<JPEGNLSTransferSyntaxType>, "1.2.840.10008.1.2.4.81", true, true, true, false,
+     "ISO_14495_1", kLEE, typeid(JPEGInputTransferSyntax)},
+    {"JPEG 2000 lossless", Make<JPEG2KLosslessTransferSyntaxType>, "1.2.840.10008.1.2.4.90", true, true, true, true, "",
+     kLEE, typeid(JPEGInputTransferSyntax)},
+    {"JPEG 2000", Make<JPEG2KTransferSyntaxType>, "1.2.840.10008.1.2.4.91", true, true, true, false, "ISO_15444_1",
+     kLEE, typeid(JPEGInputTransferSyntax)},
+    {"RLE", Make<RLETransferSyntaxType>, "1.2.840.10008.1.2.5", true, true, true, true, "", kLEE,
+     typeid(RLEInputTransferSyntax)},
+};
+
+// A host's syntax that says only what it must.
+class HostType : public TransferSyntaxType
+{
+public:
+   TransferSyntaxType* Copy() const override { return new HostType(*this); }
+};
+
+TEST(TransferSyntaxTypes, AnswerAsTheStandardTabulatesThem)
+{
+   for (const SyntaxCase& aCase : kSyntaxes)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const std::unique_ptr<Type> aType = aCase.itsMake();
+      EXPECT_EQ(aType->GetUID(), aCase.itsUID);
+      EXPECT_EQ(aType->IsExplicit() != 0, aCase.itsIsExplicit);
+      EXPECT_EQ(aType->IsLittleEndian() != 0, aCase.itsIsLittleEndian);
+      EXPECT_EQ(aType->GetEndian(), aCase.itsIsLittleEndian ? TNEndian::LittleEndian : TNEndian::BigEndian);
+      EXPECT_EQ(aType->IsEncapsulated() != 0, aCase.itsIsCompressed);
+      EXPECT_EQ(aType->IsCompressed() != 0, aCase.itsIsCompressed);
+      EXPECT_EQ(aType->IsLosslessCompressed() != 0, aCase.itsIsLossless);
+      EXPECT_EQ(aType->GetLossyImageCompressionMethod(), aCase.itsLossyMethod);
+      EXPECT_EQ(aType->GetBasicTransferSyntaxType(), aCase.itsKind);
+      EXPECT_EQ(Type::IsUncompressed(aType->GetUID()), !aCase.itsIsCompressed);
+   }
+}
+
+TEST(TransferSyntaxTypes, MakeDecodersThatKnowTheirType)
+{
+   for (const SyntaxCase& aCase : kSyntaxes)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const std::unique_ptr<Type> aType = aCase.itsMake();
+      PiecewiseInputStream aBorrowed({});
+      std::unique_ptr<InputTransferSyntax> aBorrower(aType->CreateInputTransferSyntax(aBorrowed));
+      std::unique_ptr<InputTransferSyntax> anOwner(aType->CreateInputTransferSyntax(new PiecewiseInputStream({})));
+      for (const InputTransferSyntax* aDecoder : {aBorrower.get(), anOwner.get()})
+      {
+         EXPECT_TRUE(typeid(*aDecoder) == aCase.itsDecoder);
+         EXPECT_TRUE(typeid(aDecoder->GetTransferSyntaxType()) == typeid(*aType));
+         if (aCase.itsIsCompressed)
+         {
+            EXPECT_EQ(&aDecoder->GetTransferSyntaxType(), aType.get()) << "the object itself, not one like it";
+         }
+      }
+      EXPECT_EQ(&aBorrower->GetStream(), &aBorrowed);
+   }
+}
+
+TEST(TransferSyntaxTypes, CopyToTheirOwnClassAndCompareByUID)
+{
+   for (const SyntaxCase& aCase : kSyntaxes)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const std::unique_ptr<Type> aType = aCase.itsMake();
+      const std::unique_ptr<Type> aCopy(aType->Copy());
+      EXPECT_TRUE(typeid(*aCopy) == typeid(*aType));
+      EXPECT_NE(aCopy.get(), aType.get());
+      EXPECT_TRUE(*aCopy == *aType);
+      EXPECT_EQ(aCopy->hash(), aType->hash());
+      for (const SyntaxCase& anOther : kSyntaxes)
+      {
+         const std::unique_ptr<Type> anOtherType = anOther.itsMake();
+         EXPECT_EQ(*aType == *anOtherType, &anOther == &aCase);
+         EXPECT_EQ(*aType < *anOtherType, std::string(aCase.itsUID) < anOther.itsUID);
+      }
+   }
+}
+
+TEST(TransferSyntaxTypes, DeriveFromEachOtherAsHostsExpect)
+{
+   static_assert(std::is_base_of_v<ImplicitTransferSyntaxType, LittleEndianImplicitTransferSyntaxType>);
+   static_assert(std::is_base_of_v<ExplicitTransferSyntaxType, BigEndianExplicitTransferSyntaxType>);
+   static_assert(std::is_base_of_v<ExplicitTransferSyntaxType, LittleEndianExplicitTransferSyntaxType>);
+   static_assert(std::is_base_of_v<LittleEndianExplicitTransferSyntaxType, JPEGTransferSyntaxType>);
+   static_assert(std::is_base_of_v<LittleEndianExplicitTransferSyntaxType, RLETransferSyntaxType>);
+   static_assert(!std::is_base_of_v<JPEGTransferSyntaxType, RLETransferSyntaxType>);
+   for (const SyntaxCase& aCase : kSyntaxes)
+   {
+      const std::unique_ptr<Type> aType = aCase.itsMake();
+      EXPECT_EQ(dynamic_cast<JPEGTransferSyntaxType*>(aType.get()) != nullptr,
+                std::string(aCase.itsUID).find("1.2.4.") != std::string::npos)
+          << aCase.itsName;
+   }
+}
+
+TEST(TransferSyntaxType, NamesTheJPEGSyntaxesByTheirLastNumber)
+{
+   const std::pair<const RWCString&, const char*> kUIDs[] = {
+       {Type::TSJPEG52UID, "52"}, {Type::TSJPEG53UID, "53"}, {Type::TSJPEG54UID, "54"}, {Type::TSJPEG55UID, "55"},
+       {Type::TSJPEG56UID, "56"}, {Type::TSJPEG57UID, "57"}, {Type::TSJPEG58UID, "58"}, {Type::TSJPEG59UID, "59"},
+       {Type::TSJPEG60UID, "60"}, {Type::TSJPEG61UID, "61"}, {Type::TSJPEG62UID, "62"}, {Type::TSJPEG63UID, "63"},
+       {Type::TSJPEG64UID, "64"}, {Type::TSJPEG65UID, "65"}, {Type::TSJPEG66UID, "66"}};
+   for (const auto& [aUID, aNumber] : kUIDs)
+   {
+      EXPECT_EQ(aUID, std::string("1.2.840.10008.1.2.4.") + aNumber);
+   }
+   EXPECT_EQ(Type::TSDeflatedUID, "1.2.840.10008.1.2.1.99");
+   EXPECT_FALSE(Type::IsUncompressed(Type::TSDeflatedUID));
+}
+
+TEST(TransferSyntaxType, TellsExplicitnessAndByteOrderOfABasicKind)
+{
+   const struct
+   {
+      Type::BasicTransferSyntaxType itsKind;
+      const char* itsText;
+      int itsIsExplicit, itsIsLittleEndian;
+   } kKinds[] = {{Type::UnknownBasicType, "", 0, 0},
+                 {Type::LittleEndianImplicit, "TSLEI", 0, 1},
+                 {Type::LittleEndianExplicit, "TSLEE", 1, 1},
+                 {Type::BigEndianExplicit, "TSBEE", 1, 0}};
+   for (const auto& aKind : kKinds)
+   {
+      EXPECT_EQ(Type::IsExplicit(aKind.itsKind), aKind.itsIsExplicit) << aKind.itsText;
+      EXPECT_EQ(Type::IsLittleEndian(aKind.itsKind), aKind.itsIsLittleEndian) << aKind.itsText;
+      EXPECT_EQ(Type::BasicTransferSyntaxTypeToString(aKind.itsKind), aKind.itsText);
+      EXPECT_EQ(Type::StringToBasicTransferSyntaxType(aKind.itsText), aKind.itsKind);
+   }
+   EXPECT_EQ(Type::StringToBasicTransferSyntaxType("tslei"), Type::UnknownBasicType);
+}
+
+TEST(TransferSyntaxType, OfAHostNeedsToSayNoMoreThanItKnows)
+{
+   const HostType aType;
+   EXPECT_EQ(aType.GetUID(), "");
+   EXPECT_EQ(aType.GetBasicTransferSyntaxType(), Type::UnknownBasicType);
+   EXPECT_EQ(aType.IsCompressed(), 0);
+   EXPECT_EQ(aType.GetEndian(), TNEndian::LittleEndian);
+   PiecewiseInputStream aStream({});
+   const StreamError anExpected = {
+       "TransferSyntaxType::CreateInputTransferSyntax(): this transfer syntax has no decoder",
+       TN_TRANSFER_SYNTAX_UNSUPPORTED, 0};
+   EXPECT_EQ(StreamErrorOf([&] { aType.CreateInputTransferSyntax(aStream); }), anExpected);
+}
+} // namespace
