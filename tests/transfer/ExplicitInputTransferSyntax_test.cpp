@@ -1,0 +1,615 @@
+// Decoding of explicit VR (PS3.5 7.1.2), and what all decoders have in common.
+#include "talvenor/transfer/ExplicitInputTransferSyntax.h"
+
+#include <gtest/gtest.h>
+
+#include "support/CapturedErrorLog.h"
+#include "support/Decoding.h"
+#include "support/DefaultDictionary.h"
+#include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
+#include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
+#include "talvenor/dictionary/VRType.h"
+#include "talvenor/transfer/TransferSyntaxTypes.h"
+
+namespace
+{
+const RWCString& kLEE = TransferSyntaxType::TSLEExplicitUID;
+const RWCString& kBEE = TransferSyntaxType::TSBEExplicitUID;
+
+const std::string kClass = "ExplicitInputTransferSyntax::";
+
+StreamError EndOfFile(const std::string& theText)
+{
+   return {theText, TN_END_OF_FILE, 0};
+}
+
+StreamError NextError(const std::string& theText, TNResultCode theCode)
+{
+   return {kClass + "NextVR(): " + theText, theCode, 0};
+}
+
+std::string ShortRead(const std::string& theMethod, int theCount, const std::string& theField)
+{
+   return "VR::" + theMethod + "(EndianHandlingReader): Short read " + std::to_string(theCount) + " bytes != sizeof(" +
+          theField + ")";
+}
+
+const Bytes kShortElement = {
+    0x08, 0x00, 0x05, 0x00, // tag
+    'C',  'S',              // value representation
+    0x04, 0x00,             // 16-bit length
+    'I',  'S',  'O',  ' ',  // value
+};
+const Bytes kLongElement = {
+    0x08, 0x00, 0x06, 0x00, // tag
+    'O',  'B',              // value representation
+    0xAA, 0x55,             // reserved, ignored
+    0x02, 0x00, 0x00, 0x00, // 32-bit length
+    0x01, 0x02,             // value
+};
+const Bytes kDelimiter = {
+    0xFE, 0xFF, 0xDD, 0xE0, // sequence delimitation: no value representation
+    0x00, 0x00, 0x00, 0x00, // length
+};
+const Bytes kItemDelimiter = {0xFE, 0xFF, 0x0D, 0xE0, 0x00, 0x00, 0x00, 0x00};
+const Bytes kItemOfUndefinedLength = {0xFE, 0xFF, 0x00, 0xE0, 0xFF, 0xFF, 0xFF, 0xFF};
+const Bytes kSequenceOfUndefinedLength = {
+    0x08, 0x00, 0x40, 0x11, // tag
+    'S',  'Q',  0x00, 0x00, // value representation, reserved
+    0xFF, 0xFF, 0xFF, 0xFF, // length
+};
+
+Bytes Item(unsigned char theLength, const Bytes& theContent)
+{
+   return Bytes{0xFE, 0xFF, 0x00, 0xE0, theLength, 0x00, 0x00, 0x00} + theContent;
+}
+
+Bytes Sequence(unsigned char theLength, const Bytes& theContent)
+{
+   return Bytes{0x08, 0x00, 0x40, 0x11, 'S', 'Q', 0x00, 0x00, theLength, 0x00, 0x00, 0x00} + theContent;
+}
+
+TEST(ExplicitInputTransferSyntax, SaysWhereAnElementIsCut)
+{
+   const std::string kDataEnd = kClass + "NextVR(): EOF before all of data read";
+   const std::string kNext = kClass + "NextVR(): ";
+   const struct
+   {
+      const char* itsName;
+      Bytes itsElement;
+      std::vector<std::string> itsErrors; // for 1, 2, ... bytes
+   } kCases[] = {
+       {"16-bit length",
+        kShortElement,
+        {ShortRead("ReadGroup", 1, "itsGroup"), kNext + "EOF while reading element code",
+         ShortRead("ReadElement", 1, "itsElement"), kNext + "EOF while reading type code",
+         ShortRead("ReadTypeCode", 1, "itsTypeCode"), kNext + "EOF while reading element length",
+         ShortRead("ReadLength16", 1, "UINT16"), kDataEnd,
+         "VR::ReadData(EndianHandlingReader): Short read 1 bytes read != 4 bytes requested while reading attribute "
+         "(0008, 0005) with type code CS at stream offset 0",
+         "VR::ReadData(EndianHandlingReader): Short read 2 bytes read != 4 bytes requested while reading attribute "
+         "(0008, 0005) with type code CS at stream offset 0",
+         "VR::ReadData(EndianHandlingReader): Short read 3 bytes read != 4 bytes requested while reading attribute "
+         "(0008, 0005) with type code CS at stream offset 0"}},
+       {"32-bit length",
+        kLongElement,
+        {ShortRead("ReadGroup", 1, "itsGroup"), kNext + "EOF while reading element code",
+         ShortRead("ReadElement", 1, "itsElement"), kNext + "EOF while reading type code",
+         ShortRead("ReadTypeCode", 1, "itsTypeCode"), kNext + "EOF while reading 2 reserved filler bytes",
+         ShortRead("ReadFiller16", 1, "UINT16"), kNext + "EOF while reading element length",
+         ShortRead("ReadLength32", 1, "UINT32"), ShortRead("ReadLength32", 2, "UINT32"),
+         ShortRead("ReadLength32", 3, "UINT32"), kDataEnd,
+         "VR::ReadData(EndianHandlingReader): Short read 1 bytes read != 2 bytes requested while reading attribute "
+         "(0008, 0006) with type code OB at stream offset 0"}},
+       {"delimiter",
+        kDelimiter,
+        {ShortRead("ReadGroup", 1, "itsGroup"), kNext + "EOF while reading element code",
+         ShortRead("ReadElement", 1, "itsElement"), kNext + "EOF while reading element length",
+         ShortRead("ReadLength32", 1, "UINT32"), ShortRead("ReadLength32", 2, "UINT32"),
+         ShortRead("ReadLength32", 3, "UINT32")}},
+   };
+   const PrepareDecoder kPreparations[] = {{}, [](InputTransferSyntax& theDecoder) {
+                                              theDecoder.SetStopAtGroup(0xFFFF); // a limit not reached
+                                           }};
+   for (const auto& aCase : kCases)
+   {
+      ASSERT_EQ(aCase.itsErrors.size(), aCase.itsElement.size() - 1) << aCase.itsName;
+      for (const PrepareDecoder& aPreparation : kPreparations)
+      {
+         for (std::size_t aCut = 1; aCut < aCase.itsElement.size(); ++aCut)
+         {
+            SCOPED_TRACE(std::string(aCase.itsName) + " cut after " + std::to_string(aCut));
+            const Decoded aResult = Decode(kLEE, First(aCase.itsElement, aCut), aPreparation);
+            EXPECT_EQ(aResult.itsError, EndOfFile(aCase.itsErrors[aCut - 1]));
+            EXPECT_EQ(aResult.itsText, "");
+            EXPECT_EQ(DecodeInPieces(kLEE, First(aCase.itsElement, aCut), 1, aPreparation), aResult);
+         }
+      }
+   }
+}
+
+TEST(ExplicitInputTransferSyntax, ReadsHeadersByTheirValueRepresentation)
+{
+   const struct
+   {
+      const char* itsName;
+      RWCString itsSyntax;
+      Bytes itsBytes;
+      const char* itsText;
+   } kCases[] = {
+       {"nothing", kLEE, {}, ""},
+       {"two elements", kLEE, kShortElement + kLongElement, "00080005 CS 49534F20; 00080006 OB 0102"},
+       {"big endian, 16-bit length",
+        kBEE,
+        {0x00, 0x08, 0x00, 0x05, 'C', 'S', 0x00, 0x02, 'A', 'B'},
+        "00080005 CS 4142"},
+       {"big endian, 32-bit length",
+        kBEE,
+        {0x00, 0x08, 0x00, 0x05, 'O', 'W', 0x00, 0x00, 0x00, 0x00, 0x00, 0x02, 0x01, 0x02},
+        "00080005 OW 0102"},
+       {"a group length is an element like any other",
+        kLEE,
+        {0x08, 0x00, 0x00, 0x00, 'U', 'L', 0x04, 0x00, 0x12, 0x00, 0x00, 0x00},
+        "00080000 UL 12000000"},
+       {"an unknown representation takes 16 bits of length",
+        kLEE,
+        {0x09, 0x00, 0x10, 0x00, 'X', 'X', 0x02, 0x00, 'A', 'B'},
+        "00090010 XX 4142"},
+       {"so does a later one of the standard",
+        kLEE,
+        {0x08, 0x00, 0x19, 0x01, 'U', 'C', 0x02, 0x00, 'A', 'B'},
+        "00080119 UC 4142"},
+       {"OF", kLEE, {0x08, 0x00, 0x05, 0x00, 'O', 'F', 0, 0, 0x01, 0, 0, 0, 0x07}, "00080005 OF 07"},
+       {"UT", kLEE, {0x08, 0x00, 0x05, 0x00, 'U', 'T', 0, 0, 0x01, 0, 0, 0, 'A'}, "00080005 UT 41"},
+       {"UN", kLEE, {0x08, 0x00, 0x05, 0x00, 'U', 'N', 0, 0, 0x01, 0, 0, 0, 'A'}, "00080005 UN 41"},
+       {"no value", kLEE, {0x08, 0x00, 0x05, 0x00, 'C', 'S', 0, 0}, "00080005 CS"},
+       {"an odd length", kLEE, {0x08, 0x00, 0x05, 0x00, 'C', 'S', 3, 0, 'A', 'B', 'C'}, "00080005 CS 414243"},
+       {"padding ends the dataset", kLEE, Bytes{0xFC, 0xFF, 0xFC, 0xFF, 'O', 'B', 0, 0, 4, 0, 0, 0, 1, 2, 3, 4}, ""},
+       {"native pixels",
+        kBEE,
+        {0x7F, 0xE0, 0x00, 0x10, 'O', 'W', 0, 0, 0, 0, 0, 4, 1, 2, 3, 4},
+        "7FE00010 OW pixels 01020304"},
+       {"native pixels of odd length",
+        kLEE,
+        {0xE0, 0x7F, 0x10, 0x00, 'O', 'B', 0, 0, 5, 0, 0, 0, 1, 2, 3, 4, 5},
+        "7FE00010 OB pixels 010203040500"},
+       {"pixels in a short header", kLEE, {0xE0, 0x7F, 0x10, 0x00, 'U', 'S', 2, 0, 1, 2}, "7FE00010 US pixels 0102"},
+       {"encapsulated pixels", kLEE,
+        Bytes{0xE0, 0x7F, 0x10, 0x00, 'O', 'B', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF} + Item(0, {}) + Item(2, {0xFF, 0xD8}) +
+            kDelimiter,
+        "7FE00010 OB fragments [] [FFD8]"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const Decoded aResult = Decode(aCase.itsSyntax, aCase.itsBytes);
+      EXPECT_EQ(aResult.itsText, aCase.itsText);
+      EXPECT_EQ(aResult.itsError, kNoStreamError);
+      EXPECT_FALSE(aResult.itsIsCut);
+      EXPECT_EQ(aResult.itsConsumed, aCase.itsBytes.size());
+      EXPECT_EQ(DecodeInPieces(aCase.itsSyntax, aCase.itsBytes, 1), aResult);
+   }
+}
+
+TEST(ExplicitInputTransferSyntax, GivesElementsTheByteOrderOfTheSyntax)
+{
+   PiecewiseInputStream aStream({0x00, 0x28, 0x00, 0x10, 'U', 'S', 0x00, 0x02, 0x01, 0x02});
+   const std::unique_ptr<InputTransferSyntax> aDecoder = MakeDecoder(kBEE, aStream);
+   const std::unique_ptr<VR> aVR(aDecoder->NextVR());
+   EXPECT_EQ(aVR->GetDataEndian(), TNEndian::BigEndian);
+   EXPECT_EQ(aVR->GetData()[0], 0x01) << "as it came";
+}
+
+TEST(ExplicitInputTransferSyntax, ReadsSequencesAndItemsOfEitherLength)
+{
+   const Bytes kUndefined = kSequenceOfUndefinedLength + kItemOfUndefinedLength + kShortElement + kItemDelimiter +
+                            kItemOfUndefinedLength + kItemDelimiter + kDelimiter + kLongElement;
+   const struct
+   {
+      const char* itsName;
+      Bytes itsBytes;
+      const char* itsText;
+   } kCases[] = {
+       {"undefined", kUndefined, "00081140 SQ(u) { item(u) { 00080005 CS 49534F20 } item(u) {  } }; 00080006 OB 0102"},
+       {"defined", Sequence(28, Item(12, kShortElement) + Item(0, {})) + kLongElement,
+        "00081140 SQ(28) { item(12) { 00080005 CS 49534F20 } item(0) {  } }; 00080006 OB 0102"},
+       {"empty", Sequence(0, {}) + kLongElement, "00081140 SQ(0) { }; 00080006 OB 0102"},
+       {"undefined in defined", Sequence(28, kItemOfUndefinedLength + kShortElement + kItemDelimiter) + kLongElement,
+        "00081140 SQ(28) { item(u) { 00080005 CS 49534F20 } }; 00080006 OB 0102"},
+       {"defined in undefined", kSequenceOfUndefinedLength + Item(12, kShortElement) + kDelimiter + kLongElement,
+        "00081140 SQ(u) { item(12) { 00080005 CS 49534F20 } }; 00080006 OB 0102"},
+       {"sequence in a sequence", Sequence(40, Item(32, Sequence(20, Item(12, kShortElement)))) + kLongElement,
+        "00081140 SQ(40) { item(32) { 00081140 SQ(20) { item(12) { 00080005 CS 49534F20 } } } }; 00080006 OB 0102"},
+       {"an item of defined length with a delimiter in it: the rest is skipped",
+        Sequence(28, Item(20, kItemDelimiter + kShortElement)) + kLongElement,
+        "00081140 SQ(28) { item(20) {  } }; 00080006 OB 0102"},
+       {"a sequence of defined length with a delimiter in it: the rest is skipped",
+        Sequence(28, kDelimiter + Item(12, kShortElement)) + kLongElement, "00081140 SQ(28) { }; 00080006 OB 0102"},
+       {"the length of a delimiter is ignored",
+        kSequenceOfUndefinedLength + Bytes{0xFE, 0xFF, 0xDD, 0xE0, 0x04, 0, 0, 0} + kLongElement,
+        "00081140 SQ(u) { }; 00080006 OB 0102"},
+       {"pixels of an icon",
+        Sequence(22, Item(14, {0xE0, 0x7F, 0x10, 0x00, 'O', 'B', 0, 0, 2, 0, 0, 0, 1, 2})) + kLongElement,
+        "00081140 SQ(22) { item(14) { 7FE00010 OB pixels 0102 } }; 00080006 OB 0102"},
+       {"an item without a sequence", Item(12, kShortElement) + kLongElement,
+        "item(12) { 00080005 CS 49534F20 }; 00080006 OB 0102"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const Decoded aResult = Decode(kLEE, aCase.itsBytes);
+      EXPECT_EQ(aResult.itsText, aCase.itsText);
+      EXPECT_EQ(aResult.itsError, kNoStreamError);
+      EXPECT_FALSE(aResult.itsIsCut) << aResult.itsFaultPath;
+      EXPECT_EQ(aResult.itsFaultPath, "");
+      EXPECT_EQ(aResult.itsEnd, InputTransferSyntax::AtEndOfStream);
+      EXPECT_EQ(DecodeInPieces(kLEE, aCase.itsBytes, 1), aResult);
+   }
+}
+
+// UN is what a writer puts for what it does not know (PS3.5 6.2.2); undefined lengths under UN are sequences in
+// implicit VR little endian, whatever the syntax around them.
+TEST(ExplicitInputTransferSyntax, TypesUnknownElementsByTheDictionary)
+{
+   const DefaultDictionary aDictionary("0008,0005,CS,\"Specific Character Set\",SpecificCharacterSet,1,1\n"
+                                       "0008,1140,SQ,\"Referenced Image Sequence\",ReferencedImageSequence,1,1\n");
+   const Bytes kImplicitItem = {
+       0xFE, 0xFF, 0x00, 0xE0, 0x0A, 0x00, 0x00, 0x00, // item of 10 bytes
+       0x08, 0x00, 0x05, 0x00, 0x02, 0x00, 0x00, 0x00, // (0008,0005), 32-bit length
+       'A',  'B',
+   };
+   const struct
+   {
+      const char* itsName;
+      RWCString itsSyntax;
+      Bytes itsBytes;
+      const char* itsText;
+   } kCases[] = {
+       {"listed", kLEE, {0x08, 0x00, 0x05, 0x00, 'U', 'N', 0, 0, 2, 0, 0, 0, 'A', 'B'}, "00080005 CS 4142"},
+       {"not listed", kLEE, {0x08, 0x00, 0x06, 0x00, 'U', 'N', 0, 0, 2, 0, 0, 0, 'A', 'B'}, "00080006 UN 4142"},
+       {"a private creator", kLEE, {0x09, 0x00, 0x10, 0, 'U', 'N', 0, 0, 2, 0, 0, 0, 'A', 'B'}, "00090010 LO 4142"},
+       {"stated: the dictionary is not asked",
+        kLEE,
+        {0x08, 0x00, 0x05, 0x00, 'L', 'O', 2, 0, 'A', 'B'},
+        "00080005 LO 4142"},
+       {"listed as a sequence", kLEE, Bytes{0x08, 0x00, 0x40, 0x11, 'U', 'N', 0, 0, 18, 0, 0, 0} + kImplicitItem,
+        "00081140 SQ(18) { item(10) { 00080005 CS 4142 } }"},
+       {"undefined length, not listed", kLEE,
+        Bytes{0x09, 0x00, 0x01, 0x10, 'U', 'N', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF} + kImplicitItem + kDelimiter +
+            kShortElement,
+        "00091001 SQ(u) { item(10) { 00080005 CS 4142 } }; 00080005 CS 49534F20"},
+       {"little endian even in big endian", kBEE,
+        Bytes{0x00, 0x09, 0x10, 0x01, 'U', 'N', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF} + kImplicitItem + kDelimiter +
+            Bytes{0x00, 0x08, 0x00, 0x05, 'C', 'S', 0x00, 0x02, 'A', 'B'},
+        "00091001 SQ(u) { item(10) { 00080005 CS 4142 } }; 00080005 CS 4142"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const Decoded aResult = Decode(aCase.itsSyntax, aCase.itsBytes);
+      EXPECT_EQ(aResult.itsText, aCase.itsText);
+      EXPECT_EQ(aResult.itsError, kNoStreamError);
+      EXPECT_FALSE(aResult.itsIsCut);
+      EXPECT_EQ(DecodeInPieces(aCase.itsSyntax, aCase.itsBytes, 1), aResult);
+   }
+}
+
+TEST(ExplicitInputTransferSyntax, RefusesWhatCannotBe)
+{
+   const DefaultDictionary aDictionary("0008,0005,CS,\"Specific Character Set\",SpecificCharacterSet,1,1\n");
+   const struct
+   {
+      const char* itsName;
+      RWCString itsSyntax;
+      Bytes itsBytes;
+      StreamError itsError;
+   } kCases[] = {
+       {"bytes of undefined length",
+        kLEE,
+        {0x08, 0x00, 0x05, 0x00, 'O', 'B', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF},
+        NextError("Undefined length (0xffffffff) invalid for VR type OB (type from data dictionary)",
+                  TN_INVALID_ELEMENT_HEADER)},
+       {"UN of undefined length that the dictionary types",
+        kLEE,
+        {0x08, 0x00, 0x05, 0x00, 'U', 'N', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF},
+        NextError("Undefined length (0xffffffff) invalid for VR type CS (type from data dictionary)",
+                  TN_INVALID_ELEMENT_HEADER)},
+       {"a private creator of undefined length",
+        kLEE,
+        {0x09, 0x00, 0x10, 0x00, 'U', 'N', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF},
+        NextError("Undefined length (0xffffffff) invalid for VR type LO (type from data dictionary)",
+                  TN_INVALID_ELEMENT_HEADER)},
+       {"an unknown delimiter",
+        kLEE,
+        {0xFE, 0xFF, 0x01, 0xE0, 0x00, 0x00, 0x00, 0x00},
+        NextError("Expected seq. item start tag but got (fffe, e001) with length 0", TN_INVALID_DELIMITER)},
+       {"an unknown delimiter: no leading zeros",
+        kBEE,
+        {0xFF, 0xFE, 0x00, 0x0A, 0x00, 0x00, 0xAB, 0xCD},
+        NextError("Expected seq. item start tag but got (fffe, a) with length abcd", TN_INVALID_DELIMITER)},
+       {"encapsulated pixels in big endian",
+        kBEE,
+        {0x7F, 0xE0, 0x00, 0x10, 'O', 'B', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF},
+        NextError("Encapsulated pixel data element encoded with big-endian explicit syntax type", TN_INVALID_ENCODING)},
+       {"words of odd length",
+        kLEE,
+        {0xE0, 0x7F, 0x10, 0x00, 'O', 'W', 0, 0, 5, 0, 0, 0, 1, 2, 3, 4, 5},
+        {"PixelInputStreamVRImpl::PixelInputStreamVRImpl: odd length is invalid for data type != 'OB'",
+         TN_INTERNAL_ERROR, 0}},
+       {"an element between items",
+        kLEE,
+        kSequenceOfUndefinedLength + kShortElement,
+        {"DICOMDataObjectInputStreamVR::NextDICOMDataObject(): Expected VRInputStreamVR but got (0008, 0005) instead",
+         TN_INVALID_DELIMITER, 0}},
+       {"a value longer than its item", kLEE,
+        Sequence(20, Item(12, {0x08, 0x00, 0x05, 0x00, 'C', 'S', 6, 0, 'A', 'B', 'C', 'D'})) + kLongElement,
+        EndOfFile("VR::ReadData(EndianHandlingReader): Short read 4 bytes read != 6 bytes requested while reading "
+                  "attribute (0008, 0005) with type code CS at stream offset 0")},
+       {"a length that lies",
+        kLEE,
+        {0x08, 0x00, 0x05, 0x00, 'O', 'B', 0, 0, 0xFE, 0xFF, 0xFF, 0xFF, 'A'},
+        EndOfFile("VR::ReadData(EndianHandlingReader): Short read 1 bytes read != 4294967294 bytes requested while "
+                  "reading attribute (0008, 0005) with type code OB at stream offset 0")},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const Decoded aResult = Decode(aCase.itsSyntax, aCase.itsBytes);
+      EXPECT_EQ(aResult.itsError, aCase.itsError);
+      EXPECT_EQ(DecodeInPieces(aCase.itsSyntax, aCase.itsBytes, 1), aResult);
+   }
+}
+
+TEST(ExplicitInputTransferSyntax, EndsALevelAtAnyDelimiterAndAtPadding)
+{
+   const struct
+   {
+      const char* itsName;
+      Bytes itsEnd;
+      InputTransferSyntax::LevelEnd itsLevelEnd;
+   } kCases[] = {
+       {"item delimiter", kItemDelimiter, InputTransferSyntax::AtDelimiter},
+       {"sequence delimiter", kDelimiter, InputTransferSyntax::AtDelimiter},
+       {"padding", {0xFC, 0xFF, 0xFC, 0xFF, 'O', 'B', 0, 0, 4, 0, 0, 0, 1, 2, 3, 4}, InputTransferSyntax::AtPadding},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const Decoded aResult = Decode(kLEE, kShortElement + aCase.itsEnd + kLongElement);
+      EXPECT_EQ(aResult.itsText, "00080005 CS 49534F20");
+      EXPECT_EQ(aResult.itsEnd, aCase.itsLevelEnd);
+      EXPECT_EQ(aResult.itsConsumed, kShortElement.size() + aCase.itsEnd.size()) << "nothing behind it is read";
+      EXPECT_FALSE(aResult.itsIsCut);
+   }
+}
+
+TEST(ExplicitInputTransferSyntax, StopsBehindTheTagOfTheLimit)
+{
+   const PrepareDecoder kStopAtPixels = [](InputTransferSyntax& theDecoder) {
+      theDecoder.SetStopAtGroup(0x7FE0);
+      theDecoder.SetStopAtElement(0x0010);
+      EXPECT_EQ(theDecoder.GetStopAtGroup(), 0x7FE0);
+      EXPECT_EQ(theDecoder.GetStopAtElement(), 0x0010);
+      EXPECT_FALSE(theDecoder.IsAtStopAtLimit());
+   };
+   const Bytes kHigher = {0xE1, 0x7F, 0x05, 0x00, 'L', 'O', 0x00, 0x00}; // group above, element below the limit
+   const struct
+   {
+      const char* itsName;
+      Bytes itsBefore, itsRest;
+      bool itsStops;
+      const char* itsText;
+   } kCases[] = {
+       {"at the limit", kShortElement, {0xE0, 0x7F, 0x10, 0x00, 'O', 'W'}, true, "00080005 CS 49534F20"},
+       {"above it", {}, {0xE1, 0x7F, 0x10, 0x00}, true, ""},
+       {"element below it in a higher group", kHigher, {}, false, "7FE10005 LO"},
+       {"padding", {}, {0xFC, 0xFF, 0xFC, 0xFF}, true, ""},
+       {"a delimiter", {}, {0xFE, 0xFF, 0x0D, 0xE0}, true, ""},
+       {"not in an item",
+        kSequenceOfUndefinedLength + Item(8, kHigher) + Item(8, {0xE1, 0x7F, 0x10, 0x10, 'L', 'O', 0, 0}) + kDelimiter,
+        {0xE0, 0x7F, 0x10, 0x00},
+        true,
+        "00081140 SQ(u) { item(8) { 7FE10005 LO } item(8) { 7FE11010 LO } }"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const Decoded aResult = Decode(kLEE, aCase.itsBefore + aCase.itsRest, kStopAtPixels);
+      EXPECT_EQ(aResult.itsError, kNoStreamError);
+      EXPECT_EQ(aResult.itsText, aCase.itsText);
+      EXPECT_EQ(aResult.itsEnd == InputTransferSyntax::AtStopLimit, aCase.itsStops);
+      EXPECT_EQ(aResult.itsConsumed, aCase.itsBefore.size() + (aCase.itsStops ? 4 : 0));
+      EXPECT_EQ(DecodeInPieces(kLEE, aCase.itsBefore + aCase.itsRest, 1, kStopAtPixels), aResult);
+   }
+}
+
+TEST(ExplicitInputTransferSyntax, TellsWhetherTheLimitCausedTheLastNull)
+{
+   PiecewiseInputStream aStream({0xE0, 0x7F, 0x10, 0x00});
+   const std::unique_ptr<InputTransferSyntax> aDecoder = MakeDecoder(kLEE, aStream);
+   aDecoder->SetStopAtGroup(0x7FE0);
+   EXPECT_EQ(aDecoder->NextVR(), nullptr);
+   EXPECT_TRUE(aDecoder->IsAtStopAtLimit());
+   EXPECT_EQ(aDecoder->NextVR(), nullptr) << "the stream has ended";
+   EXPECT_FALSE(aDecoder->IsAtStopAtLimit());
+}
+
+TEST(ExplicitInputTransferSyntax, TakesOneElementBack)
+{
+   PiecewiseInputStream aStream(kShortElement + kLongElement);
+   const std::unique_ptr<InputTransferSyntax> aDecoder = MakeDecoder(kLEE, aStream);
+   VR* const aFirst = aDecoder->NextVR();
+   aDecoder->SetStopAtGroup(0x0008); // does not hold for what is handed back
+   aDecoder->Pushback(aFirst);
+   const StreamError anExpected = {"ExplicitInputTransferSyntax::Pushback(VR*): unable to do pushback",
+                                   TN_INTERNAL_ERROR, 0};
+   EXPECT_EQ(StreamErrorOf([&] { aDecoder->Pushback(new VR(0x0008, 0x0007)); }), anExpected);
+   const std::unique_ptr<VR> anAgain(aDecoder->NextVR());
+   EXPECT_EQ(anAgain.get(), aFirst);
+   EXPECT_EQ(aDecoder->NextVR(), nullptr);
+   EXPECT_TRUE(aDecoder->IsAtStopAtLimit());
+   aDecoder->Pushback(new VR(0x0008, 0x0007)); // goes with the decoder
+}
+
+TEST(ExplicitInputTransferSyntax, DecodesCompressedSyntaxesLikeExplicitLittleEndian)
+{
+   const Bytes kBytes = Sequence(20, Item(12, kShortElement)) +
+                        Bytes{0xE0, 0x7F, 0x10, 0x00, 'O', 'B', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF} + Item(0, {}) +
+                        Item(2, {0xFF, 0xD8}) + kDelimiter;
+   for (const RWCString& aUID : {TransferSyntaxType::TSJPEG50UID, TransferSyntaxType::TSRLEUID})
+   {
+      EXPECT_EQ(Decode(aUID, kBytes), Decode(kLEE, kBytes)) << aUID;
+   }
+}
+
+// Every way in which a dataset can end too early between two elements, and where it is said to be.
+TEST(ExplicitInputTransferSyntax, TellsACutFromAnEnd)
+{
+   const Bytes kOpenItem = kSequenceOfUndefinedLength + kItemOfUndefinedLength;
+   const struct
+   {
+      const char* itsName;
+      Bytes itsBytes;
+      bool itsIsCut;
+      const char* itsPath;
+   } kCases[] = {
+       {"whole elements", kShortElement + kLongElement, false, ""},
+       {"no sequence delimiter", kSequenceOfUndefinedLength, true, "/0008,1140"},
+       {"no sequence delimiter after an item", kSequenceOfUndefinedLength + Item(0, {}), true, "/0008,1140"},
+       {"no item delimiter", kOpenItem + kShortElement, true, "/0008,1140[0]"},
+       {"no item delimiter in the second item",
+        kSequenceOfUndefinedLength + Item(0, {}) + kItemOfUndefinedLength + kShortElement, true, "/0008,1140[1]"},
+       {"nested", kOpenItem + kOpenItem + kItemDelimiter + kItemOfUndefinedLength, true, "/0008,1140[0]/0008,1140[1]"},
+       {"an item shorter than stated", kSequenceOfUndefinedLength + Item(24, kShortElement), true, "/0008,1140[0]"},
+       {"a sequence shorter than stated", Sequence(40, Item(12, kShortElement)), true, "/0008,1140"},
+       {"an item longer than its sequence", Sequence(20, Item(24, kShortElement)) + kLongElement, true,
+        "/0008,1140[0]"},
+       {"an open item in a sequence of defined length", Sequence(20, kItemOfUndefinedLength + kShortElement), true,
+        "/0008,1140[0]"},
+       {"an item that ends at a delimiter before the rest of its length",
+        kSequenceOfUndefinedLength + Item(24, kItemDelimiter), true, "/0008,1140[0]"},
+       {"closed at last", kOpenItem + kItemDelimiter + kDelimiter, false, ""},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const Decoded aResult = Decode(kLEE, aCase.itsBytes);
+      EXPECT_EQ(aResult.itsError, kNoStreamError);
+      EXPECT_EQ(aResult.itsIsCut, aCase.itsIsCut);
+      EXPECT_EQ(aResult.itsFaultPath, aCase.itsPath);
+   }
+}
+
+TEST(ExplicitInputTransferSyntax, TellsTheSequencesAroundAFailure)
+{
+   const struct
+   {
+      const char* itsName;
+      Bytes itsBytes;
+      const char* itsPath;
+   } kCases[] = {
+       {"top level", First(kShortElement, 5), ""},
+       {"in an item", kSequenceOfUndefinedLength + Item(0, {}) + kItemOfUndefinedLength + First(kShortElement, 9),
+        "/0008,1140[1]"},
+       {"between items", kSequenceOfUndefinedLength + First(kItemDelimiter, 3), "/0008,1140"},
+       {"no item", kSequenceOfUndefinedLength + kShortElement, "/0008,1140"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const Decoded aResult = Decode(kLEE, aCase.itsBytes);
+      EXPECT_NE(aResult.itsError, kNoStreamError);
+      EXPECT_EQ(aResult.itsFaultPath, aCase.itsPath);
+   }
+}
+
+// Cut at every byte, a dataset never decodes to anything but its beginning.
+TEST(ExplicitInputTransferSyntax, NeverTakesACutDatasetForTheWhole)
+{
+   const Bytes kWhole = kShortElement + kSequenceOfUndefinedLength + kItemOfUndefinedLength + kShortElement +
+                        Sequence(20, Item(12, kShortElement)) + kItemDelimiter + Item(14, kLongElement) + kDelimiter +
+                        kLongElement;
+   const std::size_t kBoundaries[] = {0, kShortElement.size(), kWhole.size() - kLongElement.size(), kWhole.size()};
+   for (std::size_t aCut = 0; aCut <= kWhole.size(); ++aCut)
+   {
+      SCOPED_TRACE(aCut);
+      const Decoded aResult = Decode(kLEE, First(kWhole, aCut));
+      const bool isWhole = std::find(std::begin(kBoundaries), std::end(kBoundaries), aCut) != std::end(kBoundaries);
+      EXPECT_EQ(aResult.itsError == kNoStreamError && !aResult.itsIsCut, isWhole) << aResult;
+      EXPECT_EQ(DecodeInPieces(kLEE, First(kWhole, aCut), 1), aResult);
+   }
+}
+
+TEST(ExplicitInputTransferSyntax, WritesFailuresToTheErrorLog)
+{
+   const std::string kLong = "ExplicitInputTransferSyntax::NextVR(): ";
+   const struct
+   {
+      const char* itsName;
+      Bytes itsBytes;
+      std::string itsLine;
+   } kCases[] = {
+       {"header", First(kShortElement, 4),
+        kLong + "Exception while reading group code, element code or length: (Errno = 0) StreamIOException: "
+                "ResultCode = "},
+       {"value, part of it", First(kShortElement, 9),
+        kLong + "I/O Exception while reading VR data: StreamIOException: ResultCode = "},
+       {"value, nothing of it", First(kShortElement, 8), kLong + "EOF before all 4 bytes of data read\n"},
+       {"undefined length",
+        {0x08, 0x00, 0x05, 0x00, 'O', 'B', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF},
+        kLong + "Undefined length (0xffffffff) invalid for VR type OB (type from data dictionary)\n"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      const CapturedErrorLog aLog;
+      Decode(kLEE, aCase.itsBytes);
+      EXPECT_NE(aLog.Text().find("\n" + aCase.itsLine), std::string::npos) << aCase.itsName << ":\n" << aLog.Text();
+   }
+}
+
+// 256 sequences within each other are more than anybody writes; without a limit the next file overflows the stack.
+TEST(ExplicitInputTransferSyntax, LimitsHowDeepSequencesNest)
+{
+   const StreamError kTooDeep = {"InputTransferSyntax::NextVR(): sequences nested deeper than 256 levels",
+                                 TN_INVALID_ELEMENT_HEADER, 0};
+   const Bytes kOpen = kSequenceOfUndefinedLength + kItemOfUndefinedLength;
+   const Bytes kClose = kItemDelimiter + kDelimiter;
+   const struct
+   {
+      const char* itsName;
+      int itsDepth;
+      Bytes itsOpen, itsClose;
+      StreamError itsError;
+   } kCases[] = {
+       {"256", 256, kOpen, kClose, kNoStreamError},
+       {"257", 257, kOpen, kClose, kTooDeep},
+       {"100,000", 100'000, kOpen, kClose, kTooDeep},
+       {"100,000 never closed", 100'000, kOpen, {}, kTooDeep},
+       {"items in items", 50'000, kItemOfUndefinedLength, {}, kTooDeep},
+       {"defined lengths",
+        100'000,
+        {0x08, 0x00, 0x40, 0x11, 'S',  'Q',  0x00, 0x00, 0xFE, 0xFF,
+         0xFF, 0x7F, 0xFE, 0xFF, 0x00, 0xE0, 0xFE, 0xFF, 0xFF, 0x7F},
+        {},
+        kTooDeep},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      Bytes aBytes;
+      aBytes.reserve(static_cast<std::size_t>(aCase.itsDepth) * (aCase.itsOpen.size() + aCase.itsClose.size()));
+      for (int i = 0; i < aCase.itsDepth; ++i)
+      {
+         aBytes.insert(aBytes.end(), aCase.itsOpen.begin(), aCase.itsOpen.end());
+      }
+      for (int i = 0; i < aCase.itsDepth; ++i)
+      {
+         aBytes.insert(aBytes.end(), aCase.itsClose.begin(), aCase.itsClose.end());
+      }
+      const Decoded aResult = Decode(kLEE, aBytes);
+      EXPECT_EQ(aResult.itsError, aCase.itsError);
+      EXPECT_LE(aResult.itsConsumed, 257 * (kOpen.size() + kClose.size())) << "no more is read than is needed";
+      EXPECT_FALSE(aResult.itsIsCut);
+   }
+}
+} // namespace
