@@ -53,7 +53,9 @@ TEST(Exceptions, NameThemselvesAndComposeTheirMessages)
       {
          EXPECT_STREQ(anException->GetType(), aCase.itsType);
          EXPECT_STREQ(anException->What(), aCase.itsMessage);
-         EXPECT_EQ(typeid(*anException), typeid(*aCase.itsException)) << aCase.itsType;
+         const ExceptionBase& aThrown = *anException;
+         const ExceptionBase& anOriginal = *aCase.itsException;
+         EXPECT_EQ(typeid(aThrown), typeid(anOriginal)) << aCase.itsType;
       }
    }
 }
