@@ -9,6 +9,8 @@ install(DIRECTORY talvenor DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHIN
 install(FILES data/dicom.dic data/uid.dic DESTINATION ${CMAKE_INSTALL_DATADIR}/talvenor)
 install(DIRECTORY data/private DESTINATION ${CMAKE_INSTALL_DATADIR}/talvenor)
 if(TALVENOR_BUILD_TN)
+   # The program finds its library wherever the two are put together.
+   set_target_properties(tn PROPERTIES INSTALL_RPATH $ORIGIN/../${CMAKE_INSTALL_LIBDIR})
    install(TARGETS tn)
 endif()
 
