@@ -1,0 +1,322 @@
+// Decoding of implicit VR (PS3.5 7.1.3). What it shares with explicit VR is tested there.
+#include "talvenor/transfer/ImplicitInputTransferSyntax.h"
+
+#include <gtest/gtest.h>
+
+#include "support/CapturedErrorLog.h"
+#include "support/Decoding.h"
+#include "support/DefaultDictionary.h"
+#include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
+#include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
+#include "talvenor/transfer/TransferSyntaxTypes.h"
+
+namespace
+{
+const RWCString& kLEI = TransferSyntaxType::TSLEImplicitUID;
+const std::string kNext = "ImplicitInputTransferSyntax::NextVR(): ";
+
+const char kDictionary[] = "0008,0005,CS,\"Specific Character Set\",SpecificCharacterSet,1,1\n"
+                           "0008,1140,SQ,\"Referenced Image Sequence\",ReferencedImageSequence,1,1\n"
+                           "0028,0103,US,\"Pixel Representation\",PixelRepresentation,1,1\n"
+                           "0028,0106,US,\"Smallest Image Pixel Value\",SmallestImagePixelValue,1,1\n";
+
+const Bytes kElement = {
+    0x08, 0x00, 0x05, 0x00, // tag
+    0x04, 0x00, 0x00, 0x00, // length
+    'I',  'S',  'O',  ' ',  // value
+};
+const Bytes kDelimiter = {0xFE, 0xFF, 0xDD, 0xE0, 0x00, 0x00, 0x00, 0x00};
+const Bytes kItemDelimiter = {0xFE, 0xFF, 0x0D, 0xE0, 0x00, 0x00, 0x00, 0x00};
+const Bytes kItemOfUndefinedLength = {0xFE, 0xFF, 0x00, 0xE0, 0xFF, 0xFF, 0xFF, 0xFF};
+const Bytes kSequenceOfUndefinedLength = {0x08, 0x00, 0x40, 0x11, 0xFF, 0xFF, 0xFF, 0xFF};
+
+Bytes Tag(UINT32 theTag)
+{
+   return {static_cast<unsigned char>(theTag >> 16), static_cast<unsigned char>(theTag >> 24),
+           static_cast<unsigned char>(theTag), static_cast<unsigned char>(theTag >> 8)};
+}
+
+// An element with a value of two bytes.
+Bytes Word(UINT32 theTag, unsigned char theLow, unsigned char theHigh = 0)
+{
+   return Tag(theTag) + Bytes{0x02, 0x00, 0x00, 0x00, theLow, theHigh};
+}
+
+Bytes Item(unsigned char theLength, const Bytes& theContent)
+{
+   return Bytes{0xFE, 0xFF, 0x00, 0xE0, theLength, 0x00, 0x00, 0x00} + theContent;
+}
+
+std::string ShortRead(const std::string& theMethod, int theCount, const std::string& theField)
+{
+   return "VR::" + theMethod + "(EndianHandlingReader): Short read " + std::to_string(theCount) + " bytes != sizeof(" +
+          theField + ")";
+}
+
+class ImplicitInputTransferSyntaxTest : public ::testing::Test
+{
+protected:
+   const DefaultDictionary itsDictionary{kDictionary};
+};
+
+TEST_F(ImplicitInputTransferSyntaxTest, SaysWhereAnElementIsCut)
+{
+   const std::string kHeaderEnd = kNext + "EOF while reading element code or length";
+   const std::string kErrors[] = {ShortRead("ReadGroup", 1, "itsGroup"),
+                                  kHeaderEnd,
+                                  ShortRead("ReadElement", 1, "itsElement"),
+                                  kHeaderEnd,
+                                  ShortRead("ReadLength32", 1, "UINT32"),
+                                  ShortRead("ReadLength32", 2, "UINT32"),
+                                  ShortRead("ReadLength32", 3, "UINT32"),
+                                  kNext + "EOF before all of data read",
+                                  "VR::ReadData(EndianHandlingReader): Short read 1 bytes read != 4 bytes requested "
+                                  "while reading attribute (0008, 0005) with type code CS at stream offset 0",
+                                  "VR::ReadData(EndianHandlingReader): Short read 2 bytes read != 4 bytes requested "
+                                  "while reading attribute (0008, 0005) with type code CS at stream offset 0",
+                                  "VR::ReadData(EndianHandlingReader): Short read 3 bytes read != 4 bytes requested "
+                                  "while reading attribute (0008, 0005) with type code CS at stream offset 0"};
+   ASSERT_EQ(std::size(kErrors), kElement.size() - 1);
+   for (std::size_t aCut = 1; aCut < kElement.size(); ++aCut)
+   {
+      const StreamError anExpected = {kErrors[aCut - 1], TN_END_OF_FILE, 0};
+      EXPECT_EQ(Decode(kLEI, First(kElement, aCut)).itsError, anExpected) << aCut;
+      EXPECT_EQ(DecodeInPieces(kLEI, First(kElement, aCut), 1).itsError, anExpected) << aCut;
+      const Bytes aDelimiter = First(kDelimiter, std::min<std::size_t>(aCut, 7));
+      EXPECT_EQ(Decode(kLEI, aDelimiter).itsError.itsMessage, kErrors[aDelimiter.size() - 1]);
+   }
+}
+
+TEST_F(ImplicitInputTransferSyntaxTest, TypesElementsByTheDictionary)
+{
+   const struct
+   {
+      const char* itsName;
+      Bytes itsBytes;
+      const char* itsText;
+   } kCases[] = {
+       {"nothing", {}, ""},
+       {"listed", kElement, "00080005 CS 49534F20"},
+       {"not listed", Word(0x00080006, 'A', 'B'), "00080006 UN 4142"},
+       {"group length", Tag(0x00080000) + Bytes{4, 0, 0, 0, 1, 2, 3, 4}, "00080000 UN 01020304"},
+       {"private creator", Word(0x00090010, 'A', 'B'), "00090010 LO 4142"},
+       {"private, of nobody known", Word(0x00091010, 'A', 'B'), "00091010 UN 4142"},
+       {"no value", Tag(0x00080005) + Bytes{0, 0, 0, 0}, "00080005 CS"},
+       {"odd length", Tag(0x00080005) + Bytes{1, 0, 0, 0, 'A'}, "00080005 CS 41"},
+       {"native pixels", Tag(0x7FE00010) + Bytes{4, 0, 0, 0, 1, 2, 3, 4}, "7FE00010 OW pixels 01020304"},
+       {"padding ends the dataset", Tag(0xFFFCFFFC) + Bytes{4, 0, 0, 0, 1, 2, 3, 4}, ""},
+       {"sequence of defined length", Tag(0x00081140) + Bytes{20, 0, 0, 0} + Item(12, kElement) + kElement,
+        "00081140 SQ(20) { item(12) { 00080005 CS 49534F20 } }; 00080005 CS 49534F20"},
+       {"sequence of undefined length",
+        kSequenceOfUndefinedLength + kItemOfUndefinedLength + kElement + kItemDelimiter + Item(0, {}) + kDelimiter +
+            kElement,
+        "00081140 SQ(u) { item(u) { 00080005 CS 49534F20 } item(0) {  } }; 00080005 CS 49534F20"},
+       {"what is not listed is a sequence if its length is undefined",
+        Tag(0x00091010) + Bytes{0xFF, 0xFF, 0xFF, 0xFF} + Item(12, kElement) + kDelimiter,
+        "00091010 SQ(u) { item(12) { 00080005 CS 49534F20 } }"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const Decoded aResult = Decode(kLEI, aCase.itsBytes);
+      EXPECT_EQ(aResult.itsText, aCase.itsText);
+      EXPECT_EQ(aResult.itsError, kNoStreamError);
+      EXPECT_FALSE(aResult.itsIsCut);
+      EXPECT_EQ(aResult.itsConsumed, aCase.itsBytes.size());
+      EXPECT_EQ(DecodeInPieces(kLEI, aCase.itsBytes, 1), aResult);
+   }
+}
+
+TEST_F(ImplicitInputTransferSyntaxTest, RefusesWhatCannotBe)
+{
+   const struct
+   {
+      const char* itsName;
+      Bytes itsBytes;
+      StreamError itsError;
+   } kCases[] = {
+       {"text of undefined length",
+        Tag(0x00080005) + Bytes{0xFF, 0xFF, 0xFF, 0xFF},
+        {kNext + "Undefined length (0xffffffff) invalid for VR type CS (type from data dictionary)",
+         TN_INVALID_ELEMENT_HEADER, 0}},
+       {"an ambiguous type of undefined length",
+        Tag(0x00283006) + Bytes{0xFF, 0xFF, 0xFF, 0xFF},
+        {kNext + "Undefined length (0xffffffff) invalid for VR type OW (type from data dictionary)",
+         TN_INVALID_ELEMENT_HEADER, 0}},
+       {"an unknown delimiter",
+        Tag(0xFFFEE00C) + Bytes{0x10, 0, 0, 0},
+        {kNext + "Expected seq. item start tag but got (fffe, e00c) with length 10", TN_INVALID_DELIMITER, 0}},
+       {"encapsulated pixels",
+        Tag(0x7FE00010) + Bytes{0xFF, 0xFF, 0xFF, 0xFF},
+        {kNext + "Encapsulated pixel data element invalid for this syntax type", TN_INVALID_ENCODING, 0}},
+       {"pixels of odd length",
+        Tag(0x7FE00010) + Bytes{1, 0, 0, 0, 1},
+        {"PixelInputStreamVRImpl::PixelInputStreamVRImpl: odd length is invalid for data type != 'OB'",
+         TN_INTERNAL_ERROR, 0}},
+   };
+   for (const auto& aCase : kCases)
+   {
+      EXPECT_EQ(Decode(kLEI, aCase.itsBytes).itsError, aCase.itsError) << aCase.itsName;
+   }
+}
+
+// PS3.5 A.1: what may be US or SS follows Pixel Representation, and the tables of colours are words.
+TEST_F(ImplicitInputTransferSyntaxTest, SettlesAmbiguousTypes)
+{
+   const UINT32 kBySign[] = {0x00280106, 0x00280107, 0x00280108, 0x00280109, 0x00280110, 0x00280111,
+                             0x00280120, 0x00281101, 0x00281102, 0x00281103, 0x00281111, 0x00281112,
+                             0x00281113, 0x00283002, 0x00409211, 0x00409216, 0x00609211, 0x00609216};
+   const UINT32 kWords[] = {0x00283006, 0x54000110, 0x54000112, 0x5400100A, 0x54001010};
+   const auto aType = [](UINT32 theTag, bool theIsSigned) {
+      const Bytes aFlag = theIsSigned ? Word(0x00280103, 1) : Bytes();
+      const std::string aText = Decode(kLEI, aFlag + Word(theTag, 0xFF)).itsText;
+      return aText.substr(aText.rfind("FF00") - 3, 2);
+   };
+   for (const UINT32 aTag : kBySign)
+   {
+      EXPECT_EQ(aType(aTag, false), "US") << std::hex << aTag;
+      EXPECT_EQ(aType(aTag, true), "SS") << std::hex << aTag;
+   }
+   for (const UINT32 aTag : kWords)
+   {
+      EXPECT_EQ(aType(aTag, false), "OW") << std::hex << aTag;
+      EXPECT_EQ(aType(aTag, true), "OW") << std::hex << aTag;
+   }
+   EXPECT_EQ(aType(0x00280121, true), "UN") << "between two rows";
+}
+
+TEST_F(ImplicitInputTransferSyntaxTest, HoldsPixelRepresentationForWhatFollowsAtItsLevel)
+{
+   const Bytes kSmallest = Word(0x00280106, 5);
+   const struct
+   {
+      const char* itsName;
+      Bytes itsBytes;
+      const char* itsText;
+   } kCases[] = {
+       {"not for what came before", kSmallest + Word(0x00280103, 1) + kSmallest,
+        "00280106 US 0500; 00280103 US 0100; 00280106 SS 0500"},
+       {"unsigned", Word(0x00280103, 0) + kSmallest, "00280103 US 0000; 00280106 US 0500"},
+       {"any value but 0", Word(0x00280103, 0, 2) + kSmallest, "00280103 US 0002; 00280106 SS 0500"},
+       {"the first value counts", Tag(0x00280103) + Bytes{4, 0, 0, 0, 0, 0, 1, 0} + kSmallest,
+        "00280103 US 00000100; 00280106 US 0500"},
+       {"no whole value", Tag(0x00280103) + Bytes{1, 0, 0, 0, 1} + kSmallest, "00280103 US 01; 00280106 US 0500"},
+       {"never cleared", Word(0x00280103, 1) + Word(0x00280103, 0) + kSmallest,
+        "00280103 US 0100; 00280103 US 0000; 00280106 SS 0500"},
+       {"not in items", Word(0x00280103, 1) + kSequenceOfUndefinedLength + Item(10, kSmallest) + kDelimiter + kSmallest,
+        "00280103 US 0100; 00081140 SQ(u) { item(10) { 00280106 US 0500 } }; 00280106 SS 0500"},
+       {"not out of items",
+        kSequenceOfUndefinedLength + Item(20, Word(0x00280103, 1) + kSmallest) + kDelimiter + kSmallest,
+        "00081140 SQ(u) { item(20) { 00280103 US 0100; 00280106 SS 0500 } }; 00280106 US 0500"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      EXPECT_EQ(Decode(kLEI, aCase.itsBytes).itsText, aCase.itsText) << aCase.itsName;
+   }
+}
+
+TEST_F(ImplicitInputTransferSyntaxTest, CanBeToldThePixelRepresentation)
+{
+   PiecewiseInputStream aStream(Word(0x00280106, 5));
+   const std::unique_ptr<InputTransferSyntax> aMade = MakeDecoder(kLEI, aStream);
+   auto& anImplicit = dynamic_cast<ImplicitInputTransferSyntax&>(*aMade);
+   EXPECT_FALSE(anImplicit.IsSignedPixelRepresentation());
+   anImplicit.SetSignedPixelRepresentation(true);
+   EXPECT_TRUE(anImplicit.IsSignedPixelRepresentation());
+   EXPECT_EQ(std::unique_ptr<VR>(aMade->NextVR())->GetTypeCodeAsString(), "SS");
+}
+
+TEST_F(ImplicitInputTransferSyntaxTest, StopsBehindTheLengthOfTheLimit)
+{
+   const PrepareDecoder kStopAtPixels = [](InputTransferSyntax& theDecoder) {
+      theDecoder.SetStopAtGroup(0x7FE0);
+      theDecoder.SetStopAtElement(0x0010);
+   };
+   const struct
+   {
+      const char* itsName;
+      Bytes itsBefore, itsRest;
+      bool itsStops;
+      const char* itsText;
+   } kCases[] = {
+       {"at the limit", kElement, Tag(0x7FE00010) + Bytes{4, 0, 0, 0, 1, 2, 3, 4}, true, "00080005 CS 49534F20"},
+       {"element below it in a higher group", Word(0x7FE10005, 1), {}, false, "7FE10005 UN 0100"},
+       {"padding", {}, Tag(0xFFFCFFFC) + Bytes{4, 0, 0, 0, 1, 2, 3, 4}, true, ""},
+       {"not in an item", kSequenceOfUndefinedLength + Item(10, Word(0x7FE11010, 1)) + kDelimiter,
+        Tag(0x7FE00010) + Bytes{0, 0, 0, 0}, true, "00081140 SQ(u) { item(10) { 7FE11010 UN 0100 } }"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const Decoded aResult = Decode(kLEI, aCase.itsBefore + aCase.itsRest, kStopAtPixels);
+      EXPECT_EQ(aResult.itsError, kNoStreamError);
+      EXPECT_EQ(aResult.itsText, aCase.itsText);
+      EXPECT_EQ(aResult.itsEnd == InputTransferSyntax::AtStopLimit, aCase.itsStops);
+      EXPECT_EQ(aResult.itsConsumed, aCase.itsBefore.size() + (aCase.itsStops ? 8 : 0));
+   }
+}
+
+// The dictionary that a host installs knows the creators of the dataset; items start without creators.
+TEST_F(ImplicitInputTransferSyntaxTest, LooksUpInTheInstalledDictionaryExceptInItems)
+{
+   MDataDictionary aPublic;
+   std::istringstream aText("0008,0006,DS,\"Example\",Example,1,1\n0008,1140,SQ,\"Sequence\",Sequence,1,1\n");
+   ASSERT_TRUE(aPublic.Load(aText));
+   const PrivateDataDictionaryCatalog aCatalog;
+   InstanceSpecificDataDictionary anInstalled(aPublic, aCatalog);
+   const Bytes kBytes = Word(0x00080006, 1) + kSequenceOfUndefinedLength + Item(10, Word(0x00080006, 1)) + kDelimiter;
+   EXPECT_EQ(Decode(kLEI, kBytes, [&](InputTransferSyntax& theDecoder) { theDecoder.SetDataDictionary(anInstalled); })
+                 .itsText,
+             "00080006 DS 0100; 00081140 SQ(u) { item(10) { 00080006 UN 0100 } }");
+}
+
+TEST_F(ImplicitInputTransferSyntaxTest, TakesOneElementBack)
+{
+   PiecewiseInputStream aStream(kElement);
+   const std::unique_ptr<InputTransferSyntax> aDecoder = MakeDecoder(kLEI, aStream);
+   VR* const anElement = aDecoder->NextVR();
+   aDecoder->Pushback(anElement);
+   const StreamError anExpected = {"ImplicitInputTransferSyntax::Pushback(VR*): unable to do pushback",
+                                   TN_INTERNAL_ERROR, 0};
+   EXPECT_EQ(StreamErrorOf([&] { aDecoder->Pushback(new VR(0x0008, 0x0007)); }), anExpected);
+   EXPECT_EQ(std::unique_ptr<VR>(aDecoder->NextVR()).get(), anElement);
+}
+
+TEST_F(ImplicitInputTransferSyntaxTest, NeverTakesACutDatasetForTheWhole)
+{
+   const Bytes kWhole = kElement + kSequenceOfUndefinedLength + kItemOfUndefinedLength + kElement + kItemDelimiter +
+                        Item(12, kElement) + kDelimiter + kElement;
+   const std::size_t kBoundaries[] = {0, kElement.size(), kWhole.size() - kElement.size(), kWhole.size()};
+   for (std::size_t aCut = 0; aCut <= kWhole.size(); ++aCut)
+   {
+      const Decoded aResult = Decode(kLEI, First(kWhole, aCut));
+      const bool isWhole = std::find(std::begin(kBoundaries), std::end(kBoundaries), aCut) != std::end(kBoundaries);
+      EXPECT_EQ(aResult.itsError == kNoStreamError && !aResult.itsIsCut, isWhole) << aCut << ": " << aResult;
+      EXPECT_EQ(DecodeInPieces(kLEI, First(kWhole, aCut), 1), aResult) << aCut;
+   }
+}
+
+TEST_F(ImplicitInputTransferSyntaxTest, WritesFailuresToTheErrorLog)
+{
+   const struct
+   {
+      const char* itsName;
+      Bytes itsBytes;
+      std::string itsLine;
+   } kCases[] = {
+       {"header", First(kElement, 4),
+        kNext + "Exception while reading group code, element code or length while reading VR # 1\n"},
+       {"value, part of it", First(kElement, 9),
+        kNext + "I/O Exception while reading VR data: StreamIOException: ResultCode = "},
+       {"value, nothing of it", First(kElement, 8), kNext + "EOF before all 4 bytes of data read\n"},
+       {"undefined length", Tag(0x00080005) + Bytes{0xFF, 0xFF, 0xFF, 0xFF},
+        kNext + "Undefined length (0xffffffff) invalid for VR type CS (type from data dictionary)\n"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      const CapturedErrorLog aLog;
+      Decode(kLEI, aCase.itsBytes);
+      EXPECT_NE(aLog.Text().find("\n" + aCase.itsLine), std::string::npos) << aCase.itsName << ":\n" << aLog.Text();
+   }
+}
+} // namespace
