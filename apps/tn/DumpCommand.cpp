@@ -50,6 +50,10 @@ void CheckEnd(const InputTransferSyntax& theDecoder, Part10InputStream& theStrea
    {
       throw Incomplete("the file ends inside " + theDecoder.GetFaultPath() + ": a delimiter or a part is missing");
    }
+   if (theDecoder.GetItemCount() != 0)
+   {
+      throw Incomplete("an item stands outside any sequence; its elements are shown as the dataset's own");
+   }
    unsigned char aByte;
    if (theDecoder.GetLevelEnd() == InputTransferSyntax::AtDelimiter && theStream.Read(&aByte, 1) == 1)
    {
@@ -88,6 +92,8 @@ void Decode(const InputTransferSyntax& theDecoder, const Part10InputStream& theS
    }
 }
 } // namespace
+
+DumpCommand::~DumpCommand() = default;
 
 DumpCommand::DumpCommand(CLI::App& theProgram)
 {
@@ -202,8 +208,8 @@ void DumpCommand::DumpSets(InputFile& theFile)
    {
       return;
    }
-   DICOMDataObject anObject;
-   DICOMObjectLoader aLoader(anObject, aStream);
+   itsObject = std::make_unique<DICOMDataObject>();
+   DICOMObjectLoader aLoader(*itsObject, aStream);
    aLoader.SetStopAt(GetStopGroup(), GetStopElement());
    aLoader.SetKnownTagsOnly(itsKnownOnly);
    std::exception_ptr aFailure;
@@ -218,14 +224,14 @@ void DumpCommand::DumpSets(InputFile& theFile)
    if (itsEnd)
    {
       // The decoder's limit lets later groups through whose element numbers are low.
-      RemoveFrom(anObject, *itsEnd);
+      RemoveFrom(*itsObject, *itsEnd);
    }
-   PrintSet(anObject);
+   PrintSet(*itsObject);
    if (aFailure)
    {
       std::rethrow_exception(aFailure);
    }
-   CheckEnd(aLoader.GetDecoder(), aStream, anObject.Entries());
+   CheckEnd(aLoader.GetDecoder(), aStream, itsObject->Entries());
 }
 
 void DumpCommand::PrintSet(const DICOMDataObject& theSet)

@@ -1,6 +1,7 @@
 // tn dump: prints DICOM files.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -17,6 +18,7 @@ class DumpCommand
 {
 public:
    explicit DumpCommand(CLI::App& theProgram);
+   ~DumpCommand();
 
    // Returns the exit code of the program.
    int Run();
@@ -28,6 +30,8 @@ private:
    void PrintSet(const DICOMDataObject& theSet);
    UINT16 GetStopGroup() const;
    UINT16 GetStopElement() const;
+
+   std::unique_ptr<DICOMDataObject> itsObject;   // of the last file: kept, as the program may end faster than it would go
 
    std::vector<std::string> itsFiles;
    std::string itsData;

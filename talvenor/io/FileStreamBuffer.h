@@ -17,6 +17,7 @@
 #include <memory>
 #include <streambuf>
 
+#include "talvenor/foundation/BasicTypes.h"
 #include "talvenor/platform/FileHandle.h"
 
 class TALVENOR_API FileStreamBuffer : public std::streambuf

@@ -63,6 +63,10 @@ public:
    // "/0008,1115[0]/0008,1199[2]". Empty at the top level of the dataset.
    const RWCString& GetFaultPath() const { return itsRoot->itsFaultPath; }
 
+   // The items that NextVR has returned at this level. At the top level of a dataset there should be none: their contents
+   // were meant for a sequence whose header is missing.
+   UINT32 GetItemCount() const { return itsItemCount; }
+
 protected:
    // theStream is borrowed in the reference form and owned in the pointer form.
    explicit InputTransferSyntax(InputStream& theStream);
