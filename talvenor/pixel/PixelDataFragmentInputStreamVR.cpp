@@ -69,6 +69,7 @@ PixelDataFragmentInputStream* PixelDataFragmentInputStreamVR::NextFragment()
    {
       return nullptr;
    }
+   itsHasBegun = true;
    const ElementHeader aHeader = ReadItemHeader(itsReader);
    if (aHeader.itsGroup != ElementHeader::kDelimiterGroup)
    {
@@ -108,11 +109,15 @@ EncapsulatedPixelVR* PixelDataFragmentInputStreamVR::GetVR()
    {
       std::rethrow_exception(aFailure);
    }
-   return aVR.release()->GetAsEncapsulatedPixelVR();
+   return aVR ? aVR.release()->GetAsEncapsulatedPixelVR() : nullptr;
 }
 
 std::unique_ptr<VR> PixelDataFragmentInputStreamVR::Materialise(std::exception_ptr& theFailure)
 {
+   if (itsHasBegun)
+   {
+      return nullptr;   // the first of the remaining items would pass for the offset table
+   }
    auto aVR = std::make_unique<EncapsulatedPixelVR>(nullptr, GetMemoryAllocater());
    try
    {

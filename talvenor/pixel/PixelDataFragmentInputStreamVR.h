@@ -28,7 +28,7 @@ public:
    // fragment.
    void SkipToEOF();
 
-   // The whole element, owned by the caller.
+   // The whole element, owned by the caller; null when it was made before or an item has been asked for.
    EncapsulatedPixelVR* GetVR();
 
    void Seek(unsigned int thePosition);   // throws: not supported
@@ -39,5 +39,6 @@ public:
 
 private:
    EndianHandlingReader& itsReader;
+   bool itsHasBegun = false;
    bool itsHasEnded = false;
 };

@@ -80,7 +80,7 @@ VR* PixelInputStreamVRImpl::GetVR()
       throw StreamIOException("PixelInputStreamVRImpl::GetVR(): Data partially read from stream already",
                               TN_INTERNAL_ERROR, 0);
    }
-   auto aVR = std::make_unique<VR>(GetGroup(), VR::GetElement(), GetDataEndian(), GetMemoryAllocater());
+   auto aVR = std::make_unique<VR>(GetGroup(), GetElement(), GetDataEndian(), GetMemoryAllocater());
    aVR->SetTypeCode(GetTypeCode());
    if (itsLengthInStream != 0)
    {

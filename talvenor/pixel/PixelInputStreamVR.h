@@ -37,6 +37,7 @@ public:
    unsigned int Read(unsigned char* theBuffer, unsigned int theCount) override;
    unsigned int Skip(unsigned int theCount) override;
    void Seek(unsigned int thePosition) override;
+   INT64 Length() const override { return itsSpan.GetLength(); }
    unsigned int GetStreamPosition() const override { return itsSpan.GetPosition(); }
    void Close() override {}   // the stream is the decoder's
 
