@@ -28,6 +28,22 @@ PixelDataFragment* CopyOf(PixelDataFragment& theFragment)
    return aCopy.release();
 }
 
+// The entries are read all at once: where that fails, the first one has failed already.
+const unsigned char* ReadOffsetTable(PixelDataFragment& theTable)
+{
+   try
+   {
+      return theTable.GetData();
+   }
+   catch (const StreamIOException& aCause)
+   {
+      EncapsulatedPixelVR::EncapsulationException anException(
+         "EncapsulatedPixelVR::GetFrameStartIndices: Error while reading basic item offset entry 0");
+      anException.SetException(aCause);
+      throw anException;
+   }
+}
+
 bool HasSameBytes(PixelDataFragment& theOne, PixelDataFragment& theOther)
 {
    return theOne == theOther &&
@@ -46,7 +62,7 @@ EncapsulatedPixelVR::EncapsulatedPixelVR(const EncapsulatedPixelVR& theOther)
     : EncapsulatedPixelVR(nullptr, theOther.GetMemoryAllocater())
 {
    SetGroup(theOther.GetGroup());
-   SetElement(theOther.VR::GetElement());
+   SetElement(theOther.GetElement());
    SetLength(theOther.GetLength());
    SetTypeCode(theOther.GetTypeCode());
    for (UINT32 anItem = 0; anItem < theOther.GetItemCount(); ++anItem)
@@ -107,6 +123,7 @@ void EncapsulatedPixelVR::AddItem(std::unique_ptr<PixelDataFragment> theItem)
    if (!itsFragments)
    {
       itsFragments = std::make_unique<FragmentList>();
+      SetLength(kUndefinedLength);   // Reset has forgotten it
    }
    itsFragments->push_back(theItem.get());
    theItem.release();
@@ -186,12 +203,7 @@ EncapsulatedPixelVR::FrameStarts EncapsulatedPixelVR::ReadFrameStartIndices(int 
    {
       return aStarts;
    }
-   PixelDataFragment& aTable = *itsFragments->front();
-   if (!aTable.CanGetData())
-   {
-      Throw("EncapsulatedPixelVR::GetFrameStartIndices: Error while reading basic item offset entry 0");
-   }
-   const unsigned char* const anOffsets = aTable.GetData();
+   const unsigned char* const anOffsets = ReadOffsetTable(*itsFragments->front());
    INT32 aFragment = 1;
    UINT64 aSum = 0;       // where the fragment starts
    UINT32 aPrevious = 0;
