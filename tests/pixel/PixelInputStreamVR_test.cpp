@@ -126,9 +126,7 @@ TEST(PixelInputStreamVRImpl, TellsWhenTheStreamEndsFirst)
    EXPECT_EQ(ReadAll(anOdd.itsPixels, 3), "0102030405060708") << "no padding for what is missing";
    Native aBuilt(10);
    EXPECT_EQ(StreamErrorOf([&] { aBuilt.itsPixels.GetVR(); }),
-             (StreamError{"VR::ReadData(EndianHandlingReader): Short read 8 bytes read != 10 bytes requested while "
-                          "reading attribute (7fe0, 0010) with type code OB at stream offset 0",
-                          TN_END_OF_FILE, 0}));
+             (StreamError{ShortValue(8, 10, "7fe0, 0010", "OB"), TN_END_OF_FILE, 0}));
    PiecewiseInputStream anEmpty({});
    EndianHandlingReader aReader(anEmpty, TNEndian::LittleEndian);
    PixelInputStreamVRImpl aNothing(aReader, 2, VRCode::OW);

@@ -196,5 +196,19 @@ inline Decoded Decode(const RWCString& theUID, const Bytes& theBytes, const Prep
    return DecodeInPieces(theUID, theBytes, 0xFFFFFFFF, thePrepare);
 }
 
+// How a field of a header and a value that the stream cuts are told.
+inline std::string ShortRead(const std::string& theMethod, int theCount, const std::string& theField)
+{
+   return "VR::" + theMethod + "(EndianHandlingReader): Short read " + std::to_string(theCount) + " bytes != sizeof(" +
+          theField + ")";
+}
+
+inline std::string ShortValue(int theCount, UINT32 theLength, const std::string& theTag, const std::string& theType)
+{
+   return "VR::ReadData(EndianHandlingReader): Short read " + std::to_string(theCount) +
+          " bytes read != " + std::to_string(theLength) + " bytes requested while reading attribute (" + theTag +
+          ") with type code " + theType + " at stream offset 0"; // a stream that knows no position is at 0
+}
+
 // How an error of which nothing came compares.
 inline const StreamError kNoStreamError = {"(nothing was thrown)", TN_NO_ERROR, 0};

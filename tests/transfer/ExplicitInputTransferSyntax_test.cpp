@@ -28,12 +28,6 @@ StreamError NextError(const std::string& theText, TNResultCode theCode)
    return {kClass + "NextVR(): " + theText, theCode, 0};
 }
 
-std::string ShortRead(const std::string& theMethod, int theCount, const std::string& theField)
-{
-   return "VR::" + theMethod + "(EndianHandlingReader): Short read " + std::to_string(theCount) + " bytes != sizeof(" +
-          theField + ")";
-}
-
 const Bytes kShortElement = {
     0x08, 0x00, 0x05, 0x00, // tag
     'C',  'S',              // value representation
@@ -84,13 +78,8 @@ TEST(ExplicitInputTransferSyntax, SaysWhereAnElementIsCut)
         {ShortRead("ReadGroup", 1, "itsGroup"), kNext + "EOF while reading element code",
          ShortRead("ReadElement", 1, "itsElement"), kNext + "EOF while reading type code",
          ShortRead("ReadTypeCode", 1, "itsTypeCode"), kNext + "EOF while reading element length",
-         ShortRead("ReadLength16", 1, "UINT16"), kDataEnd,
-         "VR::ReadData(EndianHandlingReader): Short read 1 bytes read != 4 bytes requested while reading attribute "
-         "(0008, 0005) with type code CS at stream offset 0",
-         "VR::ReadData(EndianHandlingReader): Short read 2 bytes read != 4 bytes requested while reading attribute "
-         "(0008, 0005) with type code CS at stream offset 0",
-         "VR::ReadData(EndianHandlingReader): Short read 3 bytes read != 4 bytes requested while reading attribute "
-         "(0008, 0005) with type code CS at stream offset 0"}},
+         ShortRead("ReadLength16", 1, "UINT16"), kDataEnd, ShortValue(1, 4, "0008, 0005", "CS"),
+         ShortValue(2, 4, "0008, 0005", "CS"), ShortValue(3, 4, "0008, 0005", "CS")}},
        {"32-bit length",
         kLongElement,
         {ShortRead("ReadGroup", 1, "itsGroup"), kNext + "EOF while reading element code",
@@ -98,9 +87,7 @@ TEST(ExplicitInputTransferSyntax, SaysWhereAnElementIsCut)
          ShortRead("ReadTypeCode", 1, "itsTypeCode"), kNext + "EOF while reading 2 reserved filler bytes",
          ShortRead("ReadFiller16", 1, "UINT16"), kNext + "EOF while reading element length",
          ShortRead("ReadLength32", 1, "UINT32"), ShortRead("ReadLength32", 2, "UINT32"),
-         ShortRead("ReadLength32", 3, "UINT32"), kDataEnd,
-         "VR::ReadData(EndianHandlingReader): Short read 1 bytes read != 2 bytes requested while reading attribute "
-         "(0008, 0006) with type code OB at stream offset 0"}},
+         ShortRead("ReadLength32", 3, "UINT32"), kDataEnd, ShortValue(1, 2, "0008, 0006", "OB")}},
        {"delimiter",
         kDelimiter,
         {ShortRead("ReadGroup", 1, "itsGroup"), kNext + "EOF while reading element code",
@@ -343,13 +330,11 @@ TEST(ExplicitInputTransferSyntax, RefusesWhatCannotBe)
          TN_INVALID_DELIMITER, 0}},
        {"a value longer than its item", kLEE,
         Sequence(20, Item(12, {0x08, 0x00, 0x05, 0x00, 'C', 'S', 6, 0, 'A', 'B', 'C', 'D'})) + kLongElement,
-        EndOfFile("VR::ReadData(EndianHandlingReader): Short read 4 bytes read != 6 bytes requested while reading "
-                  "attribute (0008, 0005) with type code CS at stream offset 0")},
+        EndOfFile(ShortValue(4, 6, "0008, 0005", "CS"))},
        {"a length that lies",
         kLEE,
         {0x08, 0x00, 0x05, 0x00, 'O', 'B', 0, 0, 0xFE, 0xFF, 0xFF, 0xFF, 'A'},
-        EndOfFile("VR::ReadData(EndianHandlingReader): Short read 1 bytes read != 4294967294 bytes requested while "
-                  "reading attribute (0008, 0005) with type code OB at stream offset 0")},
+        EndOfFile(ShortValue(1, 4294967294, "0008, 0005", "OB"))},
    };
    for (const auto& aCase : kCases)
    {

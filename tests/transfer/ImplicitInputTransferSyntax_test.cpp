@@ -7,6 +7,7 @@
 #include "support/Decoding.h"
 #include "support/DefaultDictionary.h"
 #include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
+#include "talvenor/dictionary/MPrivateDataDictionary.h"
 #include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
 #include "talvenor/transfer/TransferSyntaxTypes.h"
 
@@ -47,12 +48,6 @@ Bytes Item(unsigned char theLength, const Bytes& theContent)
    return Bytes{0xFE, 0xFF, 0x00, 0xE0, theLength, 0x00, 0x00, 0x00} + theContent;
 }
 
-std::string ShortRead(const std::string& theMethod, int theCount, const std::string& theField)
-{
-   return "VR::" + theMethod + "(EndianHandlingReader): Short read " + std::to_string(theCount) + " bytes != sizeof(" +
-          theField + ")";
-}
-
 class ImplicitInputTransferSyntaxTest : public ::testing::Test
 {
 protected:
@@ -62,20 +57,12 @@ protected:
 TEST_F(ImplicitInputTransferSyntaxTest, SaysWhereAnElementIsCut)
 {
    const std::string kHeaderEnd = kNext + "EOF while reading element code or length";
-   const std::string kErrors[] = {ShortRead("ReadGroup", 1, "itsGroup"),
-                                  kHeaderEnd,
-                                  ShortRead("ReadElement", 1, "itsElement"),
-                                  kHeaderEnd,
-                                  ShortRead("ReadLength32", 1, "UINT32"),
-                                  ShortRead("ReadLength32", 2, "UINT32"),
-                                  ShortRead("ReadLength32", 3, "UINT32"),
-                                  kNext + "EOF before all of data read",
-                                  "VR::ReadData(EndianHandlingReader): Short read 1 bytes read != 4 bytes requested "
-                                  "while reading attribute (0008, 0005) with type code CS at stream offset 0",
-                                  "VR::ReadData(EndianHandlingReader): Short read 2 bytes read != 4 bytes requested "
-                                  "while reading attribute (0008, 0005) with type code CS at stream offset 0",
-                                  "VR::ReadData(EndianHandlingReader): Short read 3 bytes read != 4 bytes requested "
-                                  "while reading attribute (0008, 0005) with type code CS at stream offset 0"};
+   const std::string kErrors[] = {ShortRead("ReadGroup", 1, "itsGroup"),     kHeaderEnd,
+                                  ShortRead("ReadElement", 1, "itsElement"), kHeaderEnd,
+                                  ShortRead("ReadLength32", 1, "UINT32"),    ShortRead("ReadLength32", 2, "UINT32"),
+                                  ShortRead("ReadLength32", 3, "UINT32"),    kNext + "EOF before all of data read",
+                                  ShortValue(1, 4, "0008, 0005", "CS"),      ShortValue(2, 4, "0008, 0005", "CS"),
+                                  ShortValue(3, 4, "0008, 0005", "CS")};
    ASSERT_EQ(std::size(kErrors), kElement.size() - 1);
    for (std::size_t aCut = 1; aCut < kElement.size(); ++aCut)
    {
@@ -256,18 +243,46 @@ TEST_F(ImplicitInputTransferSyntaxTest, StopsBehindTheLengthOfTheLimit)
    }
 }
 
-// The dictionary that a host installs knows the creators of the dataset; items start without creators.
+// The dictionary that a host installs knows its own attributes and the creators of the dataset; items start anew from
+// the default dictionary.
 TEST_F(ImplicitInputTransferSyntaxTest, LooksUpInTheInstalledDictionaryExceptInItems)
 {
    MDataDictionary aPublic;
    std::istringstream aText("0008,0006,DS,\"Example\",Example,1,1\n0008,1140,SQ,\"Sequence\",Sequence,1,1\n");
    ASSERT_TRUE(aPublic.Load(aText));
-   const PrivateDataDictionaryCatalog aCatalog;
+   PrivateDataDictionaryCatalog aCatalog;
+   std::istringstream aPrivateText("PrivateCreator = ACME\n0029,0010,IS,\"Private\",Private,1,1\n");
+   ASSERT_TRUE(aCatalog.Add(new MPrivateDataDictionary(aPrivateText)));
    InstanceSpecificDataDictionary anInstalled(aPublic, aCatalog);
-   const Bytes kBytes = Word(0x00080006, 1) + kSequenceOfUndefinedLength + Item(10, Word(0x00080006, 1)) + kDelimiter;
+   anInstalled.RegisterPrivateCreator("ACME", MAttributeTag(0x0029, 0x0010));
+   const Bytes kElements = Word(0x00080006, 1) + Word(0x00291010, 1);
+   const Bytes kBytes = kElements + kSequenceOfUndefinedLength + Item(20, kElements) + kDelimiter;
    EXPECT_EQ(Decode(kLEI, kBytes, [&](InputTransferSyntax& theDecoder) { theDecoder.SetDataDictionary(anInstalled); })
                  .itsText,
-             "00080006 DS 0100; 00081140 SQ(u) { item(10) { 00080006 UN 0100 } }");
+             "00080006 DS 0100; 00291010 IS 0100; "
+             "00081140 SQ(u) { item(20) { 00080006 UN 0100; 00291010 UN 0100 } }");
+}
+
+// What nobody can type nests as deep as declared sequences do; under UN in explicit VR all of it is implicit.
+TEST_F(ImplicitInputTransferSyntaxTest, LimitsHowDeepUntypedSequencesNest)
+{
+   const Bytes kExplicitOpen =
+       Bytes{0x09, 0x00, 0x01, 0x10, 'U', 'N', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF} + kItemOfUndefinedLength;
+   const Bytes kOpen = Tag(0x00091001) + Bytes{0xFF, 0xFF, 0xFF, 0xFF} + kItemOfUndefinedLength;
+   for (const int aDepth : {256, 257, 10'000})
+   {
+      Bytes anInside;
+      for (int i = 1; i < aDepth; ++i)
+      {
+         anInside.insert(anInside.end(), kOpen.begin(), kOpen.end());
+      }
+      const StreamError anExpected =
+          aDepth <= 256 ? kNoStreamError
+                        : StreamError{"InputTransferSyntax::NextVR(): sequences nested deeper than 256 levels",
+                                      TN_INVALID_ELEMENT_HEADER, 0};
+      EXPECT_EQ(Decode(kLEI, kOpen + anInside).itsError, anExpected) << aDepth;
+      EXPECT_EQ(Decode(TransferSyntaxType::TSLEExplicitUID, kExplicitOpen + anInside).itsError, anExpected) << aDepth;
+   }
 }
 
 TEST_F(ImplicitInputTransferSyntaxTest, TakesOneElementBack)

@@ -171,9 +171,7 @@ TEST(DICOMDataObjectInputStreamVR, KeepsWhatWasReadWhenItFailsMidway)
        {"failing in a sequence within",
         kSequence + kItem + kFirst + kSequence + kItem + kSecond + First(kFirst, 9),
         {{0x00081140, 0x00081150}},
-        {"VR::ReadData(EndianHandlingReader): Short read 1 bytes read != 2 bytes requested while reading attribute "
-         "(0008, 1150) with type code UI at stream offset 0",
-         TN_END_OF_FILE, 0}},
+        {ShortValue(1, 2, "0008, 1150", "UI"), TN_END_OF_FILE, 0}},
    };
    for (const auto& aCase : kCases)
    {
