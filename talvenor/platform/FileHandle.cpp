@@ -70,18 +70,18 @@ bool FileHandle::Close()
    return ::close(aDescriptor) == 0 || errno == EINTR;
 }
 
-std::ptrdiff_t FileHandle::ReadAt(void* theBuffer, std::size_t theCount, UINT64 theOffset)
+std::ptrdiff_t FileHandle::ReadAt(void* theBuffer, std::size_t theCount, std::uint64_t theOffset)
 {
    return Uninterrupted([&] { return ::pread(itsDescriptor, theBuffer, theCount, static_cast<off_t>(theOffset)); });
 }
 
-std::ptrdiff_t FileHandle::WriteAt(const void* theBytes, std::size_t theCount, UINT64 theOffset)
+std::ptrdiff_t FileHandle::WriteAt(const void* theBytes, std::size_t theCount, std::uint64_t theOffset)
 {
    return Uninterrupted([&] { return ::pwrite(itsDescriptor, theBytes, theCount, static_cast<off_t>(theOffset)); });
 }
 
 std::ptrdiff_t FileHandle::WriteAt(const void* theFirst, std::size_t theFirstCount, const void* theSecond,
-                                   std::size_t theSecondCount, UINT64 theOffset)
+                                   std::size_t theSecondCount, std::uint64_t theOffset)
 {
    const iovec aBlocks[] = {Block(theFirst, theFirstCount), Block(theSecond, theSecondCount)};
    return Uninterrupted([&] { return ::pwritev(itsDescriptor, aBlocks, 2, static_cast<off_t>(theOffset)); });
@@ -109,11 +109,11 @@ bool FileHandle::GetInformation(FileInformation& theInformation) const
    {
       return false;
    }
-   theInformation = {aStatus.st_dev, aStatus.st_ino, static_cast<UINT64>(aStatus.st_size)};
+   theInformation = {aStatus.st_dev, aStatus.st_ino, static_cast<std::uint64_t>(aStatus.st_size)};
    return true;
 }
 
-bool FileHandle::Truncate(UINT64 theLength)
+bool FileHandle::Truncate(std::uint64_t theLength)
 {
    return Uninterrupted([&] { return ::ftruncate(itsDescriptor, static_cast<off_t>(theLength)); }) == 0;
 }

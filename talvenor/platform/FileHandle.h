@@ -5,10 +5,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 
 #include "talvenor/Export.h"
-#include "talvenor/foundation/BasicTypes.h"
 
 namespace TNPlatform
 {
@@ -17,9 +17,9 @@ namespace TNPlatform
 // open, and the same for every name (hard link) of it.
 struct FileInformation
 {
-   UINT64 itsDevice;
-   UINT64 itsInode;
-   UINT64 itsLength; // bytes
+   std::uint64_t itsDevice;
+   std::uint64_t itsInode;
+   std::uint64_t itsLength; // bytes
 };
 
 class TALVENOR_API FileHandle
@@ -63,12 +63,12 @@ public:
 
    // One read or write: returns the number of bytes transferred (0: end of file), or -1. theOffset is counted from the
    // start of the file; the descriptor's own offset is neither used nor moved.
-   std::ptrdiff_t ReadAt(void* theBuffer, std::size_t theCount, UINT64 theOffset);
-   std::ptrdiff_t WriteAt(const void* theBytes, std::size_t theCount, UINT64 theOffset);
+   std::ptrdiff_t ReadAt(void* theBuffer, std::size_t theCount, std::uint64_t theOffset);
+   std::ptrdiff_t WriteAt(const void* theBytes, std::size_t theCount, std::uint64_t theOffset);
 
    // The same for two blocks, one behind the other, in one call.
    std::ptrdiff_t WriteAt(const void* theFirst, std::size_t theFirstCount, const void* theSecond,
-                          std::size_t theSecondCount, UINT64 theOffset);
+                          std::size_t theSecondCount, std::uint64_t theOffset);
 
    // The same at the descriptor's own offset: for terminals and pipes, which have no positions.
    std::ptrdiff_t Read(void* theBuffer, std::size_t theCount);
@@ -78,7 +78,7 @@ public:
    bool HasPositions() const;
 
    bool GetInformation(FileInformation& theInformation) const;
-   bool Truncate(UINT64 theLength);
+   bool Truncate(std::uint64_t theLength);
 
    // An advisory lock on the whole file, shared or exclusive, whatever the access mode. It belongs to the open file: it
    // excludes other openings of the file in this and other processes (not copies of this one in children), and ends
