@@ -20,23 +20,22 @@ constexpr int kOpenAttempts = 8;
 constexpr UINT64 kOpenPauseMilliseconds = 300;
 
 // A file that has just been announced may not be visible yet (a network file system, a writer that renames): it gets
-// some time to appear. Returns 0 or the error number of the last attempt.
+// some time to appear, the last of it for a caller who will try again. Returns 0 or the error number of the last
+// attempt.
 int WaitUntilOpenable(const RWCString& theFileName)
 {
-   for (int anAttempt = 1;; ++anAttempt)
+   int anError = 0;
+   for (int anAttempt = 0; anAttempt < kOpenAttempts; ++anAttempt)
    {
       TNPlatform::FileHandle aFile;
       if (aFile.Open(theFileName.c_str(), TNPlatform::FileHandle::kRead))
       {
          return 0;
       }
-      const int anError = errno;
-      if (anAttempt == kOpenAttempts)
-      {
-         return anError;
-      }
+      anError = errno;
       SystemClock::Get().Sleep(kOpenPauseMilliseconds);
    }
+   return anError;
 }
 
 // Whatever reading a file may throw, as result and error number.
@@ -66,6 +65,11 @@ void Describe(TNResultCode& theResult, int& theSystemError, RWCString& theText)
    {
       theResult = TN_INTERNAL_ERROR;
       theText = anException.why();
+   }
+   catch (const std::exception& anException)
+   {
+      theResult = TN_INTERNAL_ERROR;
+      theText = anException.what();
    }
 }
 } // namespace

@@ -42,6 +42,7 @@ UINT32 Part10FileInputStream::GetFileSize() const
 
 void Part10FileInputStream::Close()
 {
+   Part10InputStream::Close();
    if (!itsStream.is_open())
    {
       return;

@@ -178,13 +178,11 @@ void Part10Header::SetDefaultVersion()
 
 void Part10Header::SetVersion(const DICOMDataObject& theMetaInformation, int theTolerant)
 {
-   unsigned char aVersion[2];
    const VR* const aVR = theMetaInformation.GetVR(kMetaGroup, kVersion);
-   if (aVR != nullptr && aVR->GetLength() == sizeof aVersion &&
-       theMetaInformation.GetBytes(kMetaGroup, kVersion, aVersion, sizeof aVersion))
+   if (aVR != nullptr && aVR->GetLength() >= 2 && aVR->GetData() != nullptr)
    {
-      itsMajorVersion = aVersion[0];
-      itsMinorVersion = aVersion[1];
+      itsMajorVersion = aVR->GetData()[0];
+      itsMinorVersion = aVR->GetData()[1];
       return;
    }
    if (!theTolerant)

@@ -23,11 +23,9 @@ constexpr unsigned int kSkipBlock = 2048;
    throw StreamIOException((RWCString("Part10InputStream::Open(): ") + theText).c_str(), theCode, 0);
 }
 
-// Files without meta information are older than OF, whose letters could as well be a length.
 bool IsVRLike(const unsigned char* theBytes)
 {
-   const UINT16 aCode = LoadUINT16<TNEndian::BigEndian>(theBytes);
-   return IsKnownVRCode(aCode) && aCode != VRCode::OF;
+   return IsKnownVRCode(LoadUINT16<TNEndian::BigEndian>(theBytes));
 }
 } // namespace
 
@@ -61,12 +59,17 @@ unsigned int Part10InputStream::TakePushedBack(unsigned char* theBuffer, unsigne
 
 unsigned int Part10InputStream::Skip(unsigned int theCount)
 {
-   if (CanSeek())
+   const UINT64 aTarget = itsPosition + theCount;
+   if (CanSeek() && aTarget <= 0xFFFFFFFF)   // a seek beyond would go backwards
    {
-      const UINT64 aTarget = UINT64{ itsPosition } + theCount;   // beyond 32 bits a seek would go backwards
-      Seek(static_cast<unsigned int>(std::min<UINT64>(aTarget, 0xFFFFFFFF)));
+      Seek(static_cast<unsigned int>(aTarget));
       return theCount;
    }
+   return SkipByReading(theCount);
+}
+
+unsigned int Part10InputStream::SkipByReading(unsigned int theCount)
+{
    unsigned char aBlock[kSkipBlock];
    unsigned int aTotal = 0;
    while (aTotal < theCount)
@@ -99,6 +102,11 @@ void Part10InputStream::Seek(unsigned int thePosition)
    itsPosition = thePosition;
 }
 
+void Part10InputStream::Close()
+{
+   itsPushedBack = 0;
+}
+
 void Part10InputStream::Pushback(const unsigned char* theBytes, unsigned int theCount)
 {
    if (theCount > GetPushbackLimit())
@@ -125,11 +133,23 @@ void Part10InputStream::SetPreferredInputBlockSize(unsigned int theSize)
    InputStream::SetPreferredInputBlockSize(theSize);
 }
 
+// What an earlier source left behind.
+void Part10InputStream::Discard()
+{
+   itsPushedBack = 0;
+   itsPosition = 0;
+   itsHeaderSize = 0;
+   itsMetaInformation.reset();
+   itsHeader.reset();
+   itsTransferSyntaxUID.clear();
+}
+
 void Part10InputStream::Open(int theForceDefaultVersion, int theTolerant)
 {
+   Discard();
    unsigned char aBuffer[kHeaderBufferSize];
    const unsigned int aWanted =
-      KnowsFileSize() ? std::min<unsigned int>(GetFileSize(), kHeaderBufferSize) : kHeaderBufferSize;
+      itsKnowsFileSize ? std::min<unsigned int>(GetFileSize(), kHeaderBufferSize) : kHeaderBufferSize;
    if (Read(aBuffer, aWanted) != aWanted)
    {
       ThrowOpen("read header: EOF before entire header read", TN_END_OF_FILE);
@@ -147,7 +167,7 @@ void Part10InputStream::Open(int theForceDefaultVersion, int theTolerant)
       }
       itsTransferSyntaxUID = GuessTransferSyntax(aBuffer);
    }
-   itsHeaderSize = itsPosition;
+   itsHeaderSize = GetStreamPosition();
 }
 
 void Part10InputStream::ReadMetaInformation(const unsigned char* theHeaderBytes, int theForceDefaultVersion,

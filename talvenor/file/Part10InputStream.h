@@ -4,7 +4,8 @@
 // Tolerated: files without preamble and meta information, whose transfer syntax is guessed from the first element, and
 // meta information in implicit VR. The group length of the meta information is not trusted.
 //
-// Positions are in bytes from the start of the file or source, modulo 2^32; GetFileSize saturates at 0xFFFFFFFF.
+// Positions are in bytes from the start of the file or source; what tells them in 32 bits tells them modulo 2^32, and
+// GetFileSize saturates at 0xFFFFFFFF. Reading and skipping go on beyond 4 GiB, seeking does not reach there.
 // Failures throw StreamIOException; the stream is then not usable. Not locked: one thread at a time.
 #pragma once
 
@@ -24,16 +25,18 @@ public:
 
    // Fewer bytes than asked for come only at the end of the source.
    unsigned int Read(unsigned char* theBuffer, unsigned int theCount) override;
+
+   // A source that can seek is moved theCount on, even beyond its end.
    unsigned int Skip(unsigned int theCount) override;
    void Seek(unsigned int thePosition) override;
    int CanSeek() const override = 0;
    INT64 Length() const override { return -1; }
-   unsigned int GetStreamPosition() const override { return itsPosition; }
+   unsigned int GetStreamPosition() const override { return static_cast<unsigned int>(itsPosition); }
    void Pushback(const unsigned char* theBytes, unsigned int theCount) override;
    unsigned int GetPushbackLimit() const override { return kPushbackSize - itsPushedBack; }
    unsigned int GetPreferredInputBlockSize() const override;
    void SetPreferredInputBlockSize(unsigned int theSize) override;
-   void Close() override = 0;
+   void Close() override = 0;   // nothing that was pushed back remains
 
    virtual UINT32 GetFileSize() const = 0;
 
@@ -74,8 +77,8 @@ protected:
    static constexpr unsigned int kHeaderBufferSize = 144;
    static constexpr unsigned int kPushbackSize = 256;
 
-   // Whether GetFileSize is the true size of the source; a stream may not know.
-   virtual bool KnowsFileSize() const { return true; }
+   // Whether GetFileSize is the true size of the source: set before Open by a stream that may not know.
+   bool itsKnowsFileSize = true;
 
 private:
    void ReadMetaInformation(const unsigned char* theHeaderBytes, int theForceDefaultVersion, int theTolerant);
@@ -83,12 +86,14 @@ private:
    void ReadMetaElements(InputTransferSyntax& theDecoder, DICOMDataObject& theMetaInformation);
    bool IsMetaElementNext();
    void RewindTo(const unsigned char* theFirstBytes);
+   void Discard();
+   unsigned int SkipByReading(unsigned int theCount);
 
    unsigned int TakePushedBack(unsigned char* theBuffer, unsigned int theCount);
 
    unsigned char itsPushback[kPushbackSize];   // the bytes stand at its end
    unsigned int itsPushedBack = 0;
-   UINT32 itsPosition = 0;
+   UINT64 itsPosition = 0;
    UINT32 itsHeaderSize = 0;
    std::unique_ptr<DICOMDataObject> itsMetaInformation;
    std::unique_ptr<Part10Header> itsHeader;

@@ -1,6 +1,7 @@
 #include "talvenor/file/Part10InputStreamInputStream.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "talvenor/foundation/StreamIOException.h"
 
@@ -9,6 +10,7 @@ Part10InputStreamInputStream::~Part10InputStreamInputStream() = default;
 void Part10InputStreamInputStream::Open(InputStream& theStream, int theForceDefaultVersion, int theTolerant)
 {
    itsStream = &theStream;
+   itsKnowsFileSize = theStream.Length() >= 0;
    Part10InputStream::Open(theForceDefaultVersion, theTolerant);
 }
 
@@ -19,21 +21,17 @@ int Part10InputStreamInputStream::CanSeek() const
 
 void Part10InputStreamInputStream::Close()
 {
-   if (itsStream != nullptr)
+   Part10InputStream::Close();
+   if (InputStream* const aStream = std::exchange(itsStream, nullptr))
    {
-      itsStream->Close();
-      itsStream = nullptr;
+      aStream->Close();
    }
-}
-
-bool Part10InputStreamInputStream::KnowsFileSize() const
-{
-   return itsStream != nullptr && itsStream->Length() >= 0;
 }
 
 UINT32 Part10InputStreamInputStream::GetFileSize() const
 {
-   return KnowsFileSize() ? static_cast<UINT32>(std::min<INT64>(itsStream->Length(), 0xFFFFFFFF)) : 0;
+   const INT64 aLength = itsStream != nullptr ? itsStream->Length() : -1;
+   return static_cast<UINT32>(std::clamp<INT64>(aLength, 0, 0xFFFFFFFF));
 }
 
 unsigned int Part10InputStreamInputStream::ReadImpl(unsigned char* theBuffer, unsigned int theCount)

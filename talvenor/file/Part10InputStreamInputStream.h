@@ -9,7 +9,8 @@ public:
    Part10InputStreamInputStream() = default;
    ~Part10InputStreamInputStream() override;
 
-   // Reads the header from theStream, which is borrowed and must outlive this one (or its Close).
+   // Reads the header from theStream, which stands at its start, is borrowed and must outlive this one (or its Close,
+   // which closes it too).
    virtual void Open(InputStream& theStream, int theForceDefaultVersion = 0, int theTolerant = 0);
 
    int CanSeek() const override;
@@ -20,7 +21,6 @@ protected:
    using Part10InputStream::Open;
    unsigned int ReadImpl(unsigned char* theBuffer, unsigned int theCount) override;
    void SeekImpl(unsigned int thePosition) override;
-   bool KnowsFileSize() const override;
 
 private:
    InputStream* itsStream = nullptr;

@@ -46,6 +46,7 @@ Part10MemoryInputStream::~Part10MemoryInputStream() = default;
 
 void Part10MemoryInputStream::Close()
 {
+   Part10InputStream::Close();
    itsIsOpen = false;
    itsOwned.reset();
    itsBuffer = nullptr;
