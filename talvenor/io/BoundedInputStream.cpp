@@ -1,5 +1,6 @@
 #include "talvenor/io/BoundedInputStream.h"
 
+#include <algorithm>
 #include <typeinfo>
 
 #include "talvenor/io/EndianHandlingReader.h"
@@ -21,12 +22,14 @@ InputStream* BelowReaders(InputStream* theStream)
 } // namespace
 
 BoundedInputStream::BoundedInputStream(InputStream* theStream, unsigned int theLimit)
-    : itsStream(BelowReaders(theStream)), itsBytesAllowed(itsStream != nullptr ? theLimit : 0)
+    : itsStream(BelowReaders(theStream)), itsPosition(&itsOwnPosition), itsEnd(itsStream != nullptr ? theLimit : 0)
 {
    if (itsStream != nullptr && typeid(*itsStream) == typeid(BoundedInputStream))
    {
-      itsOuter = static_cast<BoundedInputStream*>(itsStream);
-      itsStream = itsOuter->itsStream;
+      const auto* const anOuter = static_cast<const BoundedInputStream*>(itsStream);
+      itsStream = anOuter->itsStream;
+      itsPosition = anOuter->itsPosition;
+      itsEnd = std::min(anOuter->itsEnd, *itsPosition + theLimit);
    }
 }
 
@@ -38,10 +41,7 @@ unsigned int BoundedInputStream::Read(unsigned char* theBuffer, unsigned int the
       return 0;
    }
    const unsigned int aCount = itsStream->Read(theBuffer, aWish);
-   for (BoundedInputStream* aWindow = this; aWindow != nullptr; aWindow = aWindow->itsOuter)
-   {
-      aWindow->itsBytesAllowed -= std::min(aCount, aWindow->itsBytesAllowed);
-   }
+   *itsPosition += aCount;
    return aCount;
 }
 
