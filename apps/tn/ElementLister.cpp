@@ -1,8 +1,6 @@
 #include "apps/tn/ElementLister.h"
 
-#include <cstdio>
 #include <memory>
-#include <vector>
 
 #include <zlib.h>
 
@@ -18,23 +16,32 @@
 
 namespace
 {
-constexpr unsigned int kBlock = 65536;
+constexpr unsigned int kBlock = 16384;
 
-std::string TagText(const VR& theVR)
+// The lowest theDigits hexadecimal digits of a number: a file of a few megabytes can have a million elements.
+void AppendHex(std::string& theText, std::uint32_t theNumber, unsigned int theDigits)
 {
-   char aText[16];
-   std::snprintf(aText, sizeof aText, "%04x,%04x", unsigned{ theVR.GetGroup() }, unsigned{ theVR.GetElement() });
-   return aText;
+   while (theDigits-- != 0)
+   {
+      theText += "0123456789abcdef"[theNumber >> 4 * theDigits & 0xF];
+   }
+}
+
+void AppendTag(std::string& theText, const VR& theVR)
+{
+   AppendHex(theText, theVR.GetGroup(), 4);
+   theText += ',';
+   AppendHex(theText, theVR.GetElement(), 4);
 }
 
 // Goes on with theChecksum over what is left in the stream; returns the number of bytes.
 UINT64 Checksum(InputStream& theStream, std::uint32_t& theChecksum)
 {
-   std::vector<unsigned char> aBlock(kBlock);
+   unsigned char aBlock[kBlock];
    UINT64 aTotal = 0;
-   while (const unsigned int aCount = theStream.Read(aBlock.data(), kBlock))
+   while (const unsigned int aCount = theStream.Read(aBlock, kBlock))
    {
-      theChecksum = static_cast<std::uint32_t>(crc32(theChecksum, aBlock.data(), aCount));
+      theChecksum = static_cast<std::uint32_t>(crc32(theChecksum, aBlock, aCount));
       aTotal += aCount;
    }
    return aTotal;
@@ -101,7 +108,8 @@ void ElementLister::ListSequence(DICOMDataObjectInputStreamVR& theSequence)
    Start(theSequence);
    itsOutput << itsLine << "undefined\t-\n";
    const size_t aPathLength = itsPath.size();
-   itsPath += '/' + TagText(theSequence);
+   itsPath += '/';
+   AppendTag(itsPath, theSequence);
    for (size_t aNumber = 0; const std::unique_ptr<VRInputStreamVR> anItem{ theSequence.NextDICOMDataObject() };
         ++aNumber)
    {
@@ -166,12 +174,16 @@ void ElementLister::ListStream(VR& theVR, InputStream& theValue)
 void ElementLister::Start(const VR& theVR)
 {
    itsLine = itsPath.empty() ? "/" : itsPath;
-   itsLine += '\t' + TagText(theVR) + '\t' + theVR.GetTypeCodeAsString() + '\t';
+   itsLine += '\t';
+   AppendTag(itsLine, theVR);
+   itsLine += '\t';
+   itsLine += theVR.GetTypeCodeAsString();
+   itsLine += '\t';
 }
 
 void ElementLister::AddChecksum(std::uint32_t theChecksum)
 {
-   char aText[16];
-   std::snprintf(aText, sizeof aText, "%08x\n", theChecksum);
-   itsOutput << itsLine << aText;
+   AppendHex(itsLine, theChecksum, 8);
+   itsLine += '\n';
+   itsOutput << itsLine;
 }

@@ -1,9 +1,17 @@
 #include "apps/tn/InputFile.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "talvenor/file/Part10FileInputStream.h"
 #include "talvenor/file/Part10InputStreamInputStream.h"
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/transfer/TransferSyntaxManager.h"
+
+namespace
+{
+constexpr unsigned int kTagAndTwo = 8;   // bytes: a tag, and a length or a VR with a short length
+} // namespace
 
 InputFile::InputFile(const std::string& theName)
 {
@@ -19,18 +27,34 @@ InputFile::InputFile(const std::string& theName)
    {
       itsStream = std::make_unique<Part10FileInputStream>(theName, kForceDefaultVersion, kTolerant);
    }
-   CheckTransferSyntax();
+   if (itsStream->GetPart10Header() == nullptr)
+   {
+      CheckIsDataset();   // its syntax was guessed from its first bytes
+   }
+   else
+   {
+      CheckTransferSyntax();
+   }
+}
+
+// Without meta information every file could be a dataset; one that begins with zeros is none: (0000,0000) of length 0
+// stands nowhere, but in many other files, and where a preamble is all that is left of a DICOM file.
+void InputFile::CheckIsDataset()
+{
+   constexpr unsigned char kZeros[kTagAndTwo] = {};
+   unsigned char aBytes[kTagAndTwo];
+   const unsigned int aCount = itsStream->Read(aBytes, sizeof aBytes);
+   itsStream->Pushback(aBytes, aCount);
+   if (aCount == sizeof aBytes && std::equal(std::begin(kZeros), std::end(kZeros), aBytes))
+   {
+      throw StreamIOException("not a DICOM file", TN_PARSE_TO_OBJECT_FAILED, 0);
+   }
 }
 
 // Some writers state one syntax and write another. Decoding that gives garbage, often without an error; the first
 // element of the dataset tells explicit VR from implicit.
 void InputFile::CheckTransferSyntax()
 {
-   constexpr unsigned int kTagAndTwo = 8;
-   if (itsStream->GetPart10Header() == nullptr)
-   {
-      return;   // guessed from those very bytes
-   }
    const RWCString& aUID = itsStream->GetTransferSyntaxUID();
    const TransferSyntaxType* const aType = TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(aUID);
    unsigned char aBytes[kTagAndTwo];

@@ -17,6 +17,7 @@ public:
    Part10InputStream& GetStream() { return *itsStream; }
 
 private:
+   void CheckIsDataset();
    void CheckTransferSyntax();
 
    StandardInput itsStandardInput;
