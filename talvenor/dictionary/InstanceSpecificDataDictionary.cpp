@@ -1,7 +1,7 @@
 #include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
 
 #include <algorithm>
-#include <unordered_map>
+#include <map>
 
 #include "talvenor/dictionary/MDataDictionary.h"
 #include "talvenor/dictionary/MPrivateDataDictionary.h"
@@ -18,54 +18,37 @@ UINT32 BlockKey(UINT16 theGroup, UINT16 theBlock)
 {
    return static_cast<UINT32>(theGroup) << 16 | theBlock;
 }
-
-// What PrivateAllocation holds, without a copy of the text: look-ups are many, registrations few.
-struct AllocationView
-{
-   std::string_view itsCreator;
-   UINT16 itsGroup;
-};
-
-struct AllocationHasher
-{
-   using is_transparent = void;
-   std::size_t operator()(const PrivateAllocation& theKey) const { return theKey.hash(); }
-   std::size_t operator()(const AllocationView& theKey) const
-   {
-      return PrivateAllocation::HashOf(theKey.itsCreator, theKey.itsGroup);
-   }
-};
-
-struct AllocationEqual
-{
-   using is_transparent = void;
-   bool operator()(const PrivateAllocation& theLeft, const PrivateAllocation& theRight) const
-   {
-      return theLeft == theRight;
-   }
-   bool operator()(const AllocationView& theLeft, const PrivateAllocation& theRight) const
-   {
-      return theLeft.itsGroup == theRight.GetGroup() && theLeft.itsCreator == theRight.GetPrivateCreatorID();
-   }
-};
 } // namespace
 
-// Both tables are views of the same allocations; the second points at keys of the first, whose nodes do not move.
+// The allocations by tag of the creator element. A group has 240 blocks at most, so that a creator is looked for among
+// those of its group; a table of creators beside this one would take more memory than most items of a sequence do.
 struct InstanceSpecificDataDictionary::Tables
 {
-   Tables() = default;
-   Tables(const Tables& theOther) : itsBlocks(theOther.itsBlocks)
+   struct Allocation
    {
-      itsOwners.reserve(itsBlocks.size());
-      for (const auto& [anAllocation, aTag] : itsBlocks)
-      {
-         itsOwners.emplace(aTag.GetTag(), &anAllocation);
-      }
-   }
-   Tables& operator=(const Tables&) = delete;
+      PrivateAllocation itsKey;
+      MAttributeTag itsTag;
+   };
 
-   std::unordered_map<PrivateAllocation, MAttributeTag, AllocationHasher, AllocationEqual> itsBlocks;
-   std::unordered_map<UINT32, const PrivateAllocation*> itsOwners; // by tag of the creator element
+   const Allocation* Find(std::string_view theCreator, UINT16 theGroup) const
+   {
+      const UINT32 aHash = PrivateAllocation::HashOf(theCreator, theGroup);
+      for (auto aPlace = itsAllocations.lower_bound(BlockKey(theGroup, 0)); aPlace != itsAllocations.end(); ++aPlace)
+      {
+         const PrivateAllocation& aKey = aPlace->second.itsKey;
+         if (aKey.GetGroup() != theGroup)
+         {
+            break;
+         }
+         if (aKey.hash() == aHash && aKey.GetPrivateCreatorID() == theCreator)
+         {
+            return &aPlace->second;
+         }
+      }
+      return nullptr;
+   }
+
+   std::map<UINT32, Allocation> itsAllocations;
 };
 
 InstanceSpecificDataDictionary::InstanceSpecificDataDictionary(const MDataDictionary& thePublicDictionary,
@@ -160,7 +143,7 @@ int InstanceSpecificDataDictionary::RegisterPrivateCreator(std::string_view theC
    {
       return *aHeld == theTag ? 1 : 0;
    }
-   if (itsTables != nullptr && itsTables->itsOwners.contains(theTag.GetTag()))
+   if (itsTables != nullptr && itsTables->itsAllocations.contains(theTag.GetTag()))
    {
       return 0;
    }
@@ -168,9 +151,9 @@ int InstanceSpecificDataDictionary::RegisterPrivateCreator(std::string_view theC
    {
       itsTables = std::make_unique<Tables>();
    }
-   const auto aPlace = itsTables->itsBlocks.emplace(PrivateAllocation(RWCString(aCreator), theTag.Group()),
-                                                    MAttributeTag(theTag.Group(), theTag.Element()));
-   itsTables->itsOwners.emplace(theTag.GetTag(), &aPlace.first->first);
+   itsTables->itsAllocations.emplace(theTag.GetTag(),
+                                     Tables::Allocation{PrivateAllocation(RWCString(aCreator), theTag.Group()),
+                                                        MAttributeTag(theTag.Group(), theTag.Element())});
    return 1;
 }
 
@@ -189,7 +172,7 @@ int InstanceSpecificDataDictionary::GetPrivateAllocation(std::string_view theCre
    for (unsigned int aBlock = std::max(theTag.Element(), kFirstBlock); aBlock <= kLastBlock; ++aBlock)
    {
       const MAttributeTag aCandidate(aGroup, static_cast<UINT16>(aBlock));
-      if (itsTables == nullptr || !itsTables->itsOwners.contains(aCandidate.GetTag()))
+      if (itsTables == nullptr || !itsTables->itsAllocations.contains(aCandidate.GetTag()))
       {
          if (RegisterPrivateCreator(theCreator, aCandidate) == 0)
          {
@@ -209,8 +192,8 @@ const MAttributeTag* InstanceSpecificDataDictionary::FindPrivateAllocation(std::
    {
       return nullptr;
    }
-   const auto aPlace = itsTables->itsBlocks.find(AllocationView{WithoutSpaces(theCreator), theGroup});
-   return aPlace != itsTables->itsBlocks.end() ? &aPlace->second : nullptr;
+   const Tables::Allocation* anAllocation = itsTables->Find(WithoutSpaces(theCreator), theGroup);
+   return anAllocation != nullptr ? &anAllocation->itsTag : nullptr;
 }
 
 const PrivateAllocation* InstanceSpecificDataDictionary::FindBlockOwner(UINT16 theGroup, UINT16 theElement) const
@@ -219,8 +202,8 @@ const PrivateAllocation* InstanceSpecificDataDictionary::FindBlockOwner(UINT16 t
    {
       return nullptr;
    }
-   const auto aPlace = itsTables->itsOwners.find(BlockKey(theGroup, theElement >> 8));
-   return aPlace != itsTables->itsOwners.end() ? aPlace->second : nullptr;
+   const auto aPlace = itsTables->itsAllocations.find(BlockKey(theGroup, theElement >> 8));
+   return aPlace != itsTables->itsAllocations.end() ? &aPlace->second.itsKey : nullptr;
 }
 
 int InstanceSpecificDataDictionary::GetPrivateBlockGroup(std::string_view theCreator) const
@@ -235,18 +218,17 @@ const MAttributeTag* InstanceSpecificDataDictionary::FindAnyAllocation(std::stri
    {
       return FindPrivateAllocation(theCreator, static_cast<UINT16>(aGroup));
    }
-   const MAttributeTag* aLowest = nullptr;
    if (itsTables != nullptr)
    {
-      for (const auto& [anAllocation, aTag] : itsTables->itsBlocks)
+      for (const auto& [aTag, anAllocation] : itsTables->itsAllocations) // in ascending order
       {
-         if (anAllocation.GetPrivateCreatorID() == WithoutSpaces(theCreator) && (aLowest == nullptr || aTag < *aLowest))
+         if (anAllocation.itsKey.GetPrivateCreatorID() == WithoutSpaces(theCreator))
          {
-            aLowest = &aTag;
+            return &anAllocation.itsTag;
          }
       }
    }
-   return aLowest;
+   return nullptr;
 }
 
 void InstanceSpecificDataDictionary::ClearPrivateCreators()
@@ -262,9 +244,4 @@ unsigned int InstanceSpecificDataDictionary::HashPrivateAllocation(const Private
 void InstanceSpecificDataDictionary::SetHashTableSize(unsigned int theSize)
 {
    itsHashTableSize = theSize;
-   if (itsTables != nullptr)
-   {
-      itsTables->itsBlocks.rehash(theSize);
-      itsTables->itsOwners.rehash(theSize);
-   }
 }

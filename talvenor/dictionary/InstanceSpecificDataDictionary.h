@@ -121,7 +121,7 @@ public:
    }
 
 protected:
-   // The number of buckets of both tables, which grow on their own as well; tables not yet made start small.
+   // Noted only: what is registered is kept in order of tags, which needs no buckets.
    void SetHashTableSize(unsigned int theSize);
 
 private:
