@@ -36,7 +36,7 @@ public:
    unsigned int GetPushbackLimit() const override { return kPushbackSize - itsPushedBack; }
    unsigned int GetPreferredInputBlockSize() const override;
    void SetPreferredInputBlockSize(unsigned int theSize) override;
-   void Close() override = 0;   // nothing that was pushed back remains
+   void Close() override = 0;   // its body, for classes that override it, forgets what was pushed back
 
    virtual UINT32 GetFileSize() const = 0;
 
