@@ -6,6 +6,7 @@
 #include <memory>
 #include <sstream>
 
+#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -27,6 +28,8 @@ namespace
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool kIsSanitized = true;
+#elif defined(__has_feature)
+constexpr bool kIsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
 #else
 constexpr bool kIsSanitized = false;
 #endif
@@ -520,14 +523,15 @@ TEST_F(HostileFiles, DepthHasALimitWhereverSequencesCanStand)
 TEST_F(HostileFiles, ManyEmptyItems)
 {
    constexpr UINT32 kCount = kIsSanitized ? 50000 : 1000000;
-   for (const UINT32 aLength : {kUndefined, 8 * kCount})
+   for (const bool isDefined : {false, true})
    {
-      DatasetBytes aDataset = Explicit().Sequence(kSeries, aLength);
-      for (UINT32 i = 0; i < kCount; ++i)
+      const UINT32 aCount = isDefined ? kCount / 10 : kCount;
+      DatasetBytes aDataset = Explicit().Sequence(kSeries, isDefined ? 8 * aCount : kUndefined);
+      for (UINT32 i = 0; i < aCount; ++i)
       {
          aDataset.Item(0);
       }
-      if (aLength == kUndefined)
+      if (!isDefined)
       {
          aDataset.SequenceEnd();
       }
@@ -535,7 +539,7 @@ TEST_F(HostileFiles, ManyEmptyItems)
       const Outcome anOutcome = LoadFromMemory(aDataset.File(), anObject);
       EXPECT_FALSE(anOutcome.IsTold()) << anOutcome;
       ASSERT_NE(anObject.GetVR(0x0008, 0x1115), nullptr);
-      EXPECT_EQ(anObject.GetVR(0x0008, 0x1115)->GetAsSequenceVR()->GetSequenceArray()->size(), kCount);
+      EXPECT_EQ(anObject.GetVR(0x0008, 0x1115)->GetAsSequenceVR()->GetSequenceArray()->size(), aCount);
    }
 }
 
@@ -568,6 +572,51 @@ TEST_F(HostileFiles, ManyElementsInAnyOrder)
    }
    EXPECT_EQ(LoadFromMemory(aDescending.File()).itsEntries, kCount);
    EXPECT_EQ(LoadFromMemory(aSame.File()).itsEntries, 1u);
+}
+
+TEST_F(HostileFiles, ManySmallThingsTakeLittleMemory)
+{
+   if (kIsSanitized)
+   {
+      GTEST_SKIP() << "a sanitizer has its own allocator";
+   }
+   constexpr UINT32 kCount = 20000;
+   constexpr std::size_t kBytesAByte = 40;
+   const std::string aCreator = Explicit().Element(0x00110010, "LO", "AB").Bytes();
+   const std::string anEmpty = Explicit().Element(kModality, "CS", "").Bytes();
+   const std::string aSequence = Explicit().Sequence(kInstances, 0).Bytes();
+   const std::string aFilledSequence = Explicit().Sequence(kInstances, 8).Item(0).Bytes();
+   struct
+   {
+      const char* itsName;
+      std::string itsStart;
+      std::string itsThing;
+   } const kCases[] = {
+       {"empty items", Explicit().Sequence(kSeries).Bytes(), Explicit().Item(0).Bytes()},
+       {"items with an empty element", Explicit().Sequence(kSeries).Bytes(), Explicit().Item(8, anEmpty).Bytes()},
+       {"items with a private creator", Explicit().Sequence(kSeries).Bytes(), Explicit().Item(10, aCreator).Bytes()},
+       {"items with an empty sequence", Explicit().Sequence(kSeries).Bytes(), Explicit().Item(12, aSequence).Bytes()},
+       {"items in items", Explicit().Sequence(kSeries).Bytes(), Explicit().Item(20, aFilledSequence).Bytes()},
+       {"empty fragments", Fragments().Bytes(), Explicit().Item(0).Bytes()},
+   };
+   for (const auto& aCase : kCases)
+   {
+      std::string aDataset = aCase.itsStart;
+      for (UINT32 i = 0; i < kCount; ++i)
+      {
+         aDataset += aCase.itsThing;
+      }
+      const std::string aFile = FileOf(Encoding::Compressed, aDataset + Explicit().SequenceEnd().Bytes());
+      const auto anInUse = [] {
+         const struct mallinfo2 anInformation = mallinfo2();
+         return anInformation.uordblks + anInformation.hblkhd;
+      };
+      const std::size_t aBefore = anInUse();
+      DICOMDataObject anObject;
+      const Outcome anOutcome = LoadFromMemory(aFile, anObject);
+      EXPECT_FALSE(anOutcome.IsTold()) << aCase.itsName << ": " << anOutcome;
+      EXPECT_LE((anInUse() - aBefore) / aFile.size(), kBytesAByte) << aCase.itsName;
+   }
 }
 
 TEST_F(HostileFiles, ManyValuesInOneElementCostNothingUntilTheyAreAskedFor)
