@@ -14,7 +14,7 @@ public:
       const char* itsTransferSyntaxUID;
       bool itsIsExplicit;
       bool itsIsBigEndian;
-      bool itsHasDefinedLengths;   // of sequences and items
+      bool itsHasDefinedLengths; // of sequences and items
    };
 
    explicit DatasetBytes(const Encoding& theEncoding) : itsEncoding(theEncoding) {}
@@ -46,13 +46,13 @@ private:
    size_t itsElements = 0;
 };
 
-inline constexpr DatasetBytes::Encoding kExplicit = { "explicit", "1.2.840.10008.1.2.1", true, false, false };
-inline constexpr DatasetBytes::Encoding kExplicitDefined = { "explicit/defined", "1.2.840.10008.1.2.1", true, false,
-                                                             true };
-inline constexpr DatasetBytes::Encoding kImplicit = { "implicit", "1.2.840.10008.1.2", false, false, false };
-inline constexpr DatasetBytes::Encoding kImplicitDefined = { "implicit/defined", "1.2.840.10008.1.2", false, false,
-                                                             true };
-inline constexpr DatasetBytes::Encoding kBigEndian = { "big endian", "1.2.840.10008.1.2.2", true, true, false };
+inline constexpr DatasetBytes::Encoding kExplicit = {"explicit", "1.2.840.10008.1.2.1", true, false, false};
+inline constexpr DatasetBytes::Encoding kExplicitDefined = {"explicit/defined", "1.2.840.10008.1.2.1", true, false,
+                                                            true};
+inline constexpr DatasetBytes::Encoding kImplicit = {"implicit", "1.2.840.10008.1.2", false, false, false};
+inline constexpr DatasetBytes::Encoding kImplicitDefined = {"implicit/defined", "1.2.840.10008.1.2", false, false,
+                                                            true};
+inline constexpr DatasetBytes::Encoding kBigEndian = {"big endian", "1.2.840.10008.1.2.2", true, true, false};
 
 // A CT image header of 120 elements and, with thePixelBytes, pixel data.
 DatasetBytes CTImage(const DatasetBytes::Encoding& theEncoding, size_t thePixelBytes);

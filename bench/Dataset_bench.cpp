@@ -30,15 +30,14 @@ std::unique_ptr<DICOMDataObject> Load(const DatasetBytes& theDataset)
 
 void PerElement(benchmark::State& theState, size_t theElements)
 {
-   theState.counters["element"] =
-      benchmark::Counter(static_cast<double>(theElements),
-                         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+   theState.counters["element"] = benchmark::Counter(
+       static_cast<double>(theElements), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void TypedGetter(benchmark::State& theState)
 {
    const std::unique_ptr<DICOMDataObject> anObject = Load(CTImage(kExplicit, 0));
-   static constexpr UINT16 kElements[] = { 0x0002, 0x0010, 0x0011, 0x0100, 0x0101, 0x0102, 0x0103 };
+   static constexpr UINT16 kElements[] = {0x0002, 0x0010, 0x0011, 0x0100, 0x0101, 0x0102, 0x0103};
    size_t aNext = 0;
    for (auto _ : theState)
    {

@@ -13,8 +13,8 @@ namespace
 void Report(benchmark::State& theState, size_t theElements, size_t theBytes)
 {
    const auto anElements = static_cast<double>(theElements);
-   theState.counters["element"] = benchmark::Counter(
-      anElements, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+   theState.counters["element"] =
+       benchmark::Counter(anElements, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
    theState.SetBytesProcessed(static_cast<int64_t>(theState.iterations() * theBytes));
 }
 
@@ -74,7 +74,7 @@ constexpr UINT16 kPixelGroup = 0x7FE0;
 
 void RegisterAll()
 {
-   for (const auto* anEncoding : { &kExplicit, &kImplicit, &kBigEndian })
+   for (const auto* anEncoding : {&kExplicit, &kImplicit, &kBigEndian})
    {
       const std::string aName = anEncoding->itsName;
       benchmark::RegisterBenchmark(("CTHeader/memory/" + aName).c_str(), [=](benchmark::State& theState) {
@@ -84,12 +84,12 @@ void RegisterAll()
          LoadFromFile(theState, CTImage(*anEncoding, 0), 0);
       });
    }
-   for (const auto* anEncoding : { &kExplicit, &kExplicitDefined, &kImplicit, &kImplicitDefined })
+   for (const auto* anEncoding : {&kExplicit, &kExplicitDefined, &kImplicit, &kImplicitDefined})
    {
-      for (const auto anEnd : { WithEnd::No, WithEnd::Yes })
+      for (const auto anEnd : {WithEnd::No, WithEnd::Yes})
       {
          const std::string aName =
-            std::string("Report/memory/") + anEncoding->itsName + (anEnd == WithEnd::Yes ? "/and its end" : "");
+             std::string("Report/memory/") + anEncoding->itsName + (anEnd == WithEnd::Yes ? "/and its end" : "");
          benchmark::RegisterBenchmark(aName.c_str(), [=](benchmark::State& theState) {
             LoadFromMemory(theState, Report(*anEncoding, kReportItems), anEnd);
          })->Unit(benchmark::kMillisecond);

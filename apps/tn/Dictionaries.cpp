@@ -24,8 +24,8 @@ fs::path FindFolder(const std::string& theFolder)
    }
    std::error_code anError;
    const fs::path aProgram = fs::read_symlink("/proc/self/exe", anError);
-   const std::vector<fs::path> aPlaces = { aProgram.parent_path().parent_path() / "share" / "talvenor",
-                                           fs::path(TN_SOURCE_DATA) };
+   const std::vector<fs::path> aPlaces = {aProgram.parent_path().parent_path() / "share" / "talvenor",
+                                          fs::path(TN_SOURCE_DATA)};
    for (const fs::path& aPlace : aPlaces)
    {
       if (fs::exists(aPlace / kAttributes, anError))

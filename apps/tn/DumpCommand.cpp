@@ -1,16 +1,20 @@
 #include "apps/tn/DumpCommand.h"
 
+#include <cstdio>
 #include <iostream>
 #include <stdexcept>
 
 #include "apps/tn/Dictionaries.h"
 #include "apps/tn/ElementLister.h"
+#include "apps/tn/ErrorText.h"
 #include "apps/tn/ExitCode.h"
 #include "apps/tn/InputFile.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/DICOMObjectDumper.h"
 #include "talvenor/dataset/DICOMObjectIterator.h"
 #include "talvenor/dataset/VR.h"
+#include "talvenor/dictionary/MUIDDictionary.h"
+#include "talvenor/dictionary/MUIDDictionaryEntry.h"
 #include "talvenor/file/DICOMObjectLoader.h"
 #include "talvenor/foundation/LogStream.h"
 #include "talvenor/foundation/StreamIOException.h"
@@ -35,6 +39,18 @@ std::optional<UINT32> ParseTag(const std::string& theText)
       return std::nullopt;
    }
    return aGroup << 16 | anElement;
+}
+
+// Says which transfer syntax it is that is not served.
+void CheckTransferSyntax(const Part10InputStream& theStream)
+{
+   const RWCString& aUID = theStream.GetTransferSyntaxUID();
+   if (TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(aUID) == nullptr)
+   {
+      const MUIDDictionaryEntry* const anEntry = MUIDDictionary::GetDefaultUIDDictionary().FindUID(aUID);
+      throw Incomplete("its transfer syntax is not supported: " + aUID +
+                       (anEntry != nullptr ? " (" + anEntry->GetDescription() + ")" : ""));
+   }
 }
 
 std::string At(const InputTransferSyntax& theDecoder, const Part10InputStream& theStream)
@@ -88,7 +104,7 @@ void Decode(const InputTransferSyntax& theDecoder, const Part10InputStream& theS
    }
    catch (const ExceptionBase& anException)
    {
-      throw Incomplete(std::string(anException.why()) + " (" + At(theDecoder, theStream) + ")");
+      throw Incomplete(ErrorText(anException) + " (" + At(theDecoder, theStream) + ")");
    }
 }
 } // namespace
@@ -100,10 +116,10 @@ DumpCommand::DumpCommand(CLI::App& theProgram)
    CLI::App& aCommand = *theProgram.add_subcommand("dump", "Print the meta information and the dataset of DICOM files");
    aCommand.add_option("FILE", itsFiles, "Files to print; - is standard input")->required();
    CLI::Option* const anElements = aCommand.add_flag(
-      "--elements", itsElementsOnly, "One tab-separated line an element: path, tag, VR, length, CRC-32 of the value");
+       "--elements", itsElementsOnly, "One tab-separated line an element: path, tag, VR, length, CRC-32 of the value");
    aCommand.add_option("--until", itsUntil, "Stop before this tag")->type_name("gggg,eeee");
    aCommand.add_flag("--known-only", itsKnownOnly, "Leave out private elements that no dictionary knows")
-      ->excludes(anElements);
+       ->excludes(anElements);
    aCommand.add_flag("--meta", itsMetaOnly, "The meta information alone");
    aCommand.add_option("--data", itsData, "Folder of the dictionaries")->type_name("DIR");
    aCommand.footer("Example:\n  tn dump --until 7fe0,0010 image.dcm");
@@ -139,7 +155,7 @@ int DumpCommand::Run()
       }
       catch (const ExceptionBase& anException)
       {
-         aFault = anException.why();
+         aFault = ErrorText(anException);
       }
       catch (const std::exception& anError)
       {
@@ -189,6 +205,7 @@ void DumpCommand::DumpElements(InputFile& theFile)
    {
       return;
    }
+   CheckTransferSyntax(aStream);
    const size_t aMetaCount = aLister.GetCount();
    const std::unique_ptr<InputTransferSyntax> aDecoder = aStream.CreateDecoder();
    aDecoder->SetStopAtGroup(GetStopGroup());
@@ -208,6 +225,7 @@ void DumpCommand::DumpSets(InputFile& theFile)
    {
       return;
    }
+   CheckTransferSyntax(aStream);
    itsObject = std::make_unique<DICOMDataObject>();
    DICOMObjectLoader aLoader(*itsObject, aStream);
    aLoader.SetStopAt(GetStopGroup(), GetStopElement());
@@ -219,7 +237,7 @@ void DumpCommand::DumpSets(InputFile& theFile)
    }
    catch (const Incomplete&)
    {
-      aFailure = std::current_exception();   // what had been read is printed first
+      aFailure = std::current_exception(); // what had been read is printed first
    }
    if (itsEnd)
    {
@@ -242,10 +260,10 @@ void DumpCommand::PrintSet(const DICOMDataObject& theSet)
 
 UINT16 DumpCommand::GetStopGroup() const
 {
-   return itsEnd ? static_cast<UINT16>(*itsEnd >> 16) : UINT16{ 0 };
+   return itsEnd ? static_cast<UINT16>(*itsEnd >> 16) : UINT16{0};
 }
 
 UINT16 DumpCommand::GetStopElement() const
 {
-   return itsEnd ? static_cast<UINT16>(*itsEnd) : UINT16{ 0 };
+   return itsEnd ? static_cast<UINT16>(*itsEnd) : UINT16{0};
 }

@@ -31,12 +31,12 @@ private:
    UINT16 GetStopGroup() const;
    UINT16 GetStopElement() const;
 
-   std::unique_ptr<DICOMDataObject> itsObject;   // of the last file: kept, as the program may end faster than it would go
+   std::unique_ptr<DICOMDataObject> itsObject; // of the last file: kept, as the program may end faster than it would go
 
    std::vector<std::string> itsFiles;
    std::string itsData;
    std::string itsUntil;
-   std::optional<UINT32> itsEnd;   // the tag that itsUntil names
+   std::optional<UINT32> itsEnd; // the tag that itsUntil names
    bool itsElementsOnly = false;
    bool itsKnownOnly = false;
    bool itsMetaOnly = false;

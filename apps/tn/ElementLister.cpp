@@ -58,7 +58,7 @@ UINT64 Checksum(InputStream& theStream, std::uint32_t& theChecksum)
 void ElementLister::List(InputTransferSyntax& theDecoder, std::optional<UINT32> theEnd)
 {
    size_t anItem = 0;
-   while (const std::unique_ptr<VR> aVR{ theDecoder.NextVR() })
+   while (const std::unique_ptr<VR> aVR{theDecoder.NextVR()})
    {
       if (theEnd && aVR->GetTag() >= *theEnd)
       {
@@ -110,8 +110,7 @@ void ElementLister::ListSequence(DICOMDataObjectInputStreamVR& theSequence)
    const size_t aPathLength = itsPath.size();
    itsPath += '/';
    AppendTag(itsPath, theSequence);
-   for (size_t aNumber = 0; const std::unique_ptr<VRInputStreamVR> anItem{ theSequence.NextDICOMDataObject() };
-        ++aNumber)
+   for (size_t aNumber = 0; const std::unique_ptr<VRInputStreamVR> anItem{theSequence.NextDICOMDataObject()}; ++aNumber)
    {
       ListItem(*anItem, aNumber);
    }
@@ -122,7 +121,7 @@ void ElementLister::ListItem(VRInputStreamVR& theItem, size_t theNumber)
 {
    const size_t aPathLength = itsPath.size();
    itsPath += '[' + std::to_string(theNumber) + ']';
-   while (const std::unique_ptr<VR> aVR{ theItem.NextVR() })
+   while (const std::unique_ptr<VR> aVR{theItem.NextVR()})
    {
       ListElement(*aVR);
    }
@@ -136,7 +135,7 @@ void ElementLister::ListFragments(PixelDataFragmentInputStreamVR& theFragments)
    UINT64 anOffsetTableLength = 0;
    size_t aCount = 0;
    bool isOffsetTable = true;
-   while (const std::unique_ptr<PixelDataFragmentInputStream> aFragment{ theFragments.NextFragment() })
+   while (const std::unique_ptr<PixelDataFragmentInputStream> aFragment{theFragments.NextFragment()})
    {
       std::uint32_t anUnused = 0;
       const UINT64 aLength = Checksum(*aFragment, isOffsetTable ? anUnused : aChecksum);

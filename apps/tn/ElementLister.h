@@ -46,7 +46,7 @@ private:
    void AddChecksum(std::uint32_t theChecksum);
 
    std::ostream& itsOutput;
-   std::string itsPath;   // of the set at hand, without the "/" of the top
+   std::string itsPath; // of the set at hand, without the "/" of the top
    std::string itsLine;
    size_t itsCount = 0;
 };

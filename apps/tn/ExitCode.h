@@ -4,7 +4,7 @@
 namespace ExitCode
 {
 constexpr int kDone = 0;
-constexpr int kSomeFailed = 1;       // some objects failed, or a negative answer
+constexpr int kSomeFailed = 1; // some objects failed, or a negative answer
 constexpr int kWrongUse = 2;
 constexpr int kCouldNotRead = 3;
 constexpr int kCouldNotWrite = 4;

@@ -10,7 +10,7 @@
 
 namespace
 {
-constexpr unsigned int kTagAndTwo = 8;   // bytes: a tag, and a length or a VR with a short length
+constexpr unsigned int kTagAndTwo = 8; // bytes: a tag, and a length or a VR with a short length
 } // namespace
 
 InputFile::InputFile(const std::string& theName)
@@ -29,7 +29,7 @@ InputFile::InputFile(const std::string& theName)
    }
    if (itsStream->GetPart10Header() == nullptr)
    {
-      CheckIsDataset();   // its syntax was guessed from its first bytes
+      CheckIsDataset(); // its syntax was guessed from its first bytes
    }
    else
    {

@@ -43,7 +43,7 @@ int Run(int theCount, char** theArguments)
 
 int main(int theCount, char** theArguments)
 {
-   std::ios::sync_with_stdio(false);   // whole blocks, not characters
+   std::ios::sync_with_stdio(false); // whole blocks, not characters
    try
    {
       return Run(theCount, theArguments);
