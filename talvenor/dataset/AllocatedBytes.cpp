@@ -15,21 +15,21 @@ constexpr UINT32 kGrowth = 16;
 
 UINT32 NextBufferSize(UINT32 theArrived, UINT32 theLength)
 {
-   const UINT64 aSize = std::max<UINT64>(kTrustedLength, UINT64{ theArrived } * kGrowth);
+   const UINT64 aSize = std::max<UINT64>(kTrustedLength, UINT64{theArrived} * kGrowth);
    return static_cast<UINT32>(std::min<UINT64>(aSize, theLength));
 }
 } // namespace
 
 AllocatedBytes AllocateBytes(MemoryAllocater& theAllocator, UINT32 theSize)
 {
-   return AllocatedBytes(static_cast<unsigned char*>(theAllocator.Allocate(theSize)), FreeThrough{ &theAllocator });
+   return AllocatedBytes(static_cast<unsigned char*>(theAllocator.Allocate(theSize)), FreeThrough{&theAllocator});
 }
 
 // Only the last buffer comes from theAllocator, which may be a small pool.
 UINT32 ReadAllocatedBytes(InputStream& theStream, UINT32 theLength, MemoryAllocater& theAllocator,
                           AllocatedBytes& theBytes)
 {
-   AllocatedBytes aBuffer(nullptr, FreeThrough{ &theAllocator });
+   AllocatedBytes aBuffer(nullptr, FreeThrough{&theAllocator});
    UINT32 aSize = 0;
    UINT32 aCount = 0;
    while (aCount == aSize && aSize < theLength)
@@ -37,7 +37,7 @@ UINT32 ReadAllocatedBytes(InputStream& theStream, UINT32 theLength, MemoryAlloca
       aSize = NextBufferSize(aCount, theLength);
       const bool isLast = aSize == theLength;
       AllocatedBytes aLarger =
-         AllocateBytes(isLast ? theAllocator : MemoryAllocater::GetDefault(), aSize + (aSize & 1));
+          AllocateBytes(isLast ? theAllocator : MemoryAllocater::GetDefault(), aSize + (aSize & 1));
       if (aCount != 0)
       {
          std::memcpy(aLarger.get(), aBuffer.get(), aCount);

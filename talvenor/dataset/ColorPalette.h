@@ -26,7 +26,7 @@ public:
    int GetFirstValueMapped() const { return itsFirstValueMapped; }
    int GetLastValueMapped() const { return itsLastValueMapped; }
    int GetNumberOfEntries() const { return itsNumberOfEntries; }
-   int GetBitsPerEntry() const { return itsBitsPerEntry; }   // as constructed; Init does not change it
+   int GetBitsPerEntry() const { return itsBitsPerEntry; } // as constructed; Init does not change it
    char GetComponent() const { return itsComponent; }
    bool IsValid() const { return itsIsValid; }
    const RWCString& GetPaletteColorLookupTableUID() const { return itsUID; }

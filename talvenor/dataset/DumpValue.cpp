@@ -209,10 +209,8 @@ void PrintUntyped(DumpText& theText, const DumpValue& theValue)
 {
    switch (theValue.itsLength)
    {
-   case 2:
-      return PrintNumbers<UINT16>(theText, theValue, 2);
-   case 4:
-      return PrintNumbers<UINT32>(theText, theValue, 4);
+   case 2: return PrintNumbers<UINT16>(theText, theValue, 2);
+   case 4: return PrintNumbers<UINT32>(theText, theValue, 4);
    default:
       return ArePrintable(theValue.itsBytes, theValue.itsLength) ? PrintText(theText, theValue, kTextLimit)
                                                                  : PrintBytes(theText, theValue, kRawByteLimit);
@@ -279,14 +277,10 @@ void PrintCommandAnnotation(DumpText& theText, const VR& theVR, TNEndian::Endian
    case 0x0002: // Affected SOP Class UID
    case 0x0003: // Requested SOP Class UID
       return PrintKnownUID(theText, UIDText(aValue));
-   case 0x0100:
-      return PrintInWords(theText, aValue, CommandFieldText);
-   case 0x0800:
-      return PrintInWords(theText, aValue, DataSetTypeText);
-   case 0x0900:
-      return PrintInWords(theText, aValue, StatusText);
-   default:
-      return;
+   case 0x0100: return PrintInWords(theText, aValue, CommandFieldText);
+   case 0x0800: return PrintInWords(theText, aValue, DataSetTypeText);
+   case 0x0900: return PrintInWords(theText, aValue, StatusText);
+   default: return;
    }
 }
 

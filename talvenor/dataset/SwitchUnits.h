@@ -11,16 +11,9 @@ inline void SwitchUnits(unsigned char* theBytes, std::size_t theLength, unsigned
 {
    switch (theUnit)
    {
-   case 2:
-      TNEndian::SwitchArray<UINT16>(theBytes, theLength / 2);
-      break;
-   case 4:
-      TNEndian::SwitchArray<UINT32>(theBytes, theLength / 4);
-      break;
-   case 8:
-      TNEndian::SwitchArray<UINT64>(theBytes, theLength / 8);
-      break;
-   default:
-      break;
+   case 2: TNEndian::SwitchArray<UINT16>(theBytes, theLength / 2); break;
+   case 4: TNEndian::SwitchArray<UINT32>(theBytes, theLength / 4); break;
+   case 8: TNEndian::SwitchArray<UINT64>(theBytes, theLength / 8); break;
+   default: break;
    }
 }

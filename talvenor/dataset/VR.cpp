@@ -128,7 +128,7 @@ std::unique_ptr<VR> VR::MakeWithRoom(UINT16 theGroup, UINT16 theElement, UINT32 
    std::unique_ptr<VR> aVR(new (aPlace) VR(theGroup, theElement, theEndian));
    if (theLength != 0)
    {
-      aVR->itsData = static_cast<unsigned char*>(aPlace) + sizeof(VR);   // not owned apart from the element
+      aVR->itsData = static_cast<unsigned char*>(aPlace) + sizeof(VR); // not owned apart from the element
       aVR->itsLength = theLength;
    }
    if (NeedsPad(theLength))

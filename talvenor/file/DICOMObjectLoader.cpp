@@ -23,14 +23,14 @@ void Drain(VR& theVR)
 {
    if (DICOMDataObjectInputStreamVR* aSequence = theVR.GetAsDICOMDataObjectInputStreamVR())
    {
-      while (const std::unique_ptr<VRInputStreamVR> anItem{ aSequence->NextDICOMDataObject() })
+      while (const std::unique_ptr<VRInputStreamVR> anItem{aSequence->NextDICOMDataObject()})
       {
          Drain(*anItem);
       }
    }
    else if (VRInputStreamVR* anItem = theVR.GetAsVRInputStreamVR())
    {
-      while (const std::unique_ptr<VR> aVR{ anItem->NextVR() })
+      while (const std::unique_ptr<VR> aVR{anItem->NextVR()})
       {
          Drain(*aVR);
       }
@@ -49,7 +49,7 @@ void Drain(VR& theVR)
 DICOMObjectLoader::DICOMObjectLoader(DICOMObject& theObject, Part10InputStream& theStream)
     : itsObject(theObject), itsDecoder(theStream.CreateDecoder())
 {
-   itsDecoder->SetDataDictionary(theObject.GetDataDictionary());   // shared: creators that are pushed type what follows
+   itsDecoder->SetDataDictionary(theObject.GetDataDictionary()); // shared: creators that are pushed type what follows
    theObject.SetEndian(itsDecoder->GetTransferSyntaxType().GetEndian());
 }
 
@@ -63,7 +63,7 @@ void DICOMObjectLoader::SetStopAt(UINT16 theGroup, UINT16 theElement)
 
 void DICOMObjectLoader::Load()
 {
-   while (std::unique_ptr<VR> aVR{ itsDecoder->NextVR() })
+   while (std::unique_ptr<VR> aVR{itsDecoder->NextVR()})
    {
       if (itsKnownTagsOnly && !IsKnown(*aVR))
       {
@@ -71,7 +71,7 @@ void DICOMObjectLoader::Load()
       }
       else
       {
-         itsObject.Push(aVR.release());   // one that is refused is a creator whose block is taken, or an item astray
+         itsObject.Push(aVR.release()); // one that is refused is a creator whose block is taken, or an item astray
       }
    }
 }
@@ -100,7 +100,7 @@ bool DICOMObjectLoader::IsKnown(const VR& theVR)
    {
       return false;
    }
-   const UINT32 aBlock = UINT32{ aGroup } << 16 | UINT32{ anElement } << 8;
+   const UINT32 aBlock = UINT32{aGroup} << 16 | UINT32{anElement} << 8;
    if (itsKnownBlocks.size() < kKnownBlockPlaces)
    {
       itsKnownBlocks.push_back(aBlock);

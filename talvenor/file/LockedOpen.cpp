@@ -50,7 +50,8 @@ void LockedOpen::Open(LFStream& theStream) const
       if (anAttempts != 0 && anAttempt >= anAttempts)
       {
          startentry(gTNErrorLog) << LinePrefix() << "Unable to open after " << anAttempts
-                                 << " tries. errno = " << anError << "\n" << endentry;
+                                 << " tries. errno = " << anError << "\n"
+                                 << endentry;
          Throw("File open failed", TN_LOCK_WAIT_TIMED_OUT, anError);
       }
       SystemClock::Get().Sleep(kPauseMilliseconds);
@@ -62,7 +63,7 @@ bool LockedOpen::TryOpen(LFStream& theStream) const
    errno = 0;
    if (itsMode == LFStream::Exclusive)
    {
-      theStream.OpenKeeping(itsPath.c_str());   // a reader must not lose its bytes before we hold the lock
+      theStream.OpenKeeping(itsPath.c_str()); // a reader must not lose its bytes before we hold the lock
    }
    else
    {

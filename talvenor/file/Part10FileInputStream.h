@@ -15,7 +15,7 @@ public:
 
    int CanSeek() const override { return 1; }
    void Close() override;
-   UINT32 GetFileSize() const override;   // as it was when the file was opened
+   UINT32 GetFileSize() const override; // as it was when the file was opened
 
    // Opens and locks the file and measures its size.
    virtual void OpenFile();

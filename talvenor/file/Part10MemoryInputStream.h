@@ -26,7 +26,7 @@ protected:
 private:
    UINT32 itsSize;
    UINT32 itsReadPosition = 0;
-   std::unique_ptr<unsigned char[]> itsOwned;   // null when the buffer is borrowed
+   std::unique_ptr<unsigned char[]> itsOwned; // null when the buffer is borrowed
    const unsigned char* itsBuffer;
    bool itsIsOpen = true;
 };

@@ -193,10 +193,8 @@ int LFStream::InterProcessLock(const Patience& thePatience, bool isExclusive)
    {
       switch (aFile.TryLock(isExclusive))
       {
-      case TNPlatform::FileHandle::kLocked:
-         return 0;
-      case TNPlatform::FileHandle::kFailed:
-         return errno;
+      case TNPlatform::FileHandle::kLocked: return 0;
+      case TNPlatform::FileHandle::kFailed: return errno;
       case TNPlatform::FileHandle::kHeldElsewhere:
          if (!thePatience.Pause())
          {

@@ -38,7 +38,7 @@ const unsigned char* ReadOffsetTable(PixelDataFragment& theTable)
    catch (const StreamIOException& aCause)
    {
       EncapsulatedPixelVR::EncapsulationException anException(
-         "EncapsulatedPixelVR::GetFrameStartIndices: Error while reading basic item offset entry 0");
+          "EncapsulatedPixelVR::GetFrameStartIndices: Error while reading basic item offset entry 0");
       anException.SetException(aCause);
       throw anException;
    }
@@ -123,7 +123,7 @@ void EncapsulatedPixelVR::AddItem(std::unique_ptr<PixelDataFragment> theItem)
    if (!itsFragments)
    {
       itsFragments = std::make_unique<FragmentList>();
-      SetLength(kUndefinedLength);   // Reset has forgotten it
+      SetLength(kUndefinedLength); // Reset has forgotten it
    }
    itsFragments->push_back(theItem.get());
    theItem.release();
@@ -191,7 +191,7 @@ const EncapsulatedPixelVR::FrameStarts& EncapsulatedPixelVR::GetFrameStartIndice
                               "indices are unknown",
                               TN_INTERNAL_ERROR, 0);
    }
-   itsFrameStarts = aFrames == 1 ? FrameStarts{ 1 } : ReadFrameStartIndices(aFrames);
+   itsFrameStarts = aFrames == 1 ? FrameStarts{1} : ReadFrameStartIndices(aFrames);
    itsHasFrameStarts = true;
    return itsFrameStarts;
 }
@@ -205,7 +205,7 @@ EncapsulatedPixelVR::FrameStarts EncapsulatedPixelVR::ReadFrameStartIndices(int 
    }
    const unsigned char* const anOffsets = ReadOffsetTable(*itsFragments->front());
    INT32 aFragment = 1;
-   UINT64 aSum = 0;       // where the fragment starts
+   UINT64 aSum = 0; // where the fragment starts
    UINT32 aPrevious = 0;
    for (int aFrame = 0; aFrame < theFrames; ++aFrame)
    {
@@ -221,7 +221,7 @@ EncapsulatedPixelVR::FrameStarts EncapsulatedPixelVR::ReadFrameStartIndices(int 
       }
       while (aSum < anOffset && aFragment <= GetFragmentCount())
       {
-         aSum += UINT64{ kItemHeaderSize } + GetFragment(aFragment++).GetLength();
+         aSum += UINT64{kItemHeaderSize} + GetFragment(aFragment++).GetLength();
       }
       if (aSum != anOffset || aFragment > GetFragmentCount())
       {
@@ -276,7 +276,7 @@ void EncapsulatedPixelVR::WriteBasicItemOffsetTableData(EndianHandlingWriter& th
    }
    else if (aFrames == 1)
    {
-      theWriter.Write(UINT32{ 0 });
+      theWriter.Write(UINT32{0});
    }
 }
 
@@ -295,7 +295,7 @@ void EncapsulatedPixelVR::WriteBasicItemOffsetTableData(EndianHandlingWriter& th
    {
       for (; aFragment < aStart; ++aFragment)
       {
-         anOffset += UINT64{ kItemHeaderSize } + theFragments[static_cast<size_t>(aFragment)]->GetLength();
+         anOffset += UINT64{kItemHeaderSize} + theFragments[static_cast<size_t>(aFragment)]->GetLength();
       }
       if (anOffset > std::numeric_limits<UINT32>::max())
       {

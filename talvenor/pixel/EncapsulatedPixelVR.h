@@ -38,9 +38,9 @@ public:
    VR* Copy() const override;
    ~EncapsulatedPixelVR() override;
 
-   int ValueEquals(const VR& theOther) const override;   // the same fragments, byte for byte
+   int ValueEquals(const VR& theOther) const override; // the same fragments, byte for byte
    void Reset() override;
-   int IsEmpty() const override;                         // no fragment
+   int IsEmpty() const override; // no fragment
    EncapsulatedPixelVR* GetAsEncapsulatedPixelVR() override { return this; }
    using VR::GetAsEncapsulatedPixelVR;
    TNEndian::EndianType GetDataEndian() const override { return TNEndian::LittleEndian; }

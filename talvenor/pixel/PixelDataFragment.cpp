@@ -120,7 +120,7 @@ void StreamBufferedPixelDataFragment::ReadIntoMemory() const
                               TN_INTERNAL_ERROR, 0);
    }
    itsIsConsumed = true;
-   AllocatedBytes aBytes(nullptr, FreeThrough{ &itsAllocator });
+   AllocatedBytes aBytes(nullptr, FreeThrough{&itsAllocator});
    const UINT32 aCount = ReadAllocatedBytes(itsStream, GetLength(), itsAllocator, aBytes);
    if (aCount != GetLength())
    {

@@ -18,7 +18,7 @@ public:
    void Seek(unsigned int thePosition) override;
    INT64 Length() const override { return itsSpan.GetLength(); }
    unsigned int GetStreamPosition() const override { return itsSpan.GetPosition(); }
-   void Close() override {}   // the stream is the decoder's
+   void Close() override {} // the stream is the decoder's
 
    UINT32 GetLength() const { return itsSpan.GetLength(); }
    UINT32 GetRemaining() const { return itsSpan.GetRemaining(); }

@@ -95,9 +95,9 @@ PixelDataFragmentInputStream* PixelDataFragmentInputStreamVR::NextFragment()
 
 void PixelDataFragmentInputStreamVR::SkipToEOF()
 {
-   while (const std::unique_ptr<PixelDataFragmentInputStream> aFragment{ NextFragment() })
+   while (const std::unique_ptr<PixelDataFragmentInputStream> aFragment{NextFragment()})
    {
-      aFragment->Skip(aFragment->GetLength());   // a stream that ends here has no delimiter either
+      aFragment->Skip(aFragment->GetLength()); // a stream that ends here has no delimiter either
    }
 }
 
@@ -116,22 +116,22 @@ std::unique_ptr<VR> PixelDataFragmentInputStreamVR::Materialise(std::exception_p
 {
    if (itsHasBegun)
    {
-      return nullptr;   // the first of the remaining items would pass for the offset table
+      return nullptr; // the first of the remaining items would pass for the offset table
    }
    auto aVR = std::make_unique<EncapsulatedPixelVR>(nullptr, GetMemoryAllocater());
    try
    {
-      while (const std::unique_ptr<PixelDataFragmentInputStream> anItem{ NextFragment() })
+      while (const std::unique_ptr<PixelDataFragmentInputStream> anItem{NextFragment()})
       {
-         AllocatedBytes aBytes(nullptr, FreeThrough{ &GetMemoryAllocater() });
+         AllocatedBytes aBytes(nullptr, FreeThrough{&GetMemoryAllocater()});
          if (ReadAllocatedBytes(*anItem, anItem->GetLength(), GetMemoryAllocater(), aBytes) != anItem->GetLength())
          {
-            const std::string aText = "EOF encountered while reading data in encapsulation fragment " +
-                                      std::to_string(aVR->GetItemCount());
+            const std::string aText =
+                "EOF encountered while reading data in encapsulation fragment " + std::to_string(aVR->GetItemCount());
             throw StreamIOException(aText.c_str(), TN_END_OF_FILE, 0);
          }
-         auto aFragment = std::make_unique<MemoryBufferedPixelDataFragment>(aBytes.get(), anItem->GetLength(),
-                                                                            GetMemoryAllocater());
+         auto aFragment =
+             std::make_unique<MemoryBufferedPixelDataFragment>(aBytes.get(), anItem->GetLength(), GetMemoryAllocater());
          aBytes.release();
          aVR->AddItem(std::move(aFragment));
       }

@@ -31,7 +31,7 @@ public:
    // The whole element, owned by the caller; null when it was made before or an item has been asked for.
    EncapsulatedPixelVR* GetVR();
 
-   void Seek(unsigned int thePosition);   // throws: not supported
+   void Seek(unsigned int thePosition); // throws: not supported
 
    int IsStreamBuffered() const override { return 1; }
    PixelDataFragmentInputStreamVR* GetAsPixelDataFragmentInputStreamVR() override { return this; }

@@ -16,8 +16,8 @@ UINT32 EvenLength(UINT32 theLength, UINT16 theTypeCode)
    if (theTypeCode != VRCode::OB)
    {
       throw StreamIOException(
-         "PixelInputStreamVRImpl::PixelInputStreamVRImpl: odd length is invalid for data type != 'OB'",
-         TN_INTERNAL_ERROR, 0);
+          "PixelInputStreamVRImpl::PixelInputStreamVRImpl: odd length is invalid for data type != 'OB'",
+          TN_INTERNAL_ERROR, 0);
    }
    return theLength + 1;
 }
@@ -52,7 +52,7 @@ unsigned int PixelInputStreamVRImpl::Read(unsigned char* theBuffer, unsigned int
    }
    if (aWanted != 0)
    {
-      *theBuffer = 0;   // the pad byte
+      *theBuffer = 0; // the pad byte
       itsSpan.Advance(1);
    }
    return aWanted;
@@ -84,18 +84,18 @@ VR* PixelInputStreamVRImpl::GetVR()
    aVR->SetTypeCode(GetTypeCode());
    if (itsLengthInStream != 0)
    {
-      itsSpan.Advance(itsSpan.GetLength());   // whatever comes: the value cannot be read twice
+      itsSpan.Advance(itsSpan.GetLength()); // whatever comes: the value cannot be read twice
       aVR->SetLength(itsLengthInStream);
       if (!aVR->ReadData(itsReader))
       {
          throw StreamIOException("PixelInputStreamVRImpl::GetVR(): EOF before all of data read", TN_END_OF_FILE, 0);
       }
-      aVR->SetLength(itsSpan.GetLength());   // the buffer holds the pad byte already
+      aVR->SetLength(itsSpan.GetLength()); // the buffer holds the pad byte already
    }
    return aVR.release();
 }
 
 std::unique_ptr<VR> PixelInputStreamVRImpl::Materialise(std::exception_ptr&)
 {
-   return std::unique_ptr<VR>(GetVR());   // half an image is no value: a failure passes through
+   return std::unique_ptr<VR>(GetVR()); // half an image is no value: a failure passes through
 }

@@ -31,7 +31,7 @@ public:
    // it is presented as the next even one, with 0 for the byte that the stream does not have.
    PixelInputStreamVRImpl(EndianHandlingReader& theReader, UINT32 theLength, UINT16 theTypeCode);
    PixelInputStreamVRImpl(const PixelInputStreamVRImpl&) = delete;
-   PixelInputStreamVRImpl& operator=(const PixelInputStreamVRImpl& theOther);   // throws: not supported
+   PixelInputStreamVRImpl& operator=(const PixelInputStreamVRImpl& theOther); // throws: not supported
 
    // Positions count from the first byte of the value; seeking goes forward only.
    unsigned int Read(unsigned char* theBuffer, unsigned int theCount) override;
@@ -39,7 +39,7 @@ public:
    void Seek(unsigned int thePosition) override;
    INT64 Length() const override { return itsSpan.GetLength(); }
    unsigned int GetStreamPosition() const override { return itsSpan.GetPosition(); }
-   void Close() override {}   // the stream is the decoder's
+   void Close() override {} // the stream is the decoder's
 
    VR* GetVR() override;
    std::unique_ptr<VR> Materialise(std::exception_ptr& theFailure) override;
@@ -51,6 +51,6 @@ private:
    UINT32 GetStreamBytesLeft() const;
 
    EndianHandlingReader& itsReader;
-   ForwardSpan itsSpan;          // of even length
+   ForwardSpan itsSpan; // of even length
    UINT32 itsLengthInStream;
 };

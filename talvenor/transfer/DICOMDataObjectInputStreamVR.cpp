@@ -38,8 +38,8 @@ VRInputStreamVR* DICOMDataObjectInputStreamVR::NextDICOMDataObject()
    {
       itsContent->NoteFault();
       const RWCString aText =
-         "DICOMDataObjectInputStreamVR::NextDICOMDataObject(): Expected VRInputStreamVR but got (" +
-         MAttributeTag(anElement->GetGroup(), anElement->GetElement()).AsNumericString() + ") instead";
+          "DICOMDataObjectInputStreamVR::NextDICOMDataObject(): Expected VRInputStreamVR but got (" +
+          MAttributeTag(anElement->GetGroup(), anElement->GetElement()).AsNumericString() + ") instead";
       throw StreamIOException(aText.c_str(), TN_INVALID_DELIMITER, 0);
    }
    anElement.release();
@@ -80,7 +80,7 @@ std::unique_ptr<VR> DICOMDataObjectInputStreamVR::Materialise(std::exception_ptr
 void DICOMDataObjectInputStreamVR::ReadItems(SequenceVR& theSequence)
 {
    const TNEndian::EndianType anEndian = itsContent->GetTransferSyntaxType().GetEndian();
-   while (std::unique_ptr<VRInputStreamVR> anItem{ NextDICOMDataObject() })
+   while (std::unique_ptr<VRInputStreamVR> anItem{NextDICOMDataObject()})
    {
       // The item joins the sequence first, so that its elements stay if reading fails further on.
       auto anObject = std::make_unique<DICOMDataObject>(anEndian);
@@ -90,9 +90,8 @@ void DICOMDataObjectInputStreamVR::ReadItems(SequenceVR& theSequence)
       {
          if (!anAdded.Push(aVR))
          {
-            throw StreamIOException(
-               "DICOMDataObjectInputStreamVR::GetVR(): error while saving VR to DICOMDataObject",
-               TN_PARSE_TO_OBJECT_FAILED, 0);
+            throw StreamIOException("DICOMDataObjectInputStreamVR::GetVR(): error while saving VR to DICOMDataObject",
+                                    TN_PARSE_TO_OBJECT_FAILED, 0);
          }
       }
    }

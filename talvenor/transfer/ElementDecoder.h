@@ -65,7 +65,7 @@ public:
    }
 
 private:
-   static constexpr UINT32 kLongestShortValue = 1024;   // bytes
+   static constexpr UINT32 kLongestShortValue = 1024; // bytes
 
    InputTransferSyntax& Base() { return itsDecoder; }
 
@@ -75,9 +75,9 @@ private:
       ElementHeader aHeader;
       switch (ReadHeader(aHeader))
       {
-         case HeaderEnd::EndOfStream: return End(InputTransferSyntax::AtEndOfStream);
-         case HeaderEnd::AtStopLimit: return End(InputTransferSyntax::AtStopLimit);
-         case HeaderEnd::Whole: break;
+      case HeaderEnd::EndOfStream: return End(InputTransferSyntax::AtEndOfStream);
+      case HeaderEnd::AtStopLimit: return End(InputTransferSyntax::AtStopLimit);
+      case HeaderEnd::Whole: break;
       }
       if (aHeader.itsGroup == ElementHeader::kDelimiterGroup)
       {
@@ -105,7 +105,7 @@ private:
    {
       try
       {
-         const StopLimit aLimit{ Base().itsStopAtGroup, Base().itsStopAtElement };
+         const StopLimit aLimit{Base().itsStopAtGroup, Base().itsStopAtElement};
          return Policy::ReadHeader(Base().itsStream, itsReader.GetEndian(), aLimit, theHeader);
       }
       catch (const StreamIOException& anException)
@@ -127,12 +127,11 @@ private:
       {
          char aText[100];
          std::snprintf(aText, sizeof aText, "Expected seq. item start tag but got (%x, %x) with length %x",
-                       unsigned{ theHeader.itsGroup }, unsigned{ theHeader.itsElement }, theHeader.itsLength);
+                       unsigned{theHeader.itsGroup}, unsigned{theHeader.itsElement}, theHeader.itsLength);
          ThrowNext(aText, TN_INVALID_DELIMITER);
       }
-      return new VRInputStreamVR(theHeader.itsLength,
-                                 Base().MakeContentDecoder(itsDecoder.GetTransferSyntaxType(), aTag,
-                                                           theHeader.itsLength));
+      return new VRInputStreamVR(theHeader.itsLength, Base().MakeContentDecoder(itsDecoder.GetTransferSyntaxType(),
+                                                                                aTag, theHeader.itsLength));
    }
 
    VR* NextPixelData(const ElementHeader& theHeader)
@@ -156,19 +155,20 @@ private:
          theHeader.itsTypeCode = VRCode::SQ;
          return;
       }
-      const std::string aText =
-         std::string(Policy::kPrefix) + "NextVR(): Undefined length (0xffffffff) invalid for VR type " +
-         TypeText(theHeader.itsTypeCode) + " (type from data dictionary)";
+      const std::string aText = std::string(Policy::kPrefix) +
+                                "NextVR(): Undefined length (0xffffffff) invalid for VR type " +
+                                TypeText(theHeader.itsTypeCode) + " (type from data dictionary)";
       startentry(gTNErrorLog) << aText << "\n" << endentry;
       throw StreamIOException(aText.c_str(), TN_INVALID_ELEMENT_HEADER, 0);
    }
 
    VR* NextSequence(const ElementHeader& theHeader)
    {
-      return new DICOMDataObjectInputStreamVR(
-         MAttributeTag(theHeader.itsGroup, theHeader.itsElement), theHeader.itsLength,
-         Base().MakeContentDecoder(Policy::ContentType(itsDecoder, theHeader), theHeader.GetTag(), theHeader.itsLength),
-         itsReader.GetEndian());
+      return new DICOMDataObjectInputStreamVR(MAttributeTag(theHeader.itsGroup, theHeader.itsElement),
+                                              theHeader.itsLength,
+                                              Base().MakeContentDecoder(Policy::ContentType(itsDecoder, theHeader),
+                                                                        theHeader.GetTag(), theHeader.itsLength),
+                                              itsReader.GetEndian());
    }
 
    VR* NextValue(const ElementHeader& theHeader)
@@ -226,14 +226,15 @@ private:
       if (!isRead)
       {
          startentry(gTNErrorLog) << Policy::kPrefix << "NextVR(): EOF before all " << theVR.GetLength()
-                                 << " bytes of data read\n" << endentry;
+                                 << " bytes of data read\n"
+                                 << endentry;
          ThrowNext("EOF before all of data read", TN_END_OF_FILE);
       }
    }
 
    static void Log(const char* theText, const ExceptionBase& theException)
    {
-      const RWCString aDescription = theException.ToString();   // may throw, which an open entry must not see
+      const RWCString aDescription = theException.ToString(); // may throw, which an open entry must not see
       startentry(gTNErrorLog) << Policy::kPrefix << "NextVR(): " << theText << aDescription << "\n" << endentry;
    }
 
@@ -247,10 +248,7 @@ private:
       throw StreamIOException((std::string(Policy::kPrefix) + theText).c_str(), theCode, 0);
    }
 
-   static std::string TypeText(UINT16 theCode)
-   {
-      return { static_cast<char>(theCode >> 8), static_cast<char>(theCode) };
-   }
+   static std::string TypeText(UINT16 theCode) { return {static_cast<char>(theCode >> 8), static_cast<char>(theCode)}; }
 
    Decoder& itsDecoder;
    EndianHandlingReader& itsReader;

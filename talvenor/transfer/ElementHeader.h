@@ -15,7 +15,7 @@ struct ElementHeader
 
    UINT16 itsGroup = 0;
    UINT16 itsElement = 0;
-   UINT16 itsTypeCode = 0;       // 0 where the stream states none
+   UINT16 itsTypeCode = 0; // 0 where the stream states none
    bool itsCameAsUN = false;
    UINT32 itsLength = 0;
 

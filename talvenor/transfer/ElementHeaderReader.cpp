@@ -14,28 +14,28 @@ struct HeaderField
    unsigned int itsSize;
    const char* itsReader;
    const char* itsWhole;
-   const char* itsEndText;   // null for the first field: the end before it is no failure
+   const char* itsEndText; // null for the first field: the end before it is no failure
 };
 
-constexpr HeaderField kGroup = { 2, "VR::ReadGroup", "sizeof(itsGroup)", nullptr };
-constexpr HeaderField kElement = { 2, "VR::ReadElement", "sizeof(itsElement)",
-                                   "ExplicitInputTransferSyntax::NextVR(): EOF while reading element code" };
-constexpr HeaderField kTypeCode = { 2, "VR::ReadTypeCode", "sizeof(itsTypeCode)",
-                                    "ExplicitInputTransferSyntax::NextVR(): EOF while reading type code" };
-constexpr HeaderField kFiller = { 2, "VR::ReadFiller16", "sizeof(UINT16)",
-                                  "ExplicitInputTransferSyntax::NextVR(): EOF while reading 2 reserved filler bytes" };
+constexpr HeaderField kGroup = {2, "VR::ReadGroup", "sizeof(itsGroup)", nullptr};
+constexpr HeaderField kElement = {2, "VR::ReadElement", "sizeof(itsElement)",
+                                  "ExplicitInputTransferSyntax::NextVR(): EOF while reading element code"};
+constexpr HeaderField kTypeCode = {2, "VR::ReadTypeCode", "sizeof(itsTypeCode)",
+                                   "ExplicitInputTransferSyntax::NextVR(): EOF while reading type code"};
+constexpr HeaderField kFiller = {2, "VR::ReadFiller16", "sizeof(UINT16)",
+                                 "ExplicitInputTransferSyntax::NextVR(): EOF while reading 2 reserved filler bytes"};
 constexpr char kLengthEnd[] = "ExplicitInputTransferSyntax::NextVR(): EOF while reading element length";
-constexpr HeaderField kLength16 = { 2, "VR::ReadLength16", "sizeof(UINT16)", kLengthEnd };
-constexpr HeaderField kLength32 = { 4, "VR::ReadLength32", "sizeof(UINT32)", kLengthEnd };
+constexpr HeaderField kLength16 = {2, "VR::ReadLength16", "sizeof(UINT16)", kLengthEnd};
+constexpr HeaderField kLength32 = {4, "VR::ReadLength32", "sizeof(UINT32)", kLengthEnd};
 constexpr char kImplicitEnd[] = "ImplicitInputTransferSyntax::NextVR(): EOF while reading element code or length";
 
 // The layouts, PS3.5 7.1.2 and 7.1.3.
-constexpr HeaderField kDelimiterLayout[] = { kGroup, kElement, kLength32 };
-constexpr HeaderField kShortLayout[] = { kGroup, kElement, kTypeCode, kLength16 };
-constexpr HeaderField kLongLayout[] = { kGroup, kElement, kTypeCode, kFiller, kLength32 };
-constexpr HeaderField kImplicitLayout[] = { kGroup,
-                                            { 2, "VR::ReadElement", "sizeof(itsElement)", kImplicitEnd },
-                                            { 4, "VR::ReadLength32", "sizeof(UINT32)", kImplicitEnd } };
+constexpr HeaderField kDelimiterLayout[] = {kGroup, kElement, kLength32};
+constexpr HeaderField kShortLayout[] = {kGroup, kElement, kTypeCode, kLength16};
+constexpr HeaderField kLongLayout[] = {kGroup, kElement, kTypeCode, kFiller, kLength32};
+constexpr HeaderField kImplicitLayout[] = {kGroup,
+                                           {2, "VR::ReadElement", "sizeof(itsElement)", kImplicitEnd},
+                                           {4, "VR::ReadLength32", "sizeof(UINT32)", kImplicitEnd}};
 
 // Throws for the field in which a header of theLayout ends after theCount bytes (more than none).
 [[noreturn]] void ThrowCut(std::span<const HeaderField> theLayout, unsigned int theCount)
@@ -48,7 +48,7 @@ constexpr HeaderField kImplicitLayout[] = { kGroup,
    }
    const std::string aText = theCount == 0 ? aField->itsEndText
                                            : std::string(aField->itsReader) + "(EndianHandlingReader): Short read " +
-                                                std::to_string(theCount) + " bytes != " + aField->itsWhole;
+                                                 std::to_string(theCount) + " bytes != " + aField->itsWhole;
    throw StreamIOException(aText.c_str(), TN_END_OF_FILE, 0);
 }
 
@@ -110,7 +110,7 @@ HeaderEnd ReadExplicitHeader(InputStream& theStream, TNEndian::EndianType theEnd
       theHeader.itsLength = TNEndian::Load<UINT32>(aBytes + kTagSize, theEndian);
       return HeaderEnd::Whole;
    }
-   theHeader.itsTypeCode = TNEndian::Load<UINT16, TNEndian::BigEndian>(aBytes + kTagSize);   // first letter first
+   theHeader.itsTypeCode = TNEndian::Load<UINT16, TNEndian::BigEndian>(aBytes + kTagSize); // first letter first
    if (!HasLongHeaderVRCode(theHeader.itsTypeCode))
    {
       theHeader.itsLength = TNEndian::Load<UINT16>(aBytes + 6, theEndian);

@@ -8,7 +8,7 @@
 // The element at which a decoder stops; the two comparisons are independent of each other.
 struct StopLimit
 {
-   UINT16 itsGroup;   // 0 for no limit
+   UINT16 itsGroup; // 0 for no limit
    UINT16 itsElement;
 
    bool IsSet() const { return itsGroup != 0; }
@@ -21,8 +21,8 @@ struct StopLimit
 enum class HeaderEnd
 {
    Whole,
-   EndOfStream,   // before the first byte
-   AtStopLimit    // the tag (implicit VR: and the length) has been taken from the stream
+   EndOfStream, // before the first byte
+   AtStopLimit  // the tag (implicit VR: and the length) has been taken from the stream
 };
 
 // Both throw StreamIOException when the stream ends inside the header.

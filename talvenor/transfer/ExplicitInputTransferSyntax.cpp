@@ -34,11 +34,12 @@ struct ExplicitInputTransferSyntax::Policy
       if (theHeader.itsCameAsUN)
       {
          const TransferSyntaxType* anImplicit =
-            TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(TransferSyntaxType::TSLEImplicitUID);
+             TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(TransferSyntaxType::TSLEImplicitUID);
          if (anImplicit == nullptr)
          {
-            throw StreamIOException("ExplicitInputTransferSyntax::NextVR(): implicit VR little endian is not registered",
-                                    TN_TRANSFER_SYNTAX_UNSUPPORTED, 0);
+            throw StreamIOException(
+                "ExplicitInputTransferSyntax::NextVR(): implicit VR little endian is not registered",
+                TN_TRANSFER_SYNTAX_UNSUPPORTED, 0);
          }
          return *anImplicit;
       }
@@ -50,13 +51,13 @@ struct ExplicitInputTransferSyntax::Policy
    static const char* EncapsulatedFault(TNEndian::EndianType theEndian)
    {
       return theEndian == TNEndian::LittleEndian
-                ? nullptr
-                : "Encapsulated pixel data element encoded with big-endian explicit syntax type";
+                 ? nullptr
+                 : "Encapsulated pixel data element encoded with big-endian explicit syntax type";
    }
 
    static void LogHeaderFailure(const StreamIOException& theException)
    {
-      const RWCString aDescription = theException.ToString();   // may throw, which an open entry must not see
+      const RWCString aDescription = theException.ToString(); // may throw, which an open entry must not see
       startentry(gTNErrorLog) << kPrefix << "NextVR(): "
                               << "Exception while reading group code, element code or length: (Errno = "
                               << theException.GetSystemErrorCode() << ") " << aDescription << "\n"

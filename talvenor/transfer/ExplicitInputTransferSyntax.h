@@ -15,5 +15,5 @@ protected:
 private:
    template <class>
    friend class ElementDecoder;
-   struct Policy;   // what differs from the other encoding
+   struct Policy; // what differs from the other encoding
 };

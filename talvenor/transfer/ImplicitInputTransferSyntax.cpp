@@ -17,19 +17,21 @@ struct AmbiguousType
 };
 
 constexpr UINT16 kBySign = VRCode::None;
-constexpr AmbiguousType kAmbiguousTypes[] = {   // in ascending order
-   { 0x00280106, kBySign },   { 0x00280107, kBySign },   { 0x00280108, kBySign },   { 0x00280109, kBySign },
-   { 0x00280110, kBySign },   { 0x00280111, kBySign },   { 0x00280120, kBySign },   { 0x00281101, kBySign },
-   { 0x00281102, kBySign },   { 0x00281103, kBySign },   { 0x00281111, kBySign },   { 0x00281112, kBySign },
-   { 0x00281113, kBySign },   { 0x00283002, kBySign },   { 0x00283006, VRCode::OW }, { 0x00409211, kBySign },
-   { 0x00409216, kBySign },   { 0x00609211, kBySign },   { 0x00609216, kBySign },   { 0x54000110, VRCode::OW },
-   { 0x54000112, VRCode::OW }, { 0x5400100A, VRCode::OW }, { 0x54001010, VRCode::OW },
+constexpr AmbiguousType kAmbiguousTypes[] = {
+    // in ascending order
+    {0x00280106, kBySign},    {0x00280107, kBySign},    {0x00280108, kBySign},    {0x00280109, kBySign},
+    {0x00280110, kBySign},    {0x00280111, kBySign},    {0x00280120, kBySign},    {0x00281101, kBySign},
+    {0x00281102, kBySign},    {0x00281103, kBySign},    {0x00281111, kBySign},    {0x00281112, kBySign},
+    {0x00281113, kBySign},    {0x00283002, kBySign},    {0x00283006, VRCode::OW}, {0x00409211, kBySign},
+    {0x00409216, kBySign},    {0x00609211, kBySign},    {0x00609216, kBySign},    {0x54000110, VRCode::OW},
+    {0x54000112, VRCode::OW}, {0x5400100A, VRCode::OW}, {0x54001010, VRCode::OW},
 };
 
 const AmbiguousType* FindAmbiguousType(UINT32 theTag)
 {
-   const auto* aRow = std::lower_bound(std::begin(kAmbiguousTypes), std::end(kAmbiguousTypes), theTag,
-                                       [](const AmbiguousType& theRow, UINT32 theKey) { return theRow.itsTag < theKey; });
+   const auto* aRow =
+       std::lower_bound(std::begin(kAmbiguousTypes), std::end(kAmbiguousTypes), theTag,
+                        [](const AmbiguousType& theRow, UINT32 theKey) { return theRow.itsTag < theKey; });
    return aRow != std::end(kAmbiguousTypes) && aRow->itsTag == theTag ? aRow : nullptr;
 }
 } // namespace
@@ -39,7 +41,7 @@ struct ImplicitInputTransferSyntax::Policy
    using Decoder = ImplicitInputTransferSyntax;
 
    static constexpr char kPrefix[] = "ImplicitInputTransferSyntax::";
-   static constexpr UINT16 kNativePixelType = VRCode::OW;   // PS3.5 A.1
+   static constexpr UINT16 kNativePixelType = VRCode::OW; // PS3.5 A.1
 
    static HeaderEnd ReadHeader(InputStream& theStream, TNEndian::EndianType theEndian, StopLimit theLimit,
                                ElementHeader& theHeader)

@@ -20,7 +20,7 @@ protected:
 private:
    template <class>
    friend class ElementDecoder;
-   struct Policy;   // what differs from the other encoding
+   struct Policy; // what differs from the other encoding
 
    bool itsIsSigned = false;
 };

@@ -8,18 +8,16 @@
 #include "talvenor/transfer/ElementHeader.h"
 #include "talvenor/transfer/TransferSyntaxType.h"
 
-InputTransferSyntax::InputTransferSyntax(InputStream& theStream) : itsStream(theStream)
-{}
+InputTransferSyntax::InputTransferSyntax(InputStream& theStream) : itsStream(theStream) {}
 
-InputTransferSyntax::InputTransferSyntax(InputStream* theStream) : itsStream(*theStream), itsOwnedStream(theStream)
-{}
+InputTransferSyntax::InputTransferSyntax(InputStream* theStream) : itsStream(*theStream), itsOwnedStream(theStream) {}
 
 InputTransferSyntax::~InputTransferSyntax() = default;
 
 std::unique_ptr<InputTransferSyntax> InputTransferSyntax::MakeContentDecoder(const TransferSyntaxType& theType,
                                                                              UINT32 theTag, UINT32 theLength)
 {
-   if (itsDepth == 2 * kMaximumDepth)   // a sequence and its item are a decoder each
+   if (itsDepth == 2 * kMaximumDepth) // a sequence and its item are a decoder each
    {
       throw StreamIOException("InputTransferSyntax::NextVR(): sequences nested deeper than 256 levels",
                               TN_INVALID_ELEMENT_HEADER, 0);
@@ -36,8 +34,8 @@ std::unique_ptr<InputTransferSyntax> InputTransferSyntax::MakeContentDecoder(con
    aContent->itsOuter = this;
    aContent->itsWindow = aNearestWindow;
    aContent->itsHasOwnWindow = theLength != VR::kUndefinedLength;
-   aContent->itsIsShortened = aContent->itsHasOwnWindow && itsWindow != nullptr &&
-                              theLength > itsWindow->GetRemaining();
+   aContent->itsIsShortened =
+       aContent->itsHasOwnWindow && itsWindow != nullptr && theLength > itsWindow->GetRemaining();
    aContent->itsTag = theTag;
    aContent->itsItemNumber = theTag == ElementHeader::kItem ? itsItemCount++ : 0;
    aContent->itsDepth = static_cast<UINT16>(itsDepth + 1);
@@ -49,7 +47,7 @@ void InputTransferSyntax::EndLevel(LevelEnd theEnd)
    itsLevelEnd = theEnd;
    if (theEnd != AtEndOfStream && itsHasOwnWindow)
    {
-      itsWindow->SkipRemaining();   // a delimiter ends the content; the stated length still tells where the level ends
+      itsWindow->SkipRemaining(); // a delimiter ends the content; the stated length still tells where the level ends
    }
    if (IsEndedShort() && !itsRoot->itsIsCut)
    {

@@ -31,9 +31,9 @@ public:
    enum LevelEnd
    {
       NotEnded,
-      AtEndOfStream,   // nothing left in the stream, or in the defined length of the level
-      AtDelimiter,     // an item or sequence delimiter (PS3.5 7.5)
-      AtPadding,       // data set trailing padding (FFFC,FFFC), PS3.10 7.2
+      AtEndOfStream, // nothing left in the stream, or in the defined length of the level
+      AtDelimiter,   // an item or sequence delimiter (PS3.5 7.5)
+      AtPadding,     // data set trailing padding (FFFC,FFFC), PS3.10 7.2
       AtStopLimit
    };
 
@@ -79,7 +79,7 @@ protected:
 private:
    template <class>
    friend class ElementDecoder;
-   friend class DICOMDataObjectInputStreamVR;   // notes what it finds between the items
+   friend class DICOMDataObjectInputStreamVR; // notes what it finds between the items
 
    // A decoder for the content of a sequence or, with theTag kItem, of an item: on this stream, or on a window of
    // theLength bytes of it.
@@ -103,15 +103,15 @@ private:
    LevelEnd itsLevelEnd = NotEnded;
 
    // The place of this level in the dataset.
-   InputTransferSyntax* itsRoot = this;             // the outermost decoder
-   const InputTransferSyntax* itsOuter = nullptr;   // the one around this level
-   BoundedInputStream* itsWindow = nullptr;         // the nearest window at or around this level
-   UINT32 itsTag = 0;                               // of the sequence or item whose content this is
-   UINT32 itsItemNumber = 0;                        // of this item in its sequence
-   UINT32 itsItemCount = 0;                         // items met at this level
-   UINT16 itsDepth = 0;                             // content decoders around this one
-   bool itsHasOwnWindow = false;                    // a level of defined length
-   bool itsIsShortened = false;                     // its defined length is longer than what is around it
+   InputTransferSyntax* itsRoot = this;           // the outermost decoder
+   const InputTransferSyntax* itsOuter = nullptr; // the one around this level
+   BoundedInputStream* itsWindow = nullptr;       // the nearest window at or around this level
+   UINT32 itsTag = 0;                             // of the sequence or item whose content this is
+   UINT32 itsItemNumber = 0;                      // of this item in its sequence
+   UINT32 itsItemCount = 0;                       // items met at this level
+   UINT16 itsDepth = 0;                           // content decoders around this one
+   bool itsHasOwnWindow = false;                  // a level of defined length
+   bool itsIsShortened = false;                   // its defined length is longer than what is around it
 
    // Of the outermost decoder only.
    bool itsIsCut = false;

@@ -16,16 +16,15 @@ TransferSyntax::TransferSyntax(const InstanceSpecificDataDictionary& theDictiona
    TransferSyntax::SetDataDictionary(theDictionary);
 }
 
-TransferSyntax::TransferSyntax(InstanceSpecificDataDictionary* theDictionary) : itsDictionary(theDictionary)
-{}
+TransferSyntax::TransferSyntax(InstanceSpecificDataDictionary* theDictionary) : itsDictionary(theDictionary) {}
 
 InstanceSpecificDataDictionary& TransferSyntax::GetDataDictionary() const
 {
    if (!itsDictionary)
    {
       itsDictionary = std::make_shared<InstanceSpecificDataDictionary>(
-         MDataDictionary::GetDefaultDataDictionary(),
-         PrivateDataDictionaryCatalog::GetDefaultPrivateDataDictionaryCatalog());
+          MDataDictionary::GetDefaultDataDictionary(),
+          PrivateDataDictionaryCatalog::GetDefaultPrivateDataDictionaryCatalog());
    }
    return *itsDictionary;
 }
@@ -56,6 +55,5 @@ void TransferSyntax::SetDataDictionary(InstanceSpecificDataDictionary* theDictio
 
 const InstanceSpecificDataDictionary& TransferSyntax::GetLookupDictionary() const
 {
-   return itsDictionary ? *itsDictionary
-                        : InstanceSpecificDataDictionary::GetDefaultInstanceSpecificDataDictionary();
+   return itsDictionary ? *itsDictionary : InstanceSpecificDataDictionary::GetDefaultInstanceSpecificDataDictionary();
 }

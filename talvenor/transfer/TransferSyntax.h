@@ -39,5 +39,5 @@ protected:
    const InstanceSpecificDataDictionary& GetLookupDictionary() const;
 
 private:
-   mutable std::shared_ptr<InstanceSpecificDataDictionary> itsDictionary;   // owns nothing when borrowed
+   mutable std::shared_ptr<InstanceSpecificDataDictionary> itsDictionary; // owns nothing when borrowed
 };

@@ -68,7 +68,7 @@ void TransferSyntaxManager::RegisterTransferSyntaxType(TransferSyntaxType* theTy
    }
    else if (aPlace->second.get() == theType)
    {
-      aType.release();   // the registered object itself: it stays where it is
+      aType.release(); // the registered object itself: it stays where it is
    }
 }
 
@@ -77,7 +77,7 @@ void TransferSyntaxManager::UnegisterTransferSyntaxType(const RWCString& theUID)
    MutexWhileInScope aLock(itsMutex);
    if (const auto aPlace = itsTypes.find(theUID); aPlace != itsTypes.end())
    {
-      itsTypes.erase(aPlace);   // by place: theUID may be the object's own
+      itsTypes.erase(aPlace); // by place: theUID may be the object's own
    }
 }
 

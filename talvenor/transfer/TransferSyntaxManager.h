@@ -15,7 +15,7 @@ class TALVENOR_API TransferSyntaxManager
 {
 public:
    TransferSyntaxManager() = default;
-   TransferSyntaxManager(const TransferSyntaxManager& theOther);   // copies every type object
+   TransferSyntaxManager(const TransferSyntaxManager& theOther); // copies every type object
    TransferSyntaxManager& operator=(const TransferSyntaxManager& theOther);
 
    // The process-wide registry with the syntaxes of AddWellKnownSyntaxes.
@@ -39,7 +39,7 @@ public:
    static TransferSyntaxType::BasicTransferSyntaxType GetBasicTransferSyntaxType(const RWCString& theUID);
 
 private:
-   static Mutex itsMutex;   // guards the changes of every registry
+   static Mutex itsMutex; // guards the changes of every registry
 
    std::unordered_map<RWCString, std::unique_ptr<TransferSyntaxType>> itsTypes;
 };

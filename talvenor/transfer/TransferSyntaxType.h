@@ -18,14 +18,14 @@ public:
    static const RWCString TSLEImplicitUID;
    static const RWCString TSLEExplicitUID;
    static const RWCString TSBEExplicitUID;
-   static const RWCString TSJPEG50UID;   // JPEG baseline
-   static const RWCString TSJPEG51UID;   // JPEG extended
+   static const RWCString TSJPEG50UID; // JPEG baseline
+   static const RWCString TSJPEG51UID; // JPEG extended
    static const RWCString TSJPEG52UID;
    static const RWCString TSJPEG53UID;
    static const RWCString TSJPEG54UID;
    static const RWCString TSJPEG55UID;
    static const RWCString TSJPEG56UID;
-   static const RWCString TSJPEG57UID;   // JPEG lossless
+   static const RWCString TSJPEG57UID; // JPEG lossless
    static const RWCString TSJPEG58UID;
    static const RWCString TSJPEG59UID;
    static const RWCString TSJPEG60UID;
@@ -35,15 +35,15 @@ public:
    static const RWCString TSJPEG64UID;
    static const RWCString TSJPEG65UID;
    static const RWCString TSJPEG66UID;
-   static const RWCString TSJPEG70UID;   // JPEG lossless, first-order prediction
+   static const RWCString TSJPEG70UID; // JPEG lossless, first-order prediction
    static const RWCString TSJPEGLSUID;
-   static const RWCString TSJPEGNLSUID;  // JPEG-LS near-lossless
+   static const RWCString TSJPEGNLSUID; // JPEG-LS near-lossless
    static const RWCString TSJPEG2KLosslessUID;
    static const RWCString TSJPEG2KUID;
    static const RWCString TSRLEUID;
    static const RWCString TSDeflatedUID; // not served
 
-   virtual TransferSyntaxType* Copy() const = 0;   // of the same class, owned by the caller
+   virtual TransferSyntaxType* Copy() const = 0; // of the same class, owned by the caller
    virtual ~TransferSyntaxType();
 
    virtual int IsExplicit() const;
@@ -51,7 +51,7 @@ public:
    virtual TNEndian::EndianType GetEndian() const;
    virtual int IsEncapsulated() const;
    virtual int IsCompressed() const;
-   virtual int IsLosslessCompressed() const;   // a compressed syntax for which this is 0 is lossy
+   virtual int IsLosslessCompressed() const; // a compressed syntax for which this is 0 is lossy
 
    // The value of (0028,2114) for pixel data in this syntax (PS3.3 C.7.6.1.1.5); empty unless it is lossy.
    virtual RWCString GetLossyImageCompressionMethod() const;

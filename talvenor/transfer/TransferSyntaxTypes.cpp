@@ -11,7 +11,7 @@ struct TransferSyntaxRow
 {
    const RWCString* itsUID;
    TransferSyntaxType::BasicTransferSyntaxType itsBasicType;
-   bool itsIsCompressed;   // pixel data is compressed and encapsulated
+   bool itsIsCompressed; // pixel data is compressed and encapsulated
    bool itsIsLossless;
    const char* itsLossyMethod;
    InputTransferSyntax* (*itsBorrowingDecoder)(InputStream&, const TransferSyntaxType&);
@@ -37,23 +37,28 @@ using Type = TransferSyntaxType;
 template <class Decoder>
 constexpr TransferSyntaxRow CompressedRow(const RWCString& theUID, bool theIsLossless, const char* theLossyMethod)
 {
-   return { &theUID, Type::LittleEndianExplicit, true, theIsLossless, theLossyMethod,
-            MakeCompressed<Decoder, InputStream&>, MakeCompressed<Decoder, InputStream*> };
+   return {&theUID,
+           Type::LittleEndianExplicit,
+           true,
+           theIsLossless,
+           theLossyMethod,
+           MakeCompressed<Decoder, InputStream&>,
+           MakeCompressed<Decoder, InputStream*>};
 }
 
 template <class Decoder>
 constexpr TransferSyntaxRow NativeRow(const RWCString& theUID, Type::BasicTransferSyntaxType theType)
 {
-   return { &theUID, theType, false, false, "", MakeNative<Decoder, InputStream&>, MakeNative<Decoder, InputStream*> };
+   return {&theUID, theType, false, false, "", MakeNative<Decoder, InputStream&>, MakeNative<Decoder, InputStream*>};
 }
 
 // PS3.5 annex A. Lossy methods: PS3.3 C.7.6.1.1.5.1.
 constexpr TransferSyntaxRow kImplicitLE =
-   NativeRow<LittleEndianImplicitInputTransferSyntax>(Type::TSLEImplicitUID, Type::LittleEndianImplicit);
+    NativeRow<LittleEndianImplicitInputTransferSyntax>(Type::TSLEImplicitUID, Type::LittleEndianImplicit);
 constexpr TransferSyntaxRow kExplicitLE =
-   NativeRow<LittleEndianExplicitInputTransferSyntax>(Type::TSLEExplicitUID, Type::LittleEndianExplicit);
+    NativeRow<LittleEndianExplicitInputTransferSyntax>(Type::TSLEExplicitUID, Type::LittleEndianExplicit);
 constexpr TransferSyntaxRow kExplicitBE =
-   NativeRow<BigEndianExplicitInputTransferSyntax>(Type::TSBEExplicitUID, Type::BigEndianExplicit);
+    NativeRow<BigEndianExplicitInputTransferSyntax>(Type::TSBEExplicitUID, Type::BigEndianExplicit);
 using JPEG = JPEGInputTransferSyntax;
 constexpr TransferSyntaxRow kJPEG50 = CompressedRow<JPEG>(Type::TSJPEG50UID, false, "ISO_10918_1");
 constexpr TransferSyntaxRow kJPEG51 = CompressedRow<JPEG>(Type::TSJPEG51UID, false, "ISO_10918_1");
@@ -78,8 +83,8 @@ TransferSyntaxType::~TransferSyntaxType() = default;
 const TransferSyntaxRow& TransferSyntaxType::GetRow() const
 {
    static const RWCString aNoUID;
-   static const TransferSyntaxRow aRow = { &aNoUID, UnknownBasicType, false, false, "", RefuseDecoder<InputStream&>,
-                                           RefuseDecoder<InputStream*> };
+   static const TransferSyntaxRow aRow = {
+       &aNoUID, UnknownBasicType, false, false, "", RefuseDecoder<InputStream&>, RefuseDecoder<InputStream*>};
    return aRow;
 }
 
