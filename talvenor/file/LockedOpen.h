@@ -6,7 +6,7 @@
 #include "talvenor/foundation/TNResult.h"
 #include "talvenor/io/LFStream.h"
 
-struct LockedOpen
+struct TALVENOR_API LockedOpen
 {
    const char* itsClass;         // texts begin with it: "Part10FileInputStream"
    const char* itsTracePrefix;   // what trace and log lines name: "DICOMObject::LoadFromFile"

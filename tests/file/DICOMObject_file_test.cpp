@@ -1,0 +1,361 @@
+// DICOMObject::LoadFromFile, the loader behind it, and the dump of a file.
+#include <algorithm>
+#include <cerrno>
+#include <gtest/gtest.h>
+#include <memory>
+#include <sstream>
+
+#include "support/CapturedErrorLog.h"
+#include "support/Elements.h"
+#include "support/FakeClock.h"
+#include "support/FileBytes.h"
+#include "support/TemporaryFile.h"
+#include "talvenor/dataset/DICOMCluster.h"
+#include "talvenor/dataset/DICOMObjectDumper.h"
+#include "talvenor/dictionary/MPrivateDataDictionary.h"
+#include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
+#include "talvenor/file/DICOMObjectLoader.h"
+#include "talvenor/foundation/LogStream.h"
+#include "talvenor/transfer/InputTransferSyntax.h"
+
+namespace
+{
+std::string Text(const std::string& theTag, const char* theType, const std::string& theValue)
+{
+   return ShortElement(theTag, theType, theValue);
+}
+
+// 32 bits, little endian.
+std::string Long(UINT32 theNumber)
+{
+   std::string aBytes;
+   for (int i = 0; i < 4; ++i, theNumber >>= 8)
+   {
+      aBytes += static_cast<char>(theNumber);
+   }
+   return aBytes;
+}
+
+const std::string kInstance = Text(Bytes("\x08\x00\x18\x00"), "UI", "1.22.3");
+const std::string kModality = Text(Bytes("\x08\x00\x60\x00"), "CS", "CT");
+const std::string kName = Text(Bytes("\x10\x00\x10\x00"), "PN", "A^BC");
+const std::string kRows = Text(Bytes("\x28\x00\x10\x00"), "US", Bytes("\x04\x00"));
+
+struct Loaded
+{
+   int itsReturn = -1;
+   UINT32 itsSize = 12345;
+   TNResultCode itsResult = TN_INTERNAL_ERROR;
+   int itsSystemError = -1;
+};
+
+Loaded Load(DICOMObject& theObject, const RWCString& thePath, UINT16 theStopGroup = 0, UINT16 theStopElement = 0,
+            int theKnownTagsOnly = 0, DICOMCluster* theCluster = nullptr)
+{
+   Loaded aResult;
+   aResult.itsReturn = theObject.LoadFromFile(thePath, aResult.itsSize, aResult.itsResult, aResult.itsSystemError,
+                                              theStopGroup, theStopElement, theKnownTagsOnly, theCluster);
+   return aResult;
+}
+
+TEST(LoadFromFile, FillsTheDatasetAndTheOutArguments)
+{
+   const std::string aFile = FileHeader(kExplicitLittle) + kInstance + kModality + kName + kRows;
+   const TemporaryFile aPath(aFile);
+   const CapturedErrorLog aLog;
+   DICOMDataObject anObject;
+   anObject.Push(TextElement(0x00080005, "of an earlier load"));
+   const Loaded aResult = Load(anObject, aPath.Name());
+   EXPECT_EQ(aResult.itsReturn, 1);
+   EXPECT_EQ(aResult.itsSize, aFile.size());
+   EXPECT_EQ(aResult.itsResult, TN_NO_ERROR);
+   EXPECT_EQ(aResult.itsSystemError, 0);
+   EXPECT_EQ(TagsOf(anObject), (std::vector<UINT32>{0x00080018, 0x00080060, 0x00100010, 0x00280010}));
+   EXPECT_EQ(aLog.Text(), "");
+
+   DICOMDataObject aShort;
+   EXPECT_EQ(aShort.LoadFromFile(aPath.Name()), 1);
+   EXPECT_TRUE(aShort.ValueEquals(anObject));
+}
+
+TEST(LoadFromFile, MissingFileGetsTimeToAppearAndLeavesTheDatasetAlone)
+{
+   const FakeClock aClock;
+   const CapturedErrorLog aLog;
+   const TemporaryFile aMissing;
+   DICOMDataObject anObject;
+   anObject.Push(TextElement(0x00080060, "CT"));
+   const Loaded aResult = Load(anObject, aMissing.Name());
+   EXPECT_EQ(aResult.itsReturn, 0);
+   EXPECT_EQ(aResult.itsResult, TN_OPEN_FAILED);
+   EXPECT_EQ(aResult.itsSystemError, ENOENT);
+   EXPECT_EQ(aClock.Slept(), 8u * 300u); // a pause after each of eight attempts
+   EXPECT_EQ(TextOf(anObject, 0x00080060), "CT");
+}
+
+TEST(LoadFromFile, FailuresAreLoggedAndKeepWhatHadBeenRead)
+{
+   struct Case
+   {
+      const char* itsName;
+      std::string itsFile;
+      TNResultCode itsResult;
+      std::vector<UINT32> itsTags;
+      const char* itsLogText;
+   };
+   const std::string aHeader = FileHeader(kExplicitLittle);
+   const std::string kNoSyntax = kPreambleAndMagic + kGroupLength + kVersion + kSOPClass;
+   const Case kCases[] = {
+       {"empty", "", TN_PARSE_TO_OBJECT_FAILED, {}, "): Empty file: "},
+       {"8 bytes", "12345678", TN_PARSE_TO_OBJECT_FAILED, {}, "File less than 8 bytes long: "},
+       {"no transfer syntax",
+        kNoSyntax,
+        TN_PARSE_TO_OBJECT_FAILED,
+        {},
+        "Part10InputStream::Open(): Invalid Part10 header: Missing TransferSyntaxUID: "},
+       {"unknown transfer syntax",
+        FileHeader("1.2.33") + kModality,
+        TN_TRANSFER_SYNTAX_UNSUPPORTED,
+        {},
+        "Unknown transfer syntax type: "},
+       {"cut in a value",
+        aHeader + kInstance + kModality + kName.substr(0, 10),
+        TN_END_OF_FILE,
+        {0x00080018, 0x00080060},
+        ""},
+       {"cut in a header", aHeader + kInstance + kModality.substr(0, 5), TN_END_OF_FILE, {0x00080018}, ""},
+   };
+   for (const Case& aCase : kCases)
+   {
+      const TemporaryFile aPath(aCase.itsFile);
+      const CapturedErrorLog aLog;
+      DICOMDataObject anObject;
+      anObject.Push(TextElement(0x00100020, "of an earlier load"));
+      const Loaded aResult = Load(anObject, aPath.Name());
+      EXPECT_EQ(aResult.itsReturn, 0) << aCase.itsName;
+      EXPECT_EQ(aResult.itsResult, aCase.itsResult) << aCase.itsName;
+      EXPECT_EQ(TagsOf(anObject), aCase.itsTags) << aCase.itsName;
+      const std::string aPrefix = "DICOMObject::LoadFromFile(\"" + RWCString(aPath.Name()) + "\"): ";
+      const std::string aLine = aLog.Text().substr(std::min(aLog.Text().find(aPrefix), aLog.Text().size()));
+      EXPECT_NE(aLine.find(aCase.itsLogText), std::string::npos) << aCase.itsName << ": " << aLog.Text();
+      EXPECT_NE(aLine.find(TNResult::Describe(aCase.itsResult)), std::string::npos) << aCase.itsName << aLine;
+   }
+}
+
+TEST(LoadFromFile, HeaderNeedsOnlyTheTransferSyntax)
+{
+   const TemporaryFile aPath(kPreambleAndMagic + kGroupLength + TransferSyntaxElement(kExplicitLittle) + kModality);
+   DICOMDataObject anObject;
+   EXPECT_EQ(Load(anObject, aPath.Name()).itsReturn, 1);
+   EXPECT_EQ(TextOf(anObject, 0x00080060), "CT");
+}
+
+TEST(LoadFromFile, BigEndianValuesComeThroughTheGetters)
+{
+   const TemporaryFile aPath(FileHeader(kExplicitBig) + Bytes("\x00\x28\x00\x10US\x00\x02\x01\x02") +
+                             Bytes("\x00\x28\x00\x11US\x00\x02\x00\x05") +
+                             Bytes("\x00\x28\x12\x01OW\x00\x00\x00\x00\x00\x04\x01\x02\x03\x04"));
+   DICOMDataObject anObject;
+   ASSERT_EQ(Load(anObject, aPath.Name()).itsReturn, 1);
+   EXPECT_EQ(anObject.GetEndian(), TNEndian::BigEndian);
+   EXPECT_EQ(anObject.GetUINT16(0x0028, 0x0010), 0x0102);
+   EXPECT_EQ(anObject.GetUINT16(0x0028, 0x0011), 5);
+   UINT16 aWords[2] = {};
+   EXPECT_EQ(anObject.GetWords(0x0028, 0x1201, aWords, sizeof aWords), 1);
+   EXPECT_EQ(aWords[1], 0x0304);
+}
+
+TEST(LoadFromFile, StopsAtTheLimit)
+{
+   const TemporaryFile aPath(FileHeader(kExplicitLittle) + kInstance + kModality + kName + kRows);
+   struct Case
+   {
+      UINT16 itsGroup, itsElement;
+      std::size_t itsCount;
+   };
+   const Case kCases[] = {
+       {0, 0, 4},           {0x0008, 0x0060, 1}, {0x0010, 0, 2},      {0x0010, 0x0010, 2},
+       {0x0028, 0x0010, 3}, {0x0009, 0x0010, 2}, {0x7FE0, 0x0010, 4},
+   };
+   for (const Case& aCase : kCases)
+   {
+      DICOMDataObject anObject;
+      EXPECT_EQ(Load(anObject, aPath.Name(), aCase.itsGroup, aCase.itsElement).itsReturn, 1);
+      EXPECT_EQ(anObject.Entries(), aCase.itsCount) << std::hex << aCase.itsGroup << ',' << aCase.itsElement;
+   }
+}
+
+TEST(LoadFromFile, DatasetJoinsTheCluster)
+{
+   const std::string aStudy = Text(Bytes("\x20\x00\x0D\x00"), "UI", "1.2.50");
+   const std::string aSeries = Text(Bytes("\x20\x00\x0E\x00"), "UI", "1.2.60");
+   const std::string aFile = FileHeader(kExplicitLittle) + kInstance + kModality + kName + aStudy + aSeries;
+   const TemporaryFile aPath(aFile);
+   DICOMCluster aCluster;
+   DICOMDataObject aFirst;
+   DICOMDataObject aSecond;
+   EXPECT_EQ(Load(aFirst, aPath.Name(), 0, 0, 0, &aCluster).itsReturn, 1);
+   EXPECT_EQ(Load(aSecond, aPath.Name(), 0, 0, 0, &aCluster).itsReturn, 1);
+   EXPECT_NE(aFirst.GetVR(0x0010, 0x0010), nullptr);
+   EXPECT_EQ(aFirst.GetVR(0x0010, 0x0010), aSecond.GetVR(0x0010, 0x0010)); // one for both
+   EXPECT_NE(aFirst.GetVR(0x0008, 0x0018), aSecond.GetVR(0x0008, 0x0018)); // of each its own
+   EXPECT_EQ(TagsOf(aSecond).size(), 5u);
+}
+
+TEST(LoadFromFile, DumperPrintsAFileOrSaysWhyNot)
+{
+   const FakeClock aClock;
+   std::ostringstream anOutput;
+   LogStream aLog(anOutput);
+   DICOMObjectDumper aDumper(aLog);
+   const TemporaryFile aPath(FileHeader(kExplicitLittle) + kModality);
+   aDumper.Dump(RWCString(aPath.Name()));
+   const std::string aLoaded = "DICOMObjectDumper: Loaded DICOM Object from file \"" + RWCString(aPath.Name()) + "\"\n";
+   EXPECT_EQ(anOutput.str().rfind(aLoaded, 0), 0u) << anOutput.str();
+   EXPECT_NE(anOutput.str().find("Start of DICOM Data Object"), std::string::npos);
+   EXPECT_NE(anOutput.str().find("(0008, 0060) 2/CS"), std::string::npos);
+
+   const TemporaryFile aMissing;
+   anOutput.str("");
+   aDumper.Dump(RWCString(aMissing.Name()));
+   EXPECT_EQ(anOutput.str(), "DICOMObjectDumper: Error loading file \"" + RWCString(aMissing.Name()) +
+                                 "\": " + TNResult::Describe(TN_OPEN_FAILED) + " (system error 2)\n");
+}
+
+// The default catalog knows KNOWN for the time of a test.
+class KnownTags : public testing::Test
+{
+protected:
+   KnownTags()
+   {
+      std::istringstream aStream("PrivateCreator = KNOWN\n0009,0001,LO,a thing,Thing,1,1\n");
+      Catalog().Add(new MPrivateDataDictionary(aStream));
+   }
+   ~KnownTags() override { delete Catalog().Remove("KNOWN"); }
+
+   static PrivateDataDictionaryCatalog& Catalog()
+   {
+      return PrivateDataDictionaryCatalog::GetDefaultPrivateDataDictionaryCatalog();
+   }
+
+   std::vector<UINT32> Kept(const std::string& theElements, const std::string& theSyntax = kExplicitLittle,
+                            int theKnownTagsOnly = 1)
+   {
+      const TemporaryFile aPath(FileHeader(theSyntax) + theElements);
+      DICOMDataObject anObject;
+      const Loaded aResult = Load(anObject, aPath.Name(), 0, 0, theKnownTagsOnly);
+      EXPECT_EQ(aResult.itsReturn, 1) << aResult.itsResult;
+      return TagsOf(anObject);
+   }
+
+   static std::string Private(const std::string& theElement, const std::string& theValue)
+   {
+      return Text(Bytes("\x09\x00") + theElement, "LO", theValue);
+   }
+};
+
+TEST_F(KnownTags, KeepWhatBelongsToAKnownCreator)
+{
+   struct Case
+   {
+      const char* itsName;
+      std::string itsElements;
+      std::vector<UINT32> itsKept;
+   };
+   const std::string aFirst = Bytes("\x10\x00"), aValue = Bytes("\x01\x10"), anOtherValue = Bytes("\x01\x11");
+   const Case kCases[] = {
+       {"known", Private(aFirst, "KNOWN ") + Private(aValue, "xx"), {0x00090010, 0x00091001}},
+       {"blanks around", Private(aFirst, "  KNOWN ") + Private(aValue, "xx"), {0x00090010, 0x00091001}},
+       {"unknown", Private(aFirst, "OTHER ") + Private(aValue, "xx"), {}},
+       {"another block", Private(aFirst, "KNOWN ") + Private(anOtherValue, "xx"), {0x00090010}},
+       {"no creator", Private(aValue, "xx"), {}},
+       {"empty creator", Private(aFirst, "") + Private(aValue, "xx"), {}},
+       {"blank creator", Private(aFirst, "  ") + Private(aValue, "xx"), {}},
+       {"265 characters and known", Private(aFirst, std::string(260, ' ') + "KNOWN"), {0x00090010}},
+       {"266 characters", Private(aFirst, std::string(261, ' ') + "KNOWN"), {}},
+       {"other small letters", Private(aFirst, "known "), {}},
+       {"group 0123", Text(Bytes("\x23\x01\x01\x10"), "LO", "xx"), {0x01231001}},
+       {"group 1021", Text(Bytes("\x21\x10\x01\x10"), "LO", "xx"), {0x10211001}},
+       {"below the creators", Private(Bytes("\x01\x00"), "xx"), {}},
+   };
+   for (const Case& aCase : kCases)
+   {
+      EXPECT_EQ(Kept(aCase.itsElements + kName).size(), aCase.itsKept.size() + 1) << aCase.itsName;
+      EXPECT_EQ(Kept(aCase.itsElements), aCase.itsKept) << aCase.itsName;
+   }
+   EXPECT_EQ(Kept(kModality + Private(aFirst, "OTHER ") + Private(aValue, "xx"), kExplicitLittle, 0).size(), 3u);
+}
+
+TEST_F(KnownTags, DropSequencesToTheirEnd)
+{
+   // (0009,1005) SQ with items of defined and undefined length, and in them a sequence and pixel data of both kinds.
+   const std::string kItem = Bytes("\xFE\xFF\x00\xE0"), kUndefined = Bytes("\xFF\xFF\xFF\xFF");
+   const std::string kItemEnd = Bytes("\xFE\xFF\x0D\xE0\0\0\0\0"), kSequenceEnd = Bytes("\xFE\xFF\xDD\xE0\0\0\0\0");
+   const std::string kPixels = Bytes("\xE0\x7F\x10\x00OW\0\0\x04\0\0\0abcd");
+   const std::string kFragments =
+       Bytes("\xE0\x7F\x10\x00OB\0\0\xFF\xFF\xFF\xFF") + kItem + Long(0) + kItem + Long(4) + "abcd" + kSequenceEnd;
+   const std::string kSequence = Bytes("\x09\x00\x05\x10SQ\0\0"), kInner = Bytes("\x08\x00\x40\x11SQ\0\0");
+   struct Case
+   {
+      const char* itsName;
+      std::string itsContent; // of an item
+   };
+   const Case kCases[] = {
+       {"empty", ""},
+       {"an element", kModality},
+       {"a sequence", kInner + kUndefined + kItem + Long(10) + kModality + kSequenceEnd + kName},
+       {"native pixels", kModality + kPixels},
+       {"encapsulated pixels", kModality + kFragments},
+   };
+   for (const Case& aCase : kCases)
+   {
+      const std::string aDefinedItem = kItem + Long(static_cast<UINT32>(aCase.itsContent.size())) + aCase.itsContent;
+      const std::string anOpenItem = kItem + kUndefined + aCase.itsContent + kItemEnd;
+      const std::string anItems = aDefinedItem + anOpenItem + aDefinedItem;
+      const std::string aDefined = kSequence + Long(static_cast<UINT32>(anItems.size())) + anItems;
+      const std::string anOpen = kSequence + kUndefined + anItems + kSequenceEnd;
+      for (const std::string& aSequence : {aDefined, anOpen})
+      {
+         EXPECT_EQ(Kept(aSequence + kName, kBaselineJPEG), (std::vector<UINT32>{0x00100010})) << aCase.itsName;
+         EXPECT_EQ(Kept(aSequence + kName, kBaselineJPEG, 0).size(), 2u) << aCase.itsName;
+      }
+   }
+}
+
+TEST_F(KnownTags, TableOfBlocksStartsOverWhenItIsFull)
+{
+   // 250 creators in group 0009 (0010-00FF) and 000B, then a value in the first, the second and the last block.
+   std::string aCreators;
+   const auto aCreator = [](int theGroup, int theBlock) {
+      return Text(std::string{static_cast<char>(theGroup), 0, static_cast<char>(theBlock), 0}, "LO", "KNOWN ");
+   };
+   int aCount = 0;
+   for (int aBlock = 0x10; aBlock <= 0xFF; ++aBlock, ++aCount) // 240
+   {
+      aCreators += aCreator(0x09, aBlock);
+   }
+   const std::string kFirst = Bytes("\x09\x00\x01\x10"), kSecond = Bytes("\x09\x00\x01\x11");
+   const std::string kValues = Text(kFirst, "LO", "xx") + Text(kSecond, "LO", "xx");
+   for (int aBlock = 0x10; aCount < 249; ++aBlock, ++aCount)
+   {
+      aCreators += aCreator(0x0B, aBlock);
+   }
+   EXPECT_EQ(Kept(aCreators + kValues).size(), 251u);
+   const std::vector<UINT32> aKept = Kept(aCreators + aCreator(0x0B, 0x30) + kValues);
+   EXPECT_EQ(aKept.size(), 251u);
+   EXPECT_EQ(std::count(aKept.begin(), aKept.end(), 0x00091001u), 0) << "its place was taken";
+   EXPECT_EQ(std::count(aKept.begin(), aKept.end(), 0x00091101u), 1);
+}
+
+TEST(DICOMObjectLoader, ServesHostsWithStreamsOfTheirOwn)
+{
+   const std::string aFile = FileHeader(kExplicitLittle) + kInstance + kModality + kName;
+   const auto aStream = OpenBytes(aFile);
+   DICOMDataObject anObject;
+   DICOMObjectLoader aLoader(anObject, *aStream);
+   aLoader.SetStopAt(0x0010, 0x0010);
+   aLoader.Load();
+   EXPECT_EQ(TagsOf(anObject), (std::vector<UINT32>{0x00080018, 0x00080060}));
+   EXPECT_EQ(aLoader.GetDecoder().GetLevelEnd(), InputTransferSyntax::AtStopLimit);
+}
+} // namespace
