@@ -31,9 +31,3 @@ private:
    RWCString itsCreator;
    UINT16 itsGroup;
 };
-
-// For the standard hash tables.
-struct PrivateAllocationHasher
-{
-   std::size_t operator()(const PrivateAllocation& theAllocation) const { return theAllocation.hash(); }
-};

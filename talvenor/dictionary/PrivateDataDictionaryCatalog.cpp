@@ -49,13 +49,15 @@ int PrivateDataDictionaryCatalog::Add(MPrivateDataDictionary* theDictionary)
    {
       return 0;
    }
-   std::unique_ptr<Slot>& aSlot = itsSlots[aDictionary->GetPrivateCreatorID()];
-   if (aSlot != nullptr && aSlot->itsDictionary.load() != nullptr)
+   const RWCString aCreator = aDictionary->GetPrivateCreatorID();
+   const auto aPlace = itsSlots.find(aCreator);
+   if (aPlace != itsSlots.end() && aPlace->second->itsDictionary.load() != nullptr)
    {
       return 0;
    }
-   aSlot = std::make_unique<Slot>();
+   auto aSlot = std::make_unique<Slot>();
    aSlot->itsDictionary = aDictionary.release();
+   itsSlots.insert_or_assign(aCreator, std::move(aSlot));
    return 1;
 }
 
@@ -75,35 +77,41 @@ const MPrivateDataDictionary* PrivateDataDictionaryCatalog::Find(std::string_vie
 const MPrivateDataDictionary* PrivateDataDictionaryCatalog::LoadDeferred(const RWCString& theCreator,
                                                                          Slot& theSlot) const
 {
-   const std::lock_guard aLock(itsLoadMutex);
-   if (theSlot.itsIsPending.load(std::memory_order_relaxed))
+   RWCString aFault;
    {
-      RWCString aFault;
-      try
+      const std::lock_guard aLock(itsLoadMutex);
+      if (theSlot.itsIsPending.load(std::memory_order_relaxed))
       {
-         auto aDictionary = std::make_unique<MPrivateDataDictionary>(theSlot.itsFileName);
-         if (aDictionary->GetPrivateCreatorID() == theCreator)
-         {
-            theSlot.itsDictionary.store(aDictionary.release(), std::memory_order_relaxed);
-         }
-         else
-         {
-            aFault = "the creator of the file is \"" + aDictionary->GetPrivateCreatorID() + "\"";
-         }
+         aFault = ReadFile(theCreator, theSlot);
+         theSlot.itsIsPending.store(false, std::memory_order_release);
       }
-      catch (const TalvenorException& anException)
-      {
-         aFault = anException.GetMessage();
-      }
-      if (!aFault.empty())
-      {
-         startentry(gTNErrorLog) << "PrivateDataDictionaryCatalog::Find(\"" << theCreator
-                                 << "\"): Error: " << theSlot.itsFileName << " is not used: " << aFault << "\n"
-                                 << endentry;
-      }
-      theSlot.itsIsPending.store(false, std::memory_order_release);
+   }
+   // Not under the lock: what takes the log's entries, or writes one just now, may look up creators itself.
+   if (!aFault.empty())
+   {
+      startentry(gTNErrorLog) << "PrivateDataDictionaryCatalog::Find(\"" << theCreator
+                              << "\"): Error: " << theSlot.itsFileName << " is not used: " << aFault << "\n"
+                              << endentry;
    }
    return theSlot.itsDictionary.load(std::memory_order_relaxed);
+}
+
+RWCString PrivateDataDictionaryCatalog::ReadFile(const RWCString& theCreator, Slot& theSlot)
+{
+   try
+   {
+      auto aDictionary = std::make_unique<MPrivateDataDictionary>(theSlot.itsFileName);
+      if (aDictionary->GetPrivateCreatorID() != theCreator)
+      {
+         return "the creator of the file is \"" + aDictionary->GetPrivateCreatorID() + "\"";
+      }
+      theSlot.itsDictionary.store(aDictionary.release(), std::memory_order_relaxed);
+      return {};
+   }
+   catch (const TalvenorException& anException)
+   {
+      return anException.GetMessage();
+   }
 }
 
 MPrivateDataDictionary* PrivateDataDictionaryCatalog::Remove(std::string_view theCreator)
@@ -131,15 +139,10 @@ int PrivateDataDictionaryCatalog::AddDeferred(const RWCString& theCreator, const
    {
       return 0;
    }
-   const auto [aPlace, aIsNew] = itsSlots.try_emplace(theCreator);
-   if (!aIsNew)
-   {
-      return 0;
-   }
-   aPlace->second = std::make_unique<Slot>();
-   aPlace->second->itsFileName = theFileName;
-   aPlace->second->itsIsPending = true;
-   return 1;
+   auto aSlot = std::make_unique<Slot>();
+   aSlot->itsFileName = theFileName;
+   aSlot->itsIsPending = true;
+   return itsSlots.try_emplace(theCreator, std::move(aSlot)).second ? 1 : 0;
 }
 
 int PrivateDataDictionaryCatalog::AddDeferredIndex(const RWCString& theIndexFileName)

@@ -81,6 +81,8 @@ private:
    using Slots = std::unordered_map<RWCString, std::unique_ptr<Slot>, TextHasher, std::equal_to<>>;
 
    const MPrivateDataDictionary* LoadDeferred(const RWCString& theCreator, Slot& theSlot) const;
+   // Returns what is wrong with the file, nothing when theSlot has its dictionary now.
+   static RWCString ReadFile(const RWCString& theCreator, Slot& theSlot);
    void CopyFrom(const PrivateDataDictionaryCatalog& theOther);
 
    Slots itsSlots;

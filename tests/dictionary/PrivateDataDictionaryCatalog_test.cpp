@@ -146,6 +146,37 @@ TEST(PrivateDataDictionaryCatalog, DeferredFilesThatFailAreReportedOnce)
    EXPECT_EQ(aLog.Count("Find(\"MISSING\")"), 1u);
 }
 
+// Where the entries of the log go may need the catalog: a dump that is traced looks up names.
+TEST(PrivateDataDictionaryCatalog, AFaultIsReportedWhileOthersMayLookUp)
+{
+   class AskingBuffer : public std::stringbuf
+   {
+   public:
+      explicit AskingBuffer(const PrivateDataDictionaryCatalog& theCatalog) : itsCatalog(theCatalog) {}
+      int itsQuestions = 0;
+
+   private:
+      int sync() override
+      {
+         // In a thread of its own: one that already holds the lock could not tell.
+         std::jthread([this] { itsCatalog.Contains("BAD"); });
+         ++itsQuestions;
+         return 0;
+      }
+
+      const PrivateDataDictionaryCatalog& itsCatalog;
+   };
+   TemporaryDirectory aDirectory;
+   PrivateDataDictionaryCatalog aCatalog;
+   aCatalog.AddDeferred("BAD", aDirectory.File("missing.dic"));
+   AskingBuffer aBuffer(aCatalog);
+   std::ostream aStream(&aBuffer);
+   gTNErrorLog.On(aStream);
+   EXPECT_FALSE(aCatalog.Contains("BAD"));
+   gTNErrorLog.Off();
+   EXPECT_GT(aBuffer.itsQuestions, 0);
+}
+
 TEST(PrivateDataDictionaryCatalog, AnAddedDictionaryStandsBeforeADeferredOne)
 {
    TemporaryDirectory aDirectory;
