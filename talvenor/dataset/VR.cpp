@@ -124,6 +124,7 @@ VR::VR(UINT16 theGroup, UINT16 theElement, const RWTValOrderedVector<RWCString>&
 std::unique_ptr<VR> VR::MakeWithRoom(UINT16 theGroup, UINT16 theElement, UINT32 theLength,
                                      TNEndian::EndianType theEndian)
 {
+   static_assert(sizeof(VR) % alignof(DOUBLE) == 0, "the value begins as aligned as one of the default allocator");
    void* const aPlace = ::operator new(sizeof(VR) + EvenLength(theLength));
    std::unique_ptr<VR> aVR(new (aPlace) VR(theGroup, theElement, theEndian));
    if (theLength != 0)

@@ -110,9 +110,9 @@ public:
    // Overwrites the last byte of a value that is not empty.
    virtual void SetPadByte(char thePad);
 
-   // A fresh buffer of unspecified content, the size (the current length in the first form) rounded up to even with a
-   // last byte of 0. The length field stays as it is; when there is no memory the element has lost its value and is
-   // empty.
+   // A fresh buffer of unspecified content, of the size (in the first form the current length) rounded up to even; the
+   // pad byte of an odd size is 0. The length field stays as it is; when there is no memory the element has lost its
+   // value and is empty.
    virtual void* AllocateData();
    virtual void* AllocateData(UINT32 theSize);
 
@@ -202,7 +202,8 @@ public:
    // Reads GetLength() bytes into the buffer, which must be that large, or into a new one when there is none. 1 when all
    // arrived (and for an empty element), 0 when the stream had ended, StreamIOException (TN_END_OF_FILE) when it ends
    // inside the value; a new buffer is kept only when all arrived. The buffer of a long value is made as the bytes
-   // arrive, so that a length that lies costs little memory.
+   // arrive, so that a length that lies costs little memory. The text of the exception ends with the position in the
+   // stream, "unknown" where the stream does not tell it.
    int ReadData(EndianHandlingReader& theReader);
 
    // Writing single fields in the writer's byte order; the "Plus1" forms write the length plus one. They throw what the
@@ -217,14 +218,15 @@ public:
    void WriteTypeCode(EndianHandlingWriter& theWriter) const;
 
    // Writes the value, swapped by its type when the writer's byte order differs from the value's. Always GetLength()
-   // bytes: a rest that fills no whole unit goes out as it is. A length that is undefined, or that has no bytes behind
-   // it, throws StreamIOException (TN_INTERNAL_ERROR).
+   // bytes: a rest that fills no whole unit goes out as it is. For a length that is undefined, or that has no bytes
+   // behind it, WriteData throws StreamIOException (TN_INTERNAL_ERROR), WriteTypedData writes nothing.
    void WriteData(EndianHandlingWriter& theWriter) const;
    void WriteTypedData(EndianHandlingWriter& theWriter) const;
 
-   // An addition for decoders: a new element of theLength bytes, of unspecified content but for the pad byte of an odd
-   // length, which stand in the same piece of memory as the element. Half the work of making the two apart; the bytes
-   // are freed with the element, not with its value.
+   // An addition for decoders: a new element of theLength bytes (not undefined; an odd length stays odd), of unspecified
+   // content but for the pad byte of an odd length, which stand in the same piece of memory as the element. Half the
+   // work of making the two apart. The bytes do not come from an allocator and are freed with the element, not with its
+   // value; whatever replaces the value is made and freed as in any other element. Throws std::bad_alloc.
    static std::unique_ptr<VR> MakeWithRoom(UINT16 theGroup, UINT16 theElement, UINT32 theLength,
                                            TNEndian::EndianType theEndian);
 

@@ -2,6 +2,7 @@
 
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -14,6 +15,8 @@
 #include "talvenor/dictionary/UID.h"
 #include "talvenor/dictionary/VRType.h"
 #include "talvenor/foundation/Exceptions.h"
+#include "talvenor/io/EndianHandlingReader.h"
+#include "talvenor/io/MemoryStreams.h"
 
 #ifndef __has_feature
 #define __has_feature(theName) 0 // clang's
@@ -64,6 +67,21 @@ public:
    using VR::VR;
    int IsStreamBuffered() const override { return 1; }
 };
+
+// An element with its value in one piece of memory, as decoders make them.
+std::unique_ptr<VR> VRWithRoom(const std::string& theValue)
+{
+   std::unique_ptr<VR> aVR =
+       VR::MakeWithRoom(0x0028, 0x0010, static_cast<UINT32>(theValue.size()), TNEndian::LittleEndian);
+   std::copy(theValue.begin(), theValue.end(), aVR->GetData());
+   aVR->SetTypeCode(VRCode::US);
+   return aVR;
+}
+
+bool StandsInItsRoom(const VR& theVR)
+{
+   return theVR.GetData() == reinterpret_cast<const unsigned char*>(&theVR) + sizeof(VR);
+}
 } // namespace
 
 TEST(VR, ConstructorsPadTheirValueToEvenLength)
@@ -199,6 +217,125 @@ TEST(VR, ABorrowedBufferIsLeftAloneByEveryChangeOfValue)
       EXPECT_STREQ(aBuffer, "1234");
       EXPECT_NE(aVR.GetData(), reinterpret_cast<unsigned char*>(aBuffer));
    }
+}
+
+TEST(VR, AValueMayStandInTheMemoryOfItsElement)
+{
+   for (const std::string& aValue : {""s, "ab"s, "abc"s, std::string(1001, 'x')})
+   {
+      SCOPED_TRACE(aValue.size());
+      const std::unique_ptr<VR> aVR = VRWithRoom(aValue);
+      EXPECT_EQ(aVR->GetTag(), 0x00280010u);
+      EXPECT_EQ(ValueOf(*aVR), aValue) << "an odd length stays odd";
+      EXPECT_EQ(StandsInItsRoom(*aVR), !aValue.empty());
+      EXPECT_EQ(aVR->GetData() == nullptr, aValue.empty());
+      EXPECT_EQ(&aVR->GetMemoryAllocater(), &MemoryAllocater::GetDefault());
+      if (aValue.size() % 2 != 0)
+      {
+         EXPECT_EQ(aVR->GetData()[aValue.size()], 0);
+      }
+   }
+}
+
+// Nothing but the element itself may free the room: freeing it alone ends the process, with or without a sanitizer.
+TEST(VR, EveryChangeOfAValueInTheMemoryOfItsElementLeavesThatMemoryAlone)
+{
+   const VR anOther(0x0028, 0x0010, "wxyz12", 6);
+   const VR anEmpty(0x0028, 0x0010);
+   const struct
+   {
+      const char* itsName;
+      std::function<void(VR&)> itsChange;
+      std::string itsValue; // "ABCD" before
+      bool itsStaysInItsRoom;
+   } aCases[] = {
+       {"no change", [](VR&) {}, "ABCD", true},
+       {"Reset", [](VR& theVR) { theVR.Reset(); }, "", false},
+       {"SetData", [](VR& theVR) { theVR.SetData("123", 3, ' '); }, "123 ", false},
+       {"SetData from its own value", [](VR& theVR) { theVR.SetData(theVR.GetData() + 1, 3, '#'); }, "BCD#", false},
+       {"SetData of nothing", [](VR& theVR) { theVR.SetData(nullptr, 0, ' '); }, "", false},
+       {"AllocateData for the length", [](VR& theVR) { std::memcpy(theVR.AllocateData(), "1234", 4); }, "1234", false},
+       {"AllocateData of more", [](VR& theVR) { std::memcpy(theVR.AllocateData(99), "1234", 4); }, "1234", false},
+       {"AllocateData of nothing and Reset",
+        [](VR& theVR) {
+           theVR.AllocateData(0);
+           theVR.Reset();
+        },
+        "", false},
+       {"assignment", [&](VR& theVR) { theVR = anOther; }, "wxyz12", false},
+       {"assignment of an empty element", [&](VR& theVR) { theVR = anEmpty; }, "", false},
+       {"assignment of another with room", [](VR& theVR) { theVR = *VRWithRoom("xyz"); }, "xyz", false},
+       {"assignment of itself", [](VR& theVR) { theVR = *&theVR; }, "ABCD", true},
+       {"SetPadByte", [](VR& theVR) { theVR.SetPadByte('#'); }, "ABC#", true},
+       {"SwapDataEndian", [](VR& theVR) { theVR.SwapDataEndian(); }, "BADC", true},
+       {"SetLength", [](VR& theVR) { theVR.SetLength(2); }, "AB", true},
+       {"ReadData",
+        [](VR& theVR) {
+           MemoryInputStream aStream(reinterpret_cast<const unsigned char*>("1234"), 4);
+           EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
+           EXPECT_EQ(theVR.ReadData(aReader), 1);
+        },
+        "1234", true},
+       {"ReadData after Reset",
+        [](VR& theVR) {
+           MemoryInputStream aStream(reinterpret_cast<const unsigned char*>("123"), 3);
+           EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
+           theVR.Reset();
+           theVR.SetLength(3);
+           EXPECT_EQ(theVR.ReadData(aReader), 1);
+        },
+        "123", false},
+   };
+   for (const auto& aCase : aCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const std::unique_ptr<VR> aVR = VRWithRoom("ABCD");
+      aCase.itsChange(*aVR);
+      EXPECT_EQ(ValueOf(*aVR), aCase.itsValue);
+      EXPECT_EQ(StandsInItsRoom(*aVR), aCase.itsStaysInItsRoom);
+      // What has replaced the value is the element's own: it goes with the next change, the room with the element.
+      aVR->SetData("last", 4, ' ');
+      EXPECT_EQ(ValueOf(*aVR), "last");
+   }
+}
+
+TEST(VR, CopiesOutliveAnElementWithItsValueInItsMemory)
+{
+   std::unique_ptr<VR> anOriginal = VRWithRoom("abc");
+   const std::unique_ptr<VR> aCopy(anOriginal->Copy());
+   const VR aSecond(*anOriginal);
+   VR anAssigned(0x0010, 0x0020, "old value", 9);
+   anAssigned = *anOriginal;
+   EXPECT_TRUE(anOriginal->ValueAndTagEquals(*aCopy));
+   anOriginal.reset();
+   for (const VR* aVR : {static_cast<const VR*>(aCopy.get()), &aSecond, static_cast<const VR*>(&anAssigned)})
+   {
+      EXPECT_EQ(aVR->GetTag(), 0x00280010u);
+      EXPECT_EQ(aVR->GetTypeCode(), VRCode::US);
+      EXPECT_EQ(ValueOf(*aVR), "abc");
+      EXPECT_FALSE(StandsInItsRoom(*aVR));
+   }
+}
+
+// Its class may be any: what is freed is what was made, whatever its size.
+TEST(VR, AnElementOfADerivedClassIsFreedThroughItsBase)
+{
+   class LargerVR : public VR
+   {
+   public:
+      LargerVR(std::string theText, bool& theIsGone)
+          : VR(0x0010, 0x0020, "abc", 3), itsText(std::move(theText)), itsIsGone(theIsGone)
+      {}
+      ~LargerVR() override { itsIsGone = true; }
+
+   private:
+      std::string itsText;
+      bool& itsIsGone;
+   };
+   bool anIsGone = false;
+   std::unique_ptr<VR> aVR = std::make_unique<LargerVR>(std::string(100, 'x'), anIsGone);
+   aVR.reset();
+   EXPECT_TRUE(anIsGone);
 }
 
 TEST(VR, FailedAllocationsLeakNothingAndLeaveNoHalfBuiltValue)
