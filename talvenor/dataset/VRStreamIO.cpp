@@ -36,16 +36,16 @@ int ReadField(EndianHandlingReader& theReader, T& theField, const char* theMetho
    throw StreamIOException(aText.c_str(), TN_END_OF_FILE, 0);
 }
 
-// 0 for a stream that knows no position: failing to tell it must not hide the failure that is being told.
-unsigned int PositionOf(const EndianHandlingReader& theReader)
+// Not every stream knows its position: failing to tell it must not hide the failure that is being told.
+RWCString PositionOf(const EndianHandlingReader& theReader)
 {
    try
    {
-      return theReader.GetStreamPosition();
+      return std::to_string(theReader.GetStreamPosition());
    }
    catch (const StreamIOException&)
    {
-      return 0;
+      return "unknown";
    }
 }
 
@@ -55,7 +55,7 @@ unsigned int PositionOf(const EndianHandlingReader& theReader)
                            " bytes read != " + std::to_string(theVR.GetLength()) +
                            " bytes requested while reading attribute (" +
                            MAttributeTag(theVR.GetGroup(), theVR.GetElement()).AsNumericString() + ") with type code " +
-                           theVR.GetTypeCodeAsString() + " at stream offset " + std::to_string(PositionOf(theReader));
+                           theVR.GetTypeCodeAsString() + " at stream offset " + PositionOf(theReader);
    throw StreamIOException(aText.c_str(), TN_END_OF_FILE, 0);
 }
 } // namespace

@@ -239,7 +239,7 @@ TEST(VRStreamIO, AValueCutShortIsAnErrorAndAMissingOneTheEnd)
          }
          else
          {
-            const std::string anOffset = aStream == &aSeekable ? std::to_string(aCut) : "0";
+            const std::string anOffset = aStream == &aSeekable ? std::to_string(aCut) : "unknown";
             const StreamError anExpected{"VR::ReadData(EndianHandlingReader): Short read " + std::to_string(aCut) +
                                              aText + anOffset,
                                          TN_END_OF_FILE, 0};

@@ -207,7 +207,7 @@ inline std::string ShortValue(int theCount, UINT32 theLength, const std::string&
 {
    return "VR::ReadData(EndianHandlingReader): Short read " + std::to_string(theCount) +
           " bytes read != " + std::to_string(theLength) + " bytes requested while reading attribute (" + theTag +
-          ") with type code " + theType + " at stream offset 0"; // a stream that knows no position is at 0
+          ") with type code " + theType + " at stream offset unknown"; // the stream cannot tell it
 }
 
 // How an error of which nothing came compares.
