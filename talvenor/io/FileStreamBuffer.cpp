@@ -2,6 +2,9 @@
 
 #include <cerrno>
 #include <limits>
+#include <new>
+
+#include "talvenor/foundation/Exceptions.h"
 
 using TNPlatform::FileHandle;
 using TNPlatform::FileInformation;
@@ -140,7 +143,11 @@ void FileStreamBuffer::NeedBuffer()
    {
       if (itsSize > 0)
       {
-         itsOwnBuffer.reset(new char[itsSize]); // not initialised: it is written before it is read
+         itsOwnBuffer.reset(new (std::nothrow) char[itsSize]); // not initialised: it is written before it is read
+         if (!itsOwnBuffer)
+         {
+            throw BadAllocException(itsSize);
+         }
       }
       itsBuffer = itsSize > 0 ? itsOwnBuffer.get() : &itsSingle;
    }
@@ -296,6 +303,11 @@ FileStreamBuffer::int_type FileStreamBuffer::pbackfail(int_type theCharacter)
 
 bool FileStreamBuffer::StartWriting()
 {
+   // Refused here: what cannot be written must not be accepted into the buffer, from which it would vanish.
+   if (!IsOpen() || (itsFlags & FileHandle::kWrite) == 0)
+   {
+      return Failed(EBADF);
+   }
    const UINT64 aPosition = GetPosition();
    NeedBuffer();
    ForgetBuffered();
@@ -307,7 +319,7 @@ bool FileStreamBuffer::StartWriting()
    }
    setp(itsBuffer, itsBuffer + itsSize);
    itsActivity = Activity::kWriting;
-   return IsOpen() || Failed(EBADF);
+   return true;
 }
 
 bool FileStreamBuffer::WriteBytes(const unsigned char* theBytes, std::size_t theCount)

@@ -23,7 +23,8 @@
 class TALVENOR_API FileStreamBuffer : public std::streambuf
 {
 public:
-   // theSize is the size of the buffer in bytes; 0 reads and writes unbuffered. The memory is taken at the first use.
+   // theSize is the size of the buffer in bytes; 0 reads and writes unbuffered. The memory is taken at the first use,
+   // which throws BadAllocException when it is not to be had.
    explicit FileStreamBuffer(unsigned int theSize) : itsSize(std::min(theSize, kLargestBuffer)) {}
 
    // Closes the file.

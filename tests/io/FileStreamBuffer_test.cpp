@@ -2,15 +2,18 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <random>
 #include <sstream>
 #include <string>
+#include <sys/resource.h>
 
 #include "support/TemporaryFile.h"
 #include "support/TemporaryPipe.h"
+#include "talvenor/foundation/Exceptions.h"
 
 namespace
 {
@@ -45,6 +48,27 @@ constexpr auto kApp = std::ios::app;
 constexpr auto kTrunc = std::ios::trunc;
 
 const unsigned int kBufferSizes[] = {0, 1, 7, 64, 4096};
+
+// Ends the process: with 7 when a buffer of a gigabyte, in half a gigabyte of memory, fails as it should.
+[[noreturn]] void ReadUnderALimit(const char* theName)
+{
+   constexpr unsigned int kSize = 1U << 30;
+   const rlimit aLimit = {kSize / 2, kSize / 2};
+   setrlimit(RLIMIT_AS, &aLimit);
+   FileStreamBuffer aBuffer(kSize);
+   unsigned char aByte;
+   bool hasFailed = false;
+   try
+   {
+      aBuffer.Open(theName, kIn);
+      aBuffer.ReadBytes(&aByte, 1, hasFailed);
+   }
+   catch (const BadAllocException& anException)
+   {
+      std::_Exit(anException.requested() == kSize ? 7 : 1);
+   }
+   std::_Exit(2);
+}
 
 } // namespace
 
@@ -83,8 +107,8 @@ TEST(FileStreamBuffer, OpensWithTheMeaningOfTheStandardModes)
       ASSERT_EQ(anOther.Open(aFile.Name(), aCase.itsMode), aCase.itsContents != nullptr) << aCase.itsName;
       if (aCase.itsContents != nullptr)
       {
-         WriteBytes(anOther, "new");
-         EXPECT_EQ(anOther.Close(), aCase.itsMode != kIn) << aCase.itsName;
+         EXPECT_EQ(WriteBytes(anOther, "new"), aCase.itsMode != kIn) << aCase.itsName;
+         EXPECT_TRUE(anOther.Close()) << aCase.itsName;
          EXPECT_EQ(aFile.Contents(), aCase.itsContents) << aCase.itsName;
       }
       else
@@ -262,8 +286,33 @@ TEST(FileStreamBuffer, FailuresAreToldApartFromTheEnd)
    EXPECT_EQ(aClosed.ReadBytes(&aByte, 1, hasFailed = false), 0U);
    EXPECT_EQ(aClosed.GetError(), EBADF);
    EXPECT_FALSE(aClosed.WriteBytes(&aByte, 1));
+   EXPECT_FALSE(aClosed.WriteBytes(&aByte, 1)); // nor is a second attempt taken into the buffer
    EXPECT_FALSE(aClosed.SetPosition(3));
    EXPECT_FALSE(aClosed.Close());
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // whose own memory does not fit under the limit
+TEST(FileStreamBuffer, ABufferThatIsNotToBeHadIsTold)
+{
+   TemporaryFile aFile("text");
+   GTEST_FLAG_SET(death_test_style, "threadsafe");
+   EXPECT_EXIT(ReadUnderALimit(aFile.Name()), testing::ExitedWithCode(7), "");
+}
+#endif
+
+TEST(FileStreamBuffer, RefusesToWriteWhatWasOpenedForReading)
+{
+   TemporaryFile aFile("text");
+   for (const unsigned int aSize : kBufferSizes)
+   {
+      FileStreamBuffer aBuffer(aSize);
+      ASSERT_TRUE(aBuffer.Open(aFile.Name(), kIn));
+      EXPECT_EQ(ReadBytes(aBuffer, 2), "te") << aSize;
+      EXPECT_FALSE(WriteBytes(aBuffer, "x")) << aSize;
+      EXPECT_EQ(aBuffer.GetError(), EBADF) << aSize;
+      EXPECT_EQ(ReadBytes(aBuffer, 9), "xt") << aSize;
+      EXPECT_TRUE(aBuffer.Close()) << aSize;
+   }
 }
 
 // /dev/full refuses every byte that reaches it. What is buffered stays buffered, and Close tells.
