@@ -141,19 +141,19 @@ bool LFStream::CloseFile()
 
 // --- Locks -----------------------------------------------------------------------------------------------------------
 
-int LFStream::Lock(int theWaitSeconds, LockMode theMode)
+int LFStream::Lock(int theWaitSeconds, int theMode)
 {
    MutexWhileInScope aGuard(itsMutex);
    return LockWith(Patience::Of(theWaitSeconds), theMode);
 }
 
-int LFStream::LockNB(LockMode theMode)
+int LFStream::LockNB(int theMode)
 {
    MutexWhileInScope aGuard(itsMutex);
    return LockWith(Patience::None(), theMode);
 }
 
-int LFStream::LockWith(const Patience& thePatience, LockMode theMode)
+int LFStream::LockWith(const Patience& thePatience, int theMode)
 {
    if (itsLocked)
    {

@@ -22,7 +22,7 @@ class LFStreamLockTable;
 class TALVENOR_API LFStream : public std::iostream
 {
 public:
-   // Every other value is shared, too.
+   // The lock operations take it as a number: every other one is shared, too.
    enum LockMode
    {
       Shared = 0,
@@ -45,8 +45,9 @@ public:
    LFStream();
    explicit LFStream(const BufferSize& theBufferSize);
 
-   // Opens the file as a standard file stream of that mode does (OpenMode::ToStandard translates stored numbers); is_open and the state of the stream tell whether it
-   // succeeded. theProtection (what other programs may do with the file meanwhile) has no meaning on this system.
+   // Opens the file as a standard file stream of that mode does (OpenMode::ToStandard translates stored numbers);
+   // is_open and the state of the stream tell whether it succeeded. theProtection (what other programs may do with the
+   // file meanwhile) has no meaning on this system.
    // theBufferSize is in bytes; 0 reads and writes unbuffered.
    LFStream(const char* theName, std::ios_base::openmode theMode, int theProtection = 64);
    LFStream(const char* theName, std::ios_base::openmode theMode, int theProtection, unsigned int theBufferSize);
@@ -59,13 +60,13 @@ public:
 
    // Waits while the file is locked elsewhere, trying again once a second: for theWaitSeconds + 1 seconds, or without
    // limit when theWaitSeconds is 0 or less.
-   int Lock(int theWaitSeconds, LockMode theMode);
+   int Lock(int theWaitSeconds, int theMode);
    int Lock() { return Lock(0, Exclusive); }
    int LockShared() { return Lock(0, Shared); }
    int LockExclusive() { return Lock(0, Exclusive); }
 
    // Does not wait.
-   int LockNB(LockMode theMode);
+   int LockNB(int theMode);
 
    // Writes what is buffered and forgets what was read ahead, then unlocks. 0 when not locked; 0 with errno, and still
    // locked, when the system refuses.
@@ -134,7 +135,7 @@ private:
 
    void Opened(bool isOpen);
    bool CloseFile();
-   int LockWith(const Patience& thePatience, LockMode theMode);
+   int LockWith(const Patience& thePatience, int theMode);
    int InterProcessLock(const Patience& thePatience, bool isExclusive);
    bool Told(bool hasSucceeded);
    void EndedShort(bool hasFailed);

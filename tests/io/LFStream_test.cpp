@@ -169,6 +169,7 @@ TEST(LFStream, SharedLocksCoexistAndKeepAnExclusiveOneOut)
    EXPECT_EQ(ErrorOf(aFirst.LockNB(kShared)), EDEADLK);
    aThird.close();
    EXPECT_EQ(aFirst.LockNB(kShared), 1);
+   EXPECT_EQ(aSecond.LockNB(7), 1); // whatever is not exclusive is shared
 }
 
 TEST(LFStream, ALockedStreamIsNotLockedTwiceNorAnUnlockedOneUnlocked)
