@@ -1,21 +1,21 @@
 #include "talvenor/foundation/LogRollover.h"
 
-#include <cstdio>
-
 #include "talvenor/foundation/Exceptions.h"
 #include "talvenor/foundation/LogStream.h"
 #include "talvenor/foundation/UniqueTimestamp.h"
+#include "talvenor/platform/FileHandle.h"
 
 namespace
 {
 
-// Renames theFilename to a version of its own. Returns the new name, empty on failure.
+// Renames theFilename to a version of its own. Returns the new name, empty on failure. Stamps are unique within this
+// process: a version that another process has put aside under the same stamp stays, and the next entry tries again.
 std::string PutAside(const std::string& theFilename)
 {
    try
    {
       const std::string aVersion = LogRollover::VersionName(theFilename, UniqueTimestamp::GetTimestampString());
-      return std::rename(theFilename.c_str(), aVersion.c_str()) == 0 ? aVersion : std::string();
+      return TNPlatform::RenameFile(theFilename.c_str(), aVersion.c_str()) ? aVersion : std::string();
    }
    catch (const TNRuntimeException&)
    {

@@ -1,6 +1,7 @@
 #include "talvenor/platform/FileHandle.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -43,6 +44,26 @@ iovec Block(const void* theBytes, std::size_t theCount)
 }
 
 } // namespace
+
+// Not every file system knows the flag. Those that do not get the two steps, between which another process could still
+// slip in.
+bool RenameFile(const char* theName, const char* theNewName)
+{
+   if (::renameat2(AT_FDCWD, theName, AT_FDCWD, theNewName, RENAME_NOREPLACE) == 0)
+   {
+      return true;
+   }
+   if (errno != EINVAL && errno != ENOSYS)
+   {
+      return false;
+   }
+   if (::faccessat(AT_FDCWD, theNewName, F_OK, AT_SYMLINK_NOFOLLOW) == 0)
+   {
+      errno = EEXIST;
+      return false;
+   }
+   return ::rename(theName, theNewName) == 0;
+}
 
 FileHandle::~FileHandle()
 {

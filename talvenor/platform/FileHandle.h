@@ -22,6 +22,9 @@ struct FileInformation
    std::uint64_t itsLength; // bytes
 };
 
+// Gives a file another name. False with EEXIST in errno when a file of that name is there already: it is not replaced.
+TALVENOR_API bool RenameFile(const char* theName, const char* theNewName);
+
 class TALVENOR_API FileHandle
 {
 public:

@@ -11,6 +11,7 @@
 
 #include "support/FakeClock.h"
 #include "support/TemporaryDirectory.h"
+#include "talvenor/foundation/UniqueTimestamp.h"
 
 namespace
 {
@@ -128,6 +129,22 @@ TEST_F(VersioningLogStreamTest, ContinuesTheOldFileWhenItCannotBeRenamed)
    EXPECT_EQ(aLog.GetFilename(), aFile);
    EXPECT_THAT(ReadFile(aFile), testing::ContainsRegex("first\n[^\n]*\n[^\n]*\nsecond\n"));
    EXPECT_EQ(aDirectory.FileCount(), 1u);
+}
+
+// Two processes that share a log may reach for one stamp.
+TEST_F(VersioningLogStreamTest, NeverReplacesAVersionThatIsThere)
+{
+   const TemporaryDirectory aDirectory;
+   const std::string aFile = aDirectory.File("x.log");
+   const std::string aTaken = LogRollover::VersionName(aFile, std::to_string(UniqueTimestamp::GetTimestamp() + 1));
+   WriteFile(aTaken, "of another process");
+   VersioningLogStream aLog(aFile.c_str(), 10);
+   aLog << startentry << "first\n" << endentry;
+   EXPECT_EQ(ReadFile(aTaken), "of another process");
+   EXPECT_THAT(ReadFile(aFile), testing::HasSubstr("first\n"));
+   aLog << startentry << "second\n" << endentry;
+   EXPECT_EQ(aDirectory.FileCount(), 3u);
+   EXPECT_EQ(ReadFile(aFile), "");
 }
 
 TEST_F(VersioningLogStreamTest, OutlivesAClockThatIsSetFarBack)
