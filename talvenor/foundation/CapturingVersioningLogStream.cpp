@@ -32,6 +32,12 @@ CapturingVersioningLogStream::CapturingVersioningLogStream(const char* theFilena
    CapturingVersioningLogStream::On(theFilename, theOpenMode, theProtection);
 }
 
+// Whoever is in an entry is waited for while all that the entry uses is still there.
+CapturingVersioningLogStream::~CapturingVersioningLogStream()
+{
+   CapturingVersioningLogStream::Off();
+}
+
 // Every On of LogStream begins with Off, so this is where the file and the capture target are forgotten.
 void CapturingVersioningLogStream::Off()
 {
@@ -133,7 +139,12 @@ bool CapturingVersioningLogStream::IsCaptureEnabled() const
 unsigned int CapturingVersioningLogStream::GetMaxCaptureSize() const
 {
    const CapturingVersioningLogStream* anOwner = CaptureOwner();
-   return anOwner ? anOwner->itsMaxCaptureSize : 0;
+   if (!anOwner)
+   {
+      return 0;
+   }
+   MutexWhileInScope aLock(anOwner->itsMutex);
+   return anOwner->itsMaxCaptureSize;
 }
 
 void CapturingVersioningLogStream::SetMaxCaptureSize(unsigned int theSize)
@@ -153,7 +164,12 @@ void CapturingVersioningLogStream::SetCaptureCallback(CaptureCallback theCallbac
 CapturingVersioningLogStream::CaptureCallback CapturingVersioningLogStream::GetCallback() const
 {
    const CapturingVersioningLogStream* anOwner = CaptureOwner();
-   return anOwner ? anOwner->itsCallback : nullptr;
+   if (!anOwner)
+   {
+      return nullptr;
+   }
+   MutexWhileInScope aLock(anOwner->itsMutex);
+   return anOwner->itsCallback;
 }
 
 void CapturingVersioningLogStream::SetApplicationName(const std::string& theName)
@@ -219,9 +235,9 @@ void CapturingVersioningLogStream::ActivateCapture()
 {
    if (std::ostream* anOutput = Output())
    {
-      itsCapture.exceptions(std::ios_base::goodbit);
       itsCapture.clear();
-      itsCapture.copyfmt(*anOutput);
+      itsCapture.copyfmt(*anOutput); // takes over the exceptions of the output, too
+      itsCapture.exceptions(std::ios_base::goodbit);
    }
    itsIsCaptureActive = true;
 }

@@ -31,6 +31,7 @@ public:
    // Opens the file at once.
    CapturingVersioningLogStream(const char* theFilename, unsigned int theThreshold, int theOpenMode = OpenMode::Append,
                                 int theProtection = OpenMode::Shared);
+   ~CapturingVersioningLogStream() override;
    CapturingVersioningLogStream(const CapturingVersioningLogStream&) = delete;
    // Two streams must not roll over one file.
    CapturingVersioningLogStream& operator=(const CapturingVersioningLogStream&) = delete;

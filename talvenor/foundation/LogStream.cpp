@@ -271,8 +271,22 @@ void LogStream::GetTimeNow(std::time_t& theTime, unsigned int& theMilliseconds) 
    theMilliseconds = static_cast<unsigned int>(aNow % 1000);
 }
 
+unsigned int LogStream::GetEntryCounter() const
+{
+   const LogStream& aLog = ChainEnd();
+   MutexWhileInScope aLock(aLog.itsMutex);
+   return aLog.itsEntryCounter;
+}
+
+LogStream::SeverityLevel LogStream::GetSeverity() const
+{
+   MutexWhileInScope aLock(itsMutex);
+   return itsSeverity;
+}
+
 void LogStream::CaptureTimestamp()
 {
+   MutexWhileInScope aLock(itsMutex);
    GetTimeNow(itsEntryTime, itsEntryMilliseconds);
 }
 
@@ -323,6 +337,18 @@ void LogStream::SetOutput(std::shared_ptr<std::ostream> theOutput)
    itsOutput = std::move(theOutput);
 }
 
+void LogStream::SetText(std::string& theMember, const std::string& theText)
+{
+   MutexWhileInScope aLock(itsMutex);
+   theMember = theText;
+}
+
+std::string LogStream::GetText(const std::string& theMember) const
+{
+   MutexWhileInScope aLock(itsMutex);
+   return theMember;
+}
+
 // The line is composed here and written unformatted: a base or width that the host left in the output must not show.
 void LogStream::WriteMarkerLine(const std::string& theMarker)
 {
@@ -367,7 +393,7 @@ LogStream& endentry(LogStream& theLog)
 
 LogStream& indent(LogStream& theLog)
 {
-   const std::string& anIndent = theLog.GetIndent();
+   const std::string anIndent = theLog.GetIndent();
    return theLog.write(anIndent.data(), std::streamsize(anIndent.size()));
 }
 

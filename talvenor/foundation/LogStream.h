@@ -14,8 +14,8 @@
 // redirected itself. While off, insertions and entries are accepted and dropped.
 //
 // Threads: an entry holds the recursive mutex of its stream, and of every stream it is redirected to, from its start to
-// its end. On and Off take the mutex too, and may be called at any time outside an entry of the same thread. What is
-// inserted outside an entry is not protected. Entries may nest; the members that describe the current entry are single,
+// its end. On, Off and the members that change or ask for settings, number, time and severity take the mutex too. On and
+// Off may be called at any time outside an entry of the same thread. What is inserted outside an entry is not protected. Entries may nest; the members that describe the current entry are single,
 // so the outer end line then shows the number and time of the inner entry.
 //
 // Ownership: a stream opened by name is owned; streams and buffers passed in are borrowed and must outlive their use,
@@ -95,8 +95,8 @@ public:
    int Unlock();
 
    // Numbers of a redirected stream are those of the last stream of its chain.
-   unsigned int GetEntryCounter() const { return ChainEnd().itsEntryCounter; }
-   SeverityLevel GetSeverity() const { return itsSeverity; }
+   unsigned int GetEntryCounter() const;
+   SeverityLevel GetSeverity() const;
 
    // The milliseconds (0 to 999) of the system clock now.
    unsigned int GetMilliseconds() const;
@@ -105,12 +105,12 @@ public:
    // Makes now the time of the current entry.
    void CaptureTimestamp();
 
-   void SetIndent(const std::string& theIndent) { itsIndent = theIndent; }
-   const std::string& GetIndent() const { return itsIndent; }
-   void SetEntryStartMarker(const std::string& theMarker) { itsStartMarker = theMarker; }
-   const std::string& GetEntryStartMarker() const { return itsStartMarker; }
-   void SetEntryEndMarker(const std::string& theMarker) { itsEndMarker = theMarker; }
-   const std::string& GetEntryEndMarker() const { return itsEndMarker; }
+   void SetIndent(const std::string& theIndent) { SetText(itsIndent, theIndent); }
+   std::string GetIndent() const { return GetText(itsIndent); }
+   void SetEntryStartMarker(const std::string& theMarker) { SetText(itsStartMarker, theMarker); }
+   std::string GetEntryStartMarker() const { return GetText(itsStartMarker); }
+   void SetEntryEndMarker(const std::string& theMarker) { SetText(itsEndMarker, theMarker); }
+   std::string GetEntryEndMarker() const { return GetText(itsEndMarker); }
 
    // Whatever can be written to an output stream can be written here.
    template <class T>
@@ -220,6 +220,8 @@ private:
    }
 
    void SetOutput(std::shared_ptr<std::ostream> theOutput);
+   void SetText(std::string& theMember, const std::string& theText);
+   std::string GetText(const std::string& theMember) const;
    void WriteMarkerLine(const std::string& theMarker);
 
    std::shared_ptr<std::ostream> itsOutput; // no deleter behind a borrowed one; null while redirected

@@ -13,6 +13,12 @@ VersioningLogStream::VersioningLogStream(const char* theFilename, unsigned int t
    VersioningLogStream::On(theFilename, theOpenMode, theProtection);
 }
 
+// Whoever is in an entry is waited for while all that the entry uses is still there.
+VersioningLogStream::~VersioningLogStream()
+{
+   VersioningLogStream::Off();
+}
+
 // Every On of LogStream begins with Off, so this is where the file name is forgotten.
 void VersioningLogStream::Off()
 {

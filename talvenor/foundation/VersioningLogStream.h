@@ -13,6 +13,7 @@ public:
    // Opens the file at once.
    VersioningLogStream(const char* theFilename, unsigned int theThreshold, int theOpenMode = OpenMode::Append,
                        int theProtection = OpenMode::Shared);
+   ~VersioningLogStream() override;
    VersioningLogStream(const VersioningLogStream&) = delete;
    // Two streams must not roll over one file.
    VersioningLogStream& operator=(const VersioningLogStream&) = delete;

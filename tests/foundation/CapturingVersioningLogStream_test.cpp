@@ -1,7 +1,10 @@
 #include "talvenor/foundation/CapturingVersioningLogStream.h"
 
+#include <atomic>
+#include <chrono>
 #include <iomanip>
 #include <iostream>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -161,6 +164,28 @@ TEST_F(CapturingVersioningLogStreamTest, IsReleasedAndGoesOnWhenTheCallbackThrow
    std::thread([&] { LogEntry(aLog) << "second\n"; }).join(); // would hang if the mutex were held
    ASSERT_EQ(gCalls.size(), 2u);
    EXPECT_NE(gCalls[1].itsText.find("second"), std::string::npos);
+}
+
+TEST_F(CapturingVersioningLogStreamTest, IsNotDestroyedUnderAnOpenEntry)
+{
+   auto aLog = std::make_unique<CapturingVersioningLogStream>(itsFile.c_str(), 10);
+   aLog->SetCaptureCallback(Record);
+   std::atomic<bool> isOpen = false;
+   std::thread aWriter([&isOpen, &aStream = *aLog] {
+      startentry(aStream) << "body";
+      isOpen = true;
+      std::this_thread::sleep_for(std::chrono::milliseconds(20)); // in which the destructor begins
+      aStream << " and end\n" << endentry;
+   });
+   while (!isOpen)
+   {
+      std::this_thread::yield();
+   }
+   aLog.reset();
+   aWriter.join();
+   ASSERT_EQ(gCalls.size(), 1u);
+   EXPECT_NE(gCalls[0].itsText.find("body and end\n"), std::string::npos);
+   EXPECT_EQ(itsDirectory.FileCount(), 2u); // rolled over
 }
 
 TEST_F(CapturingVersioningLogStreamTest, RollsOverAfterTheCallback)

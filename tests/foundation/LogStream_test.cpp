@@ -390,6 +390,33 @@ TEST(LogStream, EntriesOfThreadsDoNotInterleave)
    EXPECT_EQ(aCount, kThreads * kEntries);
 }
 
+// The sanitizer of threads is the judge of the members that return nothing to compare.
+TEST(LogStream, MayBeSetAndAskedWhileOthersWriteEntries)
+{
+   std::ostringstream aText;
+   LogStream aLog(aText);
+   constexpr unsigned int kEntries = 200;
+   std::thread aWriter([&] {
+      for (unsigned int i = 0; i < kEntries; ++i)
+      {
+         LogEntry(aLog, LogStream::InfoSeverity) << indent << "text\n";
+      }
+   });
+   unsigned int aCounter = 0;
+   while (aCounter < kEntries)
+   {
+      aLog.SetIndent(std::string(40, aLog.GetIndent().starts_with("+") ? '-' : '+'));
+      aLog.SetEntryStartMarker(std::string(40, 's'));
+      aLog.SetEntryEndMarker(std::string(40, 'e'));
+      const unsigned int aNewCounter = aLog.GetEntryCounter();
+      EXPECT_GE(aNewCounter, aCounter);
+      aCounter = aNewCounter;
+      EXPECT_TRUE(aCounter == 0 || aLog.GetSeverity() == LogStream::InfoSeverity);
+   }
+   aWriter.join();
+   EXPECT_EQ(aLog.GetSeverity(), LogStream::InfoSeverity);
+}
+
 TEST(LogStream, MayBeSwitchedWhileOthersWriteEntries)
 {
    std::ostringstream aFirst, aSecond;
