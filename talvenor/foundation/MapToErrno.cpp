@@ -18,7 +18,8 @@ struct ErrorPair
    int itsErrno;
 };
 
-// The first match wins: 6 stands here twice. clang-format off
+// The first match wins: 6 stands here twice.
+// clang-format off
 constexpr ErrorPair kErrors[] = {
     {1, 22},   {2, 2},    {3, 2},   {4, 24},   {5, 13},   {6, 9},    {7, 12},  {8, 12},   {9, 12},
     {10, 7},   {11, 8},   {12, 22}, {13, 22},  {15, 2},   {16, 13},  {17, 18}, {18, 2},   {33, 13},
