@@ -159,6 +159,8 @@ def make_attributes(table, path):
         "  of them. Of group 7Fxx and of repeating elements (0020,31xx and the like) only the first is listed.",
         "- Representations that this format cannot name (UC, UR, OD, OL, OV, SV, UV) and blank ones of retired",
         "  attributes are UN. Items and delimiters have NONE. \"US or OW\" is US_or_SS_or_OW.",
+        "- The descriptors of look-up tables, \"US or SS\" in the standard, are US_US_or_SS_US: the first and the third of",
+        "  their three values are unsigned.",
         "- Retired attributes without a keyword have the name Retired_ and their tag.",
         "",
         "Made by tools/make-dictionaries.py from a table that says of itself:",
@@ -266,7 +268,8 @@ def make_private(table, folder):
     write(folder / "index", comments([
         "Private dictionaries, read when their creator is first met: file name, creator identifier.",
         "A creator that uses several groups has the one with the most attributes. 5001, 6001 and 7001 stand for",
-        "themselves here, although the tables mean any odd group of the range.",
+        "themselves here, although the tables mean any odd group of the range. Creators that are no valid identifier",
+        "(PS3.5 7.8.1: 1 to 64 characters of ASCII) and attributes outside private groups are left out.",
         "",
         "Made by tools/make-dictionaries.py from a table that says of itself:",
         *table.origin,
