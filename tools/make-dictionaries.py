@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes the dictionary files of data/ from tables of the DICOM standard.
+"""Makes the dictionary files of data/ from tables of the DICOM standard and of private elements.
 
     tools/make-dictionaries.py TABLES [DATA]
 
