@@ -1,6 +1,7 @@
 // Puts DICOM files together field by field (PS3.10 7.1): bytes as strings, which may hold zeros.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -45,11 +46,13 @@ inline std::string FileHeader(const std::string& theTransferSyntax)
           TransferSyntaxElement(theTransferSyntax) + kImplementation;
 }
 
+// The stream has a copy of the bytes.
 inline std::unique_ptr<Part10MemoryInputStream> OpenBytes(const std::string& theBytes, int theForceVersion = 0,
                                                           int theTolerant = 0)
 {
-   const auto* aBytes = reinterpret_cast<const unsigned char*>(theBytes.data());
-   return std::make_unique<Part10MemoryInputStream>(static_cast<UINT32>(theBytes.size()), aBytes, theForceVersion,
+   auto* const aCopy = new unsigned char[theBytes.size()];
+   std::copy(theBytes.begin(), theBytes.end(), aCopy);
+   return std::make_unique<Part10MemoryInputStream>(aCopy, static_cast<UINT32>(theBytes.size()), theForceVersion,
                                                     theTolerant);
 }
 
