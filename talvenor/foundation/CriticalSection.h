@@ -8,8 +8,8 @@
 // Cost. Entering a free section is one compare-and-swap, leaving it is a plain store: half the price of a lock that
 // also exchanges on the way out. What that saves it owes to the sleepers. Without a full fence in Leave, a thread that
 // is about to sleep may be overlooked by the one that leaves; so nobody sleeps longer than a millisecond before looking
-// again, and the worst case of the lost wake-up is that millisecond. (A membarrier(2) by the sleeper would close the gap
-// exactly, were Leave to look for sleepers after its store. It must look before: once the store is visible another
+// again, and the worst case of the lost wake-up is that millisecond. (A membarrier(2) by the sleeper would close the
+// gap exactly, were Leave to look for sleepers after its store. It must look before: once the store is visible another
 // thread may enter, leave and destroy the section, so that Leave may no longer read it.)
 #pragma once
 

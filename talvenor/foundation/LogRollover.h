@@ -1,6 +1,7 @@
 // The file behind a log stream that starts a fresh file when the current one has grown past a threshold: what must be
 // known to open it again, and the change of versions. x.log is renamed to x-STAMP.log and x.log is opened anew.
-// Not locked: the stream that owns it calls with its mutex held. Exported for tests; not part of the library's interface.
+// Not locked: the stream that owns it calls with its mutex held. Exported for tests; not part of the library's
+// interface.
 #pragma once
 
 #include <string>

@@ -14,9 +14,10 @@
 // redirected itself. While off, insertions and entries are accepted and dropped.
 //
 // Threads: an entry holds the recursive mutex of its stream, and of every stream it is redirected to, from its start to
-// its end. On, Off and the members that change or ask for settings, number, time and severity take the mutex too. On and
-// Off may be called at any time outside an entry of the same thread. What is inserted outside an entry is not protected. Entries may nest; the members that describe the current entry are single,
-// so the outer end line then shows the number and time of the inner entry.
+// its end. On, Off and the members that change or ask for settings, number, time and severity take the mutex too. On
+// and Off may be called at any time outside an entry of the same thread. What is inserted outside an entry is not
+// protected. Entries may nest; the members that describe the current entry are single, so the outer end line then shows
+// the number and time of the inner entry.
 //
 // Ownership: a stream opened by name is owned; streams and buffers passed in are borrowed and must outlive their use,
 // as must a redirect target. Failure: a file that cannot be opened leaves the stream off; write errors show in the

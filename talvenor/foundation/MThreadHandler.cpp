@@ -75,8 +75,8 @@ RWCString DescribeHandledException()
    return "Unknown exception";
 }
 
-// Runs the function and returns the description of the exception that escaped it, empty if none did. A forced unwind has
-// no object to refer to, which the sanitizer of undefined behaviour would take for a fault.
+// Runs the function and returns the description of the exception that escaped it, empty if none did. A forced unwind
+// has no object to refer to, which the sanitizer of undefined behaviour would take for a fault.
 __attribute__((no_sanitize("undefined"))) RWCString RunGuarded(const StartRecord& theStart)
 {
    try

@@ -31,7 +31,7 @@ public:
    static RWCString GetDefaultRoot();
    static void SetDefaultRoot(const RWCString& theRoot);
 
-   // The factory of the process. It has the library's own root until SetRoot gives it another.
+   // The factory of the process, built at the first call. It has the library's own root until SetRoot gives it another.
    static MUIDFactory& GetInstance();
 
 protected:

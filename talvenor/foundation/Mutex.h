@@ -3,8 +3,8 @@
 // Recursive: the thread that holds it may take it again and releases it as often. Robust: a mutex whose holder ended
 // without releasing it goes to the next thread that waits. Results are 1 for success and 0 for failure; nothing throws.
 //
-// The operating system's mutex is made at the first use, so a Mutex at namespace scope needs no start-up code and may be
-// used by the constructor of any other global.
+// The operating system's mutex is made at the first use, so a Mutex at namespace scope needs no start-up code and may
+// be used by the constructor of any other global.
 #pragma once
 
 #include "talvenor/Export.h"

@@ -2,8 +2,8 @@
 //
 // Every failure in the library is named by one TNResultCode. Operations that return a truth value leave the code on the
 // object or in an out-parameter; exceptions of streams, decoders and PDU readers carry it (StreamIOException). A code
-// travels with the operating system's error number, a plain int: always meaningful beside TN_SYSTEM_CALL_FAILED, 0 where
-// no system call was involved.
+// travels with the operating system's error number, a plain int: always meaningful beside TN_SYSTEM_CALL_FAILED, 0
+// where no system call was involved.
 #pragma once
 
 #include "talvenor/foundation/BasicTypes.h"

@@ -23,8 +23,8 @@ public:
    static bool SetUIDDictionary(const RWCString& theFilename);
    static bool SetUIDDictionary(std::istream& theStream);
 
-   // Adds the files to the default catalog of private dictionaries. Stops with 0 at the first one that is refused; those
-   // before it stay.
+   // Adds the files to the default catalog of private dictionaries. Stops with 0 at the first one that is refused;
+   // those before it stay.
    static int SetDefaultPrivateDataDictionaryList(const RWTValOrderedVector<RWCString>& theFilenames);
 
    static void SetDefaultAETitle(const RWCString& theTitle);
@@ -32,8 +32,8 @@ public:
    static void SetDefaultFileLockWaitTime(unsigned int theSeconds); // of a locked file stream
    static void SetDefaultFileBufferSize(unsigned int theSize);      // in bytes; 0: unbuffered
 
-   // Where gTNTracer writes: "cerr", "cout" (exactly so) or the name of a file, which is appended to. A file that cannot
-   // be opened leaves the tracer off.
+   // Where gTNTracer writes: "cerr", "cout" (exactly so) or the name of a file, which is appended to. A file that
+   // cannot be opened leaves the tracer off.
    static void SetTraceOn(const RWCString& theWhere);
    // Names of TNTrace flags separated by commas; flags already set stay set.
    static void SetTraceFlags(const RWCString& theFlags);

@@ -17,10 +17,12 @@ public:
    {}
    EndianHandlingWriter(const EndianHandlingWriter&) = default;
    EndianHandlingWriter& operator=(const EndianHandlingWriter&) = default;
-   virtual ~EndianHandlingWriter();
 
    // That of the stream.
    virtual unsigned int GetMaximumOutputBlockSize() const;
+
+   // An addition to the listed operations: virtual, so that derived writers can be destroyed as writers.
+   virtual ~EndianHandlingWriter();
 
    TNEndian::EndianType GetEndian() const { return itsEndian; }
 

@@ -1,8 +1,8 @@
 // A plain file as input and output stream of this library and as a standard stream. It cannot seek as a stream of this
 // library; as a standard stream it can.
 //
-// A file that could not be opened shows in the state of the standard stream (is_open, fail) and in the exceptions of the
-// first read or write. Not locked: one thread at a time.
+// A file that could not be opened shows in the state of the standard stream (is_open, fail) and in the exception of
+// every read and write. Not locked: one thread at a time.
 #pragma once
 
 #include <iostream>

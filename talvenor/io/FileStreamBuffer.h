@@ -2,13 +2,13 @@
 // buffer of chosen size, 64-bit positions and the number of the last system error.
 //
 // One buffer serves reading and writing in turn. Requests at least as large as the buffer go straight between the
-// caller's memory and the file. Seeking costs no system call (the position is kept here, and the descriptor's own offset
-// is not used); within what is buffered it keeps the buffer. sync() writes what is buffered and forgets what was read
-// ahead, so that the next read sees what other processes have written.
+// caller's memory and the file. Seeking costs no system call (the position is kept here, and the descriptor's own
+// offset is not used); within what is buffered it keeps the buffer. sync() writes what is buffered and forgets what was
+// read ahead, so that the next read sees what other processes have written.
 //
-// Through the standard interface a failing system call throws std::ios_base::failure, which a standard stream turns into
-// badbit; the operations of this class return counts and truth values and leave the number to GetError.
-// Not locked: one thread at a time.
+// Through the standard interface a failing system call throws std::ios_base::failure, which a standard stream turns
+// into badbit; the operations of this class return counts and truth values and leave the number to GetError. Not
+// locked: one thread at a time.
 #pragma once
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // The source of bytes from which every decoder, file and network layer reads.
 //
-// Failures throw StreamIOException; an operation that a stream does not have throws one with TN_UNSUPPORTED. Streams are
-// not locked: each belongs to one thread at a time. The order of the virtual operations is part of the interface.
+// Failures throw StreamIOException; an operation that a stream does not have throws one with TN_UNSUPPORTED. Streams
+// are not locked: each belongs to one thread at a time. The order of the virtual operations is part of the interface.
 #pragma once
 
 #include "talvenor/Export.h"
@@ -16,8 +16,8 @@ public:
    // Returns the number of bytes read, which may be less than theCount; 0 at the end of the stream.
    virtual unsigned int Read(unsigned char* theBuffer, unsigned int theCount) = 0;
 
-   // Returns the number of bytes skipped. By default a stream that can seek moves theCount on (and returns theCount even
-   // beyond its end), any other reads until theCount bytes are consumed or a read returns 0.
+   // Returns the number of bytes skipped. By default a stream that can seek moves theCount on (and returns theCount
+   // even beyond its end), any other reads until theCount bytes are consumed or a read returns 0.
    virtual unsigned int Skip(unsigned int theCount);
 
    // thePosition is in bytes from the start of the stream.

@@ -1,10 +1,12 @@
 // A standard file stream that can lock its whole file, shared or exclusive, against other processes and against other
-// streams of this process.
+// streams of this process. It has the members of std::fstream but is a class of its own on std::iostream, because that
+// one does not give away the descriptor that is locked.
 //
-// The locks are advisory: they keep apart those who lock. They belong to the file, not to its name, and do not depend on
-// how the file was opened: a stream opened for reading may lock exclusively. Between processes a lock is an flock(2) on
-// the descriptor; over NFS the server may ask for write access for exclusive locks. Lock operations return 1, or 0 with
-// errno: EDEADLK for a lock held elsewhere or a time-out, EBADF for a stream that is not open, else that of the system.
+// The locks are advisory: they keep apart those who lock. They belong to the file, not to its name, and do not depend
+// on how the file was opened: a stream opened for reading may lock exclusively. Between processes a lock is an flock(2)
+// on the descriptor; over NFS the server may ask for write access for exclusive locks. Lock operations return 1, or 0
+// with errno: EDEADLK for a lock held elsewhere or a time-out, EBADF for a stream that is not open, else that of the
+// system.
 //
 // The lock operations and close are safe against each other on any threads; reading, writing and unlocking (which
 // writes what is buffered) belong to one thread at a time.

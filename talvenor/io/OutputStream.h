@@ -1,7 +1,7 @@
 // The sink of bytes to which every encoder, file and network layer writes.
 //
-// Failures throw StreamIOException; an operation that a stream does not have throws one with TN_UNSUPPORTED. Streams are
-// not locked: each belongs to one thread at a time. The order of the virtual operations is part of the interface.
+// Failures throw StreamIOException; an operation that a stream does not have throws one with TN_UNSUPPORTED. Streams
+// are not locked: each belongs to one thread at a time. The order of the virtual operations is part of the interface.
 #pragma once
 
 #include "talvenor/Export.h"

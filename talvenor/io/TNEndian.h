@@ -1,8 +1,9 @@
 // Byte order: its names, the order of this machine, and the helpers that load, store and reverse values.
 //
 // DICOM data are little-endian or, in the retired explicit VR big endian transfer syntax, big-endian (PS3.5 7.3);
-// everything on the wire below the data set is big-endian (PS3.8 9.3.1). Values are computed in the order of the machine.
-// All of this is inline: a load in the native order costs one move, a load in the foreign order a move and a swap.
+// everything on the wire below the data set is big-endian (PS3.8 9.3.1). Values are computed in the order of the
+// machine. All of this is inline: a load in the native order costs one move, a load in the foreign order a move and a
+// swap.
 #pragma once
 
 #include <bit>

@@ -139,8 +139,8 @@ bool FileHandle::Truncate(std::uint64_t theLength)
    return Uninterrupted([&] { return ::ftruncate(itsDescriptor, static_cast<off_t>(theLength)); }) == 0;
 }
 
-// flock rather than byte-range locks: those ask for write access for an exclusive lock, and the traditional kind belongs
-// to the process and is lost as soon as the process closes any descriptor of the file.
+// flock rather than byte-range locks: those ask for write access for an exclusive lock, and the traditional kind
+// belongs to the process and is lost as soon as the process closes any descriptor of the file.
 FileHandle::LockResult FileHandle::TryLock(bool isExclusive)
 {
    if (Uninterrupted([&] { return ::flock(itsDescriptor, (isExclusive ? LOCK_EX : LOCK_SH) | LOCK_NB); }) == 0)
