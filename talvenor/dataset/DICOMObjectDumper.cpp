@@ -187,7 +187,10 @@ void DICOMObjectDumper::UnsetStream()
 
 void DICOMObjectDumper::SetDefaultStream(LogStream& theStream)
 {
-   ReplaceDefaultStream(&theStream, false);
+   if (&theStream != itsDefaultStream) // setting it again leaves its owner as it is
+   {
+      ReplaceDefaultStream(&theStream, false);
+   }
 }
 
 void DICOMObjectDumper::SetDefaultStream(std::ostream& theStream)
@@ -256,8 +259,10 @@ void DICOMObjectDumper::Dump(const RWCString& theFileName)
    DICOMDataObject anObject;
    TNResultCode aResult{};
    int aSystemError = 0;
+   const int isLoaded = anObject.LoadFromFile(theFileName, aResult, aSystemError);
+   const LogLock aLogGuard(*aStream);
    DumpText aText(*aStream);
-   if (anObject.LoadFromFile(theFileName, aResult, aSystemError))
+   if (isLoaded)
    {
       aText << "DICOMObjectDumper: Loaded DICOM Object from file \"";
       aText.Escaped(theFileName) << '"';
@@ -306,12 +311,14 @@ void DICOMObjectDumper::DumpVR(const VR& theVR, TNEndian::EndianType theEndian,
 }
 
 void DICOMObjectDumper::PrintData(UINT32 theLength, const unsigned char* theValue, UINT16 theTypeCode,
-                                  TNEndian::EndianType theEndian, const InstanceSpecificDataDictionary* theDictionary)
+                                  TNEndian::EndianType theEndian, int theExplainsTag)
 {
    if (LogStream* aStream = GetStreamInUse())
    {
+      const InstanceSpecificDataDictionary* aDictionary =
+          theExplainsTag ? &InstanceSpecificDataDictionary::GetDefaultInstanceSpecificDataDictionary() : nullptr;
       DumpText aText(*aStream);
-      PrintValue(aText, {theValue, theLength, theEndian, theDictionary}, theTypeCode);
+      PrintValue(aText, {theValue, theLength, theEndian, aDictionary}, theTypeCode);
       aText.Flush();
    }
 }

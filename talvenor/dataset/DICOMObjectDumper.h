@@ -13,10 +13,12 @@
 //    --------- End of DICOM Data Object ---------
 //
 // Numbers are decimal, floats with the shortest digits that read back as the same value. Bytes below 0x20 and 0x7F show
-// as "." so that a value cannot forge lines; others pass as they are, in the character set of the dataset.
+// as "." so that a value cannot forge lines; others pass as they are, in the character set of the dataset. Texts are cut
+// at 64 bytes, but not within a character of UTF-8. Private creator elements without a type are shown as LO.
 //
 // Each text goes to the dumper's own log stream, else to the default one, else nowhere. Nothing is computed while the
-// stream is off. Not locked: hold the dataset and the log while a dump runs, as DICOMObject::Dump does.
+// stream is off. Not locked: hold the dataset, then the log, while a dump runs, as DICOMObject::Dump does. A file is the
+// exception: loading it may take seconds, so its dump locks the log by itself, and only to print.
 #pragma once
 
 #include <iosfwd>
@@ -49,8 +51,8 @@ public:
    // Back to the default stream.
    void UnsetStream();
 
-   // The stream of dumpers that have none; the default one that was owned before is destroyed. To be set before other
-   // threads dump.
+   // The stream of dumpers that have none; the default one that was owned before is destroyed, unless it is set again.
+   // To be set before other threads dump.
    static void SetDefaultStream(LogStream& theStream);
    static void SetDefaultStream(std::ostream& theStream);
    static void SetDefaultStream(const RWCString& theFileName);
@@ -71,10 +73,10 @@ public:
    void DumpVR(const VR& theVR, const InstanceSpecificDataDictionary& theDictionary);
    void DumpVR(const VR& theVR, TNEndian::EndianType theEndian, const InstanceSpecificDataDictionary& theDictionary);
 
-   // The rendering of a value by its type code, without a line end; theDictionary (may be null) explains a single
-   // attribute tag.
+   // The rendering of a value by its type code, without a line end. With theExplainsTag a single attribute tag is
+   // followed by its description, which comes from the default dictionary.
    void PrintData(UINT32 theLength, const unsigned char* theValue, UINT16 theTypeCode, TNEndian::EndianType theEndian,
-                  const InstanceSpecificDataDictionary* theDictionary = nullptr);
+                  int theExplainsTag = 1);
 
    static bool IsAlpha(unsigned char theByte); // printable ASCII
    static bool IsDataAlpha(UINT32 theLength, const unsigned char* theValue);

@@ -82,7 +82,7 @@ void PrintUID(DumpText& theText, const DumpValue& theValue, UINT32 theLimit)
    PrintKnownUID(theText, UIDText(theValue));
 }
 
-// Bytes that make up no whole value are shown raw: a length that does not fit its type is a fault to be seen.
+// A value too short for one number is shown raw. Bytes behind the last whole number are told by the length alone.
 template <class T>
 void PrintNumbers(DumpText& theText, const DumpValue& theValue, UINT32 theLimit)
 {

@@ -33,8 +33,7 @@ void TNTrace::Dump(const DICOMObject& theObject)
 
 void TNTrace::Dump(const std::string& theFilename)
 {
-   const LogLock aLock(*this);
-   DICOMObjectDumper(*this).Dump(theFilename);
+   DICOMObjectDumper(*this).Dump(theFilename); // which locks the trace when the file is there
 }
 
 void TNTrace::Dump(const VR& theVR, const InstanceSpecificDataDictionary& theDictionary)
@@ -56,5 +55,7 @@ void TNTrace::DumpVR(const VR& theVR, const InstanceSpecificDataDictionary& theD
 void TNTrace::DumpVR(const VR& theVR, int theEndian, const InstanceSpecificDataDictionary& theDictionary)
 {
    const LogLock aLock(*this);
-   DICOMObjectDumper(*this).DumpVR(theVR, static_cast<TNEndian::EndianType>(theEndian), theDictionary);
+   const TNEndian::EndianType anEndian =
+       theEndian == TNEndian::BigEndian ? TNEndian::BigEndian : TNEndian::LittleEndian;
+   DICOMObjectDumper(*this).DumpVR(theVR, anEndian, theDictionary);
 }

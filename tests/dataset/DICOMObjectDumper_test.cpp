@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string_view>
 
+#include "support/DefaultDictionary.h"
 #include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/SequenceVR.h"
@@ -67,8 +68,7 @@ protected:
    {
       Printed aPrinted;
       aPrinted.itsDumper.PrintData(static_cast<UINT32>(theValue.size()),
-                                   reinterpret_cast<const unsigned char*>(theValue.data()), theTypeCode, theEndian,
-                                   &itsDictionary);
+                                   reinterpret_cast<const unsigned char*>(theValue.data()), theTypeCode, theEndian);
       return aPrinted.Text();
    }
 
@@ -81,6 +81,7 @@ protected:
       std::string Text() const { return itsOutput.str(); }
    };
 
+   const DefaultDictionary itsDefault{kDictionaryText};
    MUIDDictionary itsUIDs;
    MDataDictionary itsPublic;
    PrivateDataDictionaryCatalog itsCatalog;
@@ -170,6 +171,11 @@ TEST_F(DICOMObjectDumperTest, RendersValuesByType)
       EXPECT_EQ(RenderingOf(aCase.itsValue, aCase.itsTypeCode, aCase.itsEndian), aCase.itsExpected) << aCase.itsName;
    }
    EXPECT_EQ(RenderingOf({}, VRCode::OW, kLittle), "(null)") << "no sum of nothing";
+
+   const unsigned char aTag[] = {0x10, 0x00, 0x10, 0x00};
+   Printed aPrinted;
+   aPrinted.itsDumper.PrintData(sizeof aTag, aTag, VRCode::AT, kLittle, 0);
+   EXPECT_EQ(aPrinted.Text(), "(0010, 0010)") << "a tag without its description";
 }
 
 TEST_F(DICOMObjectDumperTest, AnElementLineTellsTagLengthTypeAndDescription)
@@ -389,6 +395,17 @@ TEST_F(DICOMObjectDumperTest, ADumperWithoutAStreamUsesTheDefaultOne)
    const std::string aLine = "(0028, 0010) 2/US \"Rows\": 1\n";
    EXPECT_EQ(aDefault.str(), aLine);
    EXPECT_EQ(anOwn.str(), aLine + aLine);
+}
+
+TEST_F(DICOMObjectDumperTest, TheDefaultStreamMayBeSetToItself)
+{
+   const std::unique_ptr<VR> aVR(NewVR(0x0028, 0x0010, VRCode::US, "\1\0"sv));
+   std::ostringstream anOutput;
+   DICOMObjectDumper::SetDefaultStream(anOutput); // through a log stream that the class owns
+   DICOMObjectDumper::SetDefaultStream(*DICOMObjectDumper::itsDefaultStream);
+   DICOMObjectDumper().DumpVR(*aVR, itsDictionary);
+   DICOMObjectDumper::UnsetDefaultStream();
+   EXPECT_EQ(anOutput.str(), "(0028, 0010) 2/US \"Rows\": 1\n");
 }
 
 TEST_F(DICOMObjectDumperTest, PrintsIntoAFile)

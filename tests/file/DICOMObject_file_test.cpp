@@ -1,6 +1,8 @@
 // DICOMObject::LoadFromFile, the loader behind it, and the dump of a file.
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <future>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sstream>
@@ -16,6 +18,7 @@
 #include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
 #include "talvenor/file/DICOMObjectLoader.h"
 #include "talvenor/foundation/LogStream.h"
+#include "talvenor/foundation/TNTrace.h"
 #include "talvenor/transfer/InputTransferSyntax.h"
 
 namespace
@@ -220,6 +223,47 @@ TEST(LoadFromFile, DumperPrintsAFileOrSaysWhyNot)
    aDumper.Dump(RWCString(aMissing.Name()));
    EXPECT_EQ(anOutput.str(), "DICOMObjectDumper: Error loading file \"" + RWCString(aMissing.Name()) +
                                  "\": " + TNResult::Describe(TN_OPEN_FAILED) + " (system error 2)\n");
+}
+
+// Finds out, the first time that somebody sleeps, whether another thread gets hold of a log.
+class LogTryingClock final : public SystemClock
+{
+public:
+   explicit LogTryingClock(LogStream& theLog) : itsLog(theLog), itsPrevious(SystemClock::Replace(this)) {}
+   ~LogTryingClock() { SystemClock::Replace(itsPrevious); }
+   LogTryingClock(const LogTryingClock&) = delete;
+   LogTryingClock& operator=(const LogTryingClock&) = delete;
+
+   INT64 WallMilliseconds() override { return itsPrevious->WallMilliseconds(); }
+   INT64 MonotonicMilliseconds() override { return itsPrevious->MonotonicMilliseconds(); }
+   void Sleep(UINT64) override
+   {
+      if (!itsAttempt.valid())
+      {
+         itsAttempt = std::async(std::launch::async, [this] { const LogLock aLock(itsLog); });
+         itsWasFree = itsAttempt.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+      }
+   }
+
+   bool WasFree() const { return itsWasFree; }
+
+private:
+   LogStream& itsLog;
+   SystemClock* itsPrevious;
+   std::future<void> itsAttempt;
+   bool itsWasFree = false;
+};
+
+TEST(LoadFromFile, ADumpThatWaitsForItsFileLetsOthersWriteToTheLog)
+{
+   std::ostringstream anOutput;
+   TNTrace aTrace;
+   aTrace.On(anOutput);
+   const LogTryingClock aClock(aTrace);
+   const TemporaryFile aMissing;
+   aTrace.Dump(std::string(aMissing.Name()));
+   EXPECT_TRUE(aClock.WasFree());
+   EXPECT_EQ(anOutput.str().rfind("DICOMObjectDumper: Error loading file \"", 0), 0u) << anOutput.str();
 }
 
 // The default catalog knows KNOWN for the time of a test.
