@@ -3,7 +3,9 @@
 // everybody else reads it through the typed getters.
 //
 // Threads: every operation holds the dataset's recursive lock from start to end; Lock and Unlock make several of them
-// one. References and pointers that an operation returned are guarded by nothing once it has ended.
+// one. References and pointers that an operation returned are guarded by nothing once it has ended. The items of a
+// sequence belong to the dataset: threads that share it hold its lock, not that of an item alone, while they work on an
+// item. Dumping depends on it: it takes the lock of the dataset, then the log, then the locks of the items.
 //
 // Ownership: an element given to Push belongs to the dataset, also when Push refuses it (it is destroyed then). GetVR and
 // iterators lend elements; RemoveVR and Pop hand them over.
@@ -247,8 +249,9 @@ public:
    int GetScratchpadValue(const RWCString& theName, RWCString& theValue) const;
    int RemoveScratchpadValue(const RWCString& theName);
 
-   // Replaces the contents by those of a file (PS3.10). Returns 1, or 0 with the cause in theResult and theSystemError;
-   // what had been read by then stays. theFileSize is in bytes. Loading stops before the first element whose group is at
+   // Replaces the contents by those of a file (PS3.10) and takes over its byte order. Returns 1, or 0 with the cause in
+   // theResult and theSystemError; what had been read by then stays. A file that cannot be opened gets 2.4 seconds to
+   // appear; when it does not, the dataset is unchanged and nothing is logged. theFileSize is in bytes. Loading stops before the first element whose group is at
    // least theStopGroup and whose element number is at least theStopElement (0 for no limit). With theKnownTagsOnly,
    // private elements are kept only where a private dictionary knows their creator. With a cluster, the dataset is
    // normalised into it.
@@ -267,7 +270,7 @@ public:
    const InstanceSpecificDataDictionary& GetDataDictionary() const;
 
    // Whether the dataset has a dictionary already: until then it knows what the process-wide default one knows.
-   bool HasDataDictionary() const { return itsDictionary != nullptr; }
+   bool HasDataDictionary() const;
 
    TNEndian::EndianType GetEndian() const;
    void SetEndian(TNEndian::EndianType theEndian); // stored bytes stay as they are
@@ -281,8 +284,6 @@ public:
    const DICOMNode& GetNode() const { return itsNode; }
 
 private:
-   friend class DICOMObjectLoader; // loads as LoadFromFile does, from a stream that stands at the first element
-
    using Scratchpad = std::unordered_map<RWCString, RWCString>;
    struct Contents;
 

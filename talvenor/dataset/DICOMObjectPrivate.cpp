@@ -69,6 +69,12 @@ InstanceSpecificDataDictionary& DICOMObject::GetDataDictionary()
    return *itsDictionary;
 }
 
+bool DICOMObject::HasDataDictionary() const
+{
+   CriticalSectionWhileInScope aGuard(itsLock);
+   return itsDictionary != nullptr;
+}
+
 int DICOMObject::HasPrivateBlock(const RWCString& theCreator, UINT16 theGroup) const
 {
    CriticalSectionWhileInScope aGuard(itsLock);

@@ -15,12 +15,13 @@ constexpr UINT16 kReferenceGroup = 0x0008;
 constexpr UINT16 kReferencedClass = 0x1150;
 constexpr UINT16 kReferencedInstance = 0x1155;
 
+// The instance first: items of one sequence hardly ever share it, and nearly always share the class.
 bool References(const DICOMDataObject& theItem, const RWCString& theClassUID, const RWCString& theInstanceUID)
 {
    RWCString aClassUID;
    RWCString anInstanceUID;
-   return theItem.GetString(kReferenceGroup, kReferencedClass, aClassUID) && aClassUID == theClassUID &&
-          theItem.GetString(kReferenceGroup, kReferencedInstance, anInstanceUID) && anInstanceUID == theInstanceUID;
+   return theItem.GetString(kReferenceGroup, kReferencedInstance, anInstanceUID) && anInstanceUID == theInstanceUID &&
+          theItem.GetString(kReferenceGroup, kReferencedClass, aClassUID) && aClassUID == theClassUID;
 }
 
 bool HasReference(const VR* theVR, const RWCString& theClassUID, const RWCString& theInstanceUID)
