@@ -21,7 +21,7 @@ foreach(FOLDER IN LISTS FOLDERS)
             list(APPEND FAULTS "${FILE}: belongs to platform: ${CMAKE_MATCH_0}")
          endif()
          if(FILE MATCHES "[.]h$" AND TEXT MATCHES "TALVENOR_API" AND
-            NOT TEXT MATCHES "not part of[ \n/]+the library's interface" AND NOT UMBRELLA MATCHES "\"${FILE}\"")
+            NOT TEXT MATCHES "[Nn]ot[ \n/]+part[ \n/]+of[ \n/]+the[ \n/]+library's[ \n/]+interface" AND NOT UMBRELLA MATCHES "\"${FILE}\"")
             list(APPEND FAULTS "talvenor/talvenor.h: lacks ${FILE}")
          endif()
       endif()
