@@ -50,7 +50,7 @@ constexpr auto kTrunc = std::ios::trunc;
 const unsigned int kBufferSizes[] = {0, 1, 7, 64, 4096};
 
 // Ends the process: with 7 when a buffer of a gigabyte, in half a gigabyte of memory, fails as it should.
-[[noreturn]] void ReadUnderALimit(const char* theName)
+[[noreturn, maybe_unused]] void ReadUnderALimit(const char* theName)
 {
    constexpr unsigned int kSize = 1U << 30;
    const rlimit aLimit = {kSize / 2, kSize / 2};
