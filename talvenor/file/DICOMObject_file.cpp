@@ -1,4 +1,5 @@
 // Datasets and files.
+#include <algorithm>
 #include <cerrno>
 #include <new>
 
@@ -72,6 +73,14 @@ void Describe(TNResultCode& theResult, int& theSystemError, RWCString& theText)
       theText = anException.what();
    }
 }
+
+// A file's name and what stands in it come from outside: neither may begin a line of the log.
+RWCString OnOneLine(RWCString theText)
+{
+   const auto isControl = [](unsigned char theByte) { return theByte < 0x20 || theByte == 0x7F; };
+   std::replace_if(theText.begin(), theText.end(), isControl, '.');
+   return theText;
+}
 } // namespace
 
 int DICOMObject::LoadFromFile(const RWCString& theFileName, UINT32& theFileSize, TNResultCode& theResult,
@@ -89,7 +98,7 @@ int DICOMObject::LoadFromFile(const RWCString& theFileName, UINT32& theFileSize,
    Reset();
    try
    {
-      Part10FileInputStream aStream(theFileName, 1, 1);   // what a file lacks in its header, its dataset may have
+      Part10FileInputStream aStream(theFileName, 1, 1); // what a file lacks in its header, its dataset may have
       theFileSize = aStream.GetFileSize();
       DICOMObjectLoader aLoader(*this, aStream);
       aLoader.SetStopAt(theStopGroup, theStopElement);
@@ -97,7 +106,7 @@ int DICOMObject::LoadFromFile(const RWCString& theFileName, UINT32& theFileSize,
       aLoader.Load();
       if (theCluster != nullptr)
       {
-         itsLastPushed = kNoTag;   // it may move to a shared node
+         itsLastPushed = kNoTag; // it may move to a shared node
          theCluster->Normalize(itsNode);
       }
       return 1;
@@ -106,8 +115,9 @@ int DICOMObject::LoadFromFile(const RWCString& theFileName, UINT32& theFileSize,
    {
       RWCString aText;
       Describe(theResult, theSystemError, aText);
-      startentry(gTNErrorLog) << "DICOMObject::LoadFromFile(\"" << theFileName << "\"): " << aText << ": "
-                              << TNResult::Describe(theResult) << "\n" << endentry;
+      const RWCString aLine = OnOneLine("DICOMObject::LoadFromFile(\"" + theFileName + "\"): " + aText + ": " +
+                                        TNResult::Describe(theResult)); // may throw, which an open entry must not see
+      startentry(gTNErrorLog) << aLine << "\n" << endentry;
       return 0;
    }
 }
