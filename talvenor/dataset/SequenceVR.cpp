@@ -14,7 +14,7 @@ struct DestroyItems
 {
    void operator()(SequenceVR::Items* theItems) const
    {
-      std::for_each(theItems->begin(), theItems->end(), [](DICOMDataObject* theItem) { delete theItem; });
+      std::for_each(theItems->rbegin(), theItems->rend(), [](DICOMDataObject* theItem) { delete theItem; });
       delete theItems;
    }
 };
