@@ -19,6 +19,7 @@
 #include "talvenor/foundation/MapToErrno.h"
 #include "talvenor/foundation/Mutex.h"
 #include "talvenor/foundation/MutexWhileInScope.h"
+#include "talvenor/foundation/OneLine.h"
 #include "talvenor/foundation/OpenMode.h"
 #include "talvenor/foundation/Semaphore.h"
 #include "talvenor/foundation/StreamIOException.h"

@@ -17,6 +17,7 @@
 #include "talvenor/dictionary/MUIDDictionaryEntry.h"
 #include "talvenor/file/DICOMObjectLoader.h"
 #include "talvenor/foundation/LogStream.h"
+#include "talvenor/foundation/OneLine.h"
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/transfer/TransferSyntaxManager.h"
 
@@ -164,7 +165,7 @@ int DumpCommand::Run()
       std::cout.flush();
       if (!aFault.empty())
       {
-         std::cerr << "tn dump: " << aFile << ": " << aFault << "\n";
+         std::cerr << OnOneLine("tn dump: " + aFile + ": " + aFault) << "\n";
          aResult = ExitCode::kCouldNotRead;
       }
    }

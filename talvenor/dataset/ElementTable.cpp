@@ -1,8 +1,8 @@
 #include "talvenor/dataset/ElementTable.h"
 
 #include <algorithm>
-#include <iterator>
 #include <cstring>
+#include <iterator>
 #include <new>
 
 #include "talvenor/dataset/VR.h"

@@ -1,5 +1,4 @@
 // Datasets and files.
-#include <algorithm>
 #include <cerrno>
 #include <new>
 
@@ -10,6 +9,7 @@
 #include "talvenor/file/Part10FileInputStream.h"
 #include "talvenor/foundation/CriticalSectionWhileInScope.h"
 #include "talvenor/foundation/Exceptions.h"
+#include "talvenor/foundation/OneLine.h"
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/foundation/SystemClock.h"
 #include "talvenor/foundation/TNTrace.h"
@@ -72,14 +72,6 @@ void Describe(TNResultCode& theResult, int& theSystemError, RWCString& theText)
       theResult = TN_INTERNAL_ERROR;
       theText = anException.what();
    }
-}
-
-// A file's name and what stands in it come from outside: neither may begin a line of the log.
-RWCString OnOneLine(RWCString theText)
-{
-   const auto isControl = [](unsigned char theByte) { return theByte < 0x20 || theByte == 0x7F; };
-   std::replace_if(theText.begin(), theText.end(), isControl, '.');
-   return theText;
 }
 } // namespace
 

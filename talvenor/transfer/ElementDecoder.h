@@ -20,6 +20,7 @@
 #include "talvenor/dataset/VR.h"
 #include "talvenor/dictionary/VRType.h"
 #include "talvenor/foundation/Exceptions.h"
+#include "talvenor/foundation/OneLine.h"
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/foundation/TNTrace.h"
 #include "talvenor/transfer/DICOMDataObjectInputStreamVR.h"
@@ -158,7 +159,7 @@ private:
       const std::string aText = std::string(Policy::kPrefix) +
                                 "NextVR(): Undefined length (0xffffffff) invalid for VR type " +
                                 TypeText(theHeader.itsTypeCode) + " (type from data dictionary)";
-      startentry(gTNErrorLog) << aText << "\n" << endentry;
+      startentry(gTNErrorLog) << OnOneLine(aText) << "\n" << endentry;
       throw StreamIOException(aText.c_str(), TN_INVALID_ELEMENT_HEADER, 0);
    }
 
@@ -234,7 +235,7 @@ private:
 
    static void Log(const char* theText, const ExceptionBase& theException)
    {
-      const RWCString aDescription = theException.ToString(); // may throw, which an open entry must not see
+      const RWCString aDescription = OnOneLine(theException.ToString()); // may throw, which an open entry must not see
       startentry(gTNErrorLog) << Policy::kPrefix << "NextVR(): " << theText << aDescription << "\n" << endentry;
    }
 
