@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes the seed corpora of the fuzz targets, fuzz/corpus/<target>/..., deterministically.
+"""Writes the corpora that the fuzz targets start from, fuzz/corpus/<target>/..., deterministically.
 
 A seed is a small input that reaches a part of the reader which random bytes would not find."""
 
