@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "support/PiecewiseInputStream.h"
 #include "support/StreamErrors.h"
 #include "talvenor/dataset/VR.h"
@@ -212,3 +214,23 @@ inline std::string ShortValue(int theCount, UINT32 theLength, const std::string&
 
 // How an error of which nothing came compares.
 inline const StreamError kNoStreamError = {"(nothing was thrown)", TN_NO_ERROR, 0};
+
+// What whole bytes decode to, however they arrive.
+struct DecodeCase
+{
+   const char* itsName;
+   RWCString itsSyntax;
+   Bytes itsBytes;
+   const char* itsText;
+};
+
+inline void ExpectDecoded(const std::vector<DecodeCase>& theCases)
+{
+   for (const DecodeCase& aCase : theCases)
+   {
+      const Decoded anExpected = {aCase.itsText,        kNoStreamError, InputTransferSyntax::AtEndOfStream, false, "",
+                                  aCase.itsBytes.size()};
+      EXPECT_EQ(Decode(aCase.itsSyntax, aCase.itsBytes), anExpected) << aCase.itsName;
+      EXPECT_EQ(DecodeInPieces(aCase.itsSyntax, aCase.itsBytes, 1), anExpected) << aCase.itsName << ", in pieces";
+   }
+}

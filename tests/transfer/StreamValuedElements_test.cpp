@@ -60,17 +60,6 @@ std::vector<std::vector<UINT32>> ItemsOf(const VR& theSequence)
 
 using Tags = std::vector<std::vector<UINT32>>;
 
-TEST(DICOMDataObjectInputStreamVR, ShowsWhatItStandsFor)
-{
-   SequenceInStream aSequence(kTwoItems);
-   EXPECT_EQ(aSequence->GetTag(), 0x00081140u);
-   EXPECT_EQ(aSequence->GetTypeCode(), VRCode::SQ);
-   EXPECT_TRUE(aSequence->IsUndefinedLength());
-   EXPECT_TRUE(aSequence->IsStreamBuffered());
-   EXPECT_FALSE(aSequence->IsEmpty());
-   EXPECT_EQ(aSequence->GetAsVRInputStreamVR(), nullptr);
-}
-
 TEST(DICOMDataObjectInputStreamVR, GivesItsItemsOneByOne)
 {
    SequenceInStream aSequence(kTwoItems + kFirst);
@@ -97,18 +86,10 @@ TEST(DICOMDataObjectInputStreamVR, BuildsTheSequenceOnce)
    EXPECT_EQ(ItemsOf(*aBuilt), (Tags{{0x00081150, 0x00081155}, {0x00081150}}));
    EXPECT_TRUE(aSequence->IsEmpty());
    EXPECT_EQ(aSequence->GetVR(), nullptr);
-   EXPECT_EQ(aSequence->NextDICOMDataObject(), nullptr);
-}
-
-TEST(DICOMDataObjectInputStreamVR, BuildsNothingOnceAnItemWasAskedFor)
-{
-   SequenceInStream aSequence(kTwoItems);
-   const std::unique_ptr<VRInputStreamVR> anItem(aSequence->NextDICOMDataObject());
-   EXPECT_EQ(aSequence->GetVR(), nullptr);
-   EXPECT_FALSE(aSequence->IsEmpty()) << "its items can still be read";
-   SequenceInStream anEmpty(kSequence + kSequenceEnd);
-   EXPECT_EQ(anEmpty->NextDICOMDataObject(), nullptr);
-   EXPECT_EQ(anEmpty->GetVR(), nullptr);
+   SequenceInStream aBegun(kTwoItems);
+   const std::unique_ptr<VRInputStreamVR> anItem(aBegun->NextDICOMDataObject());
+   EXPECT_EQ(aBegun->GetVR(), nullptr);
+   EXPECT_FALSE(aBegun->IsEmpty()) << "its items can still be read";
 }
 
 TEST(DICOMDataObjectInputStreamVR, BuildsItemsInTheByteOrderOfTheirContent)
@@ -231,11 +212,8 @@ TEST(VRInputStreamVR, ShowsWhatItStandsFor)
 {
    SequenceInStream aSequence(kSequence + Bytes{0xFE, 0xFF, 0x00, 0xE0, 0x0A, 0x00, 0x00, 0x00} + kFirst + kItem);
    std::unique_ptr<VRInputStreamVR> anItem(aSequence->NextDICOMDataObject());
-   EXPECT_EQ(anItem->GetTag(), 0xFFFEE000u);
    EXPECT_EQ(anItem->GetLength(), 10u);
-   EXPECT_FALSE(anItem->IsUndefinedLength());
    EXPECT_EQ(anItem->GetDataEndian(), TNEndian::NativeEndian());
-   EXPECT_TRUE(anItem->HasMoreData());
    EXPECT_FALSE(anItem->IsEmpty());
    EXPECT_TRUE(std::unique_ptr<VR>(anItem->NextVR()));
    EXPECT_TRUE(anItem->HasMoreData()) << "the end is not known before it is met";

@@ -41,19 +41,6 @@ protected:
    InstanceSpecificDataDictionary itsDictionary{itsPublic, itsCatalog};
 };
 
-TEST_F(TransferSyntaxDictionary, IsAFreshOneOverTheDefaultsUnlessGiven)
-{
-   const PlainSyntax aSyntax;
-   const PlainSyntax anOther;
-   InstanceSpecificDataDictionary& aDictionary = aSyntax.GetDataDictionary();
-   EXPECT_EQ(&aSyntax.GetDataDictionary(), &aDictionary) << "made once";
-   EXPECT_NE(&anOther.GetDataDictionary(), &aDictionary);
-   EXPECT_EQ(&aDictionary.GetDataDictionary(), &MDataDictionary::GetDefaultDataDictionary());
-   EXPECT_EQ(&aDictionary.GetPrivateDataDictionaryCatalog(),
-             &PrivateDataDictionaryCatalog::GetDefaultPrivateDataDictionaryCatalog());
-   EXPECT_FALSE(KnowsTheBlock(aSyntax));
-}
-
 TEST_F(TransferSyntaxDictionary, IsBorrowedCopiedOrAdoptedByTheFormOfTheParameter)
 {
    const InstanceSpecificDataDictionary& aConst = itsDictionary;
@@ -65,21 +52,6 @@ TEST_F(TransferSyntaxDictionary, IsBorrowedCopiedOrAdoptedByTheFormOfTheParamete
    EXPECT_NE(&aCopier.GetDataDictionary(), &itsDictionary);
    EXPECT_TRUE(KnowsTheBlock(aCopier)) << "the allocations are copied with it";
    EXPECT_EQ(&anOwner.GetDataDictionary(), anAdopted);
-}
-
-TEST_F(TransferSyntaxDictionary, IsReplacedByTheSameRules)
-{
-   const InstanceSpecificDataDictionary& aConst = itsDictionary;
-   PlainSyntax aSyntax;
-   aSyntax.SetDataDictionary(itsDictionary);
-   EXPECT_EQ(&aSyntax.GetDataDictionary(), &itsDictionary);
-   InstanceSpecificDataDictionary* const anAdopted = New();
-   aSyntax.SetDataDictionary(anAdopted);
-   EXPECT_EQ(&aSyntax.GetDataDictionary(), anAdopted);
-   aSyntax.SetDataDictionary(aConst);
-   EXPECT_NE(&aSyntax.GetDataDictionary(), &itsDictionary);
-   EXPECT_TRUE(KnowsTheBlock(aSyntax));
-   EXPECT_TRUE(itsDictionary.ContainsCreatorAllocation("ACME", 0x0029)) << "the borrowed one lives on";
 }
 
 TEST_F(TransferSyntaxDictionary, StaysWhenItIsSetAgain)
