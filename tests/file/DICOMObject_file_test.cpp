@@ -23,26 +23,17 @@
 
 namespace
 {
-std::string Text(const std::string& theTag, const char* theType, const std::string& theValue)
-{
-   return ShortElement(theTag, theType, theValue);
-}
-
 // 32 bits, little endian.
-std::string Long(UINT32 theNumber)
+std::string Long(std::size_t theNumber)
 {
-   std::string aBytes;
-   for (int i = 0; i < 4; ++i, theNumber >>= 8)
-   {
-      aBytes += static_cast<char>(theNumber);
-   }
-   return aBytes;
+   return {static_cast<char>(theNumber), static_cast<char>(theNumber >> 8), static_cast<char>(theNumber >> 16),
+           static_cast<char>(theNumber >> 24)};
 }
 
-const std::string kInstance = Text(Bytes("\x08\x00\x18\x00"), "UI", "1.22.3");
-const std::string kModality = Text(Bytes("\x08\x00\x60\x00"), "CS", "CT");
-const std::string kName = Text(Bytes("\x10\x00\x10\x00"), "PN", "A^BC");
-const std::string kRows = Text(Bytes("\x28\x00\x10\x00"), "US", Bytes("\x04\x00"));
+const std::string kInstance = ShortElement(Bytes("\x08\x00\x18\x00"), "UI", "1.22.3");
+const std::string kModality = ShortElement(Bytes("\x08\x00\x60\x00"), "CS", "CT");
+const std::string kName = ShortElement(Bytes("\x10\x00\x10\x00"), "PN", "A^BC");
+const std::string kRows = ShortElement(Bytes("\x28\x00\x10\x00"), "US", Bytes("\x04\x00"));
 
 struct Loaded
 {
@@ -107,20 +98,13 @@ TEST(LoadFromFile, FailuresAreLoggedAndKeepWhatHadBeenRead)
       const char* itsLogText;
    };
    const std::string aHeader = FileHeader(kExplicitLittle);
-   const std::string kNoSyntax = kPreambleAndMagic + kGroupLength + kVersion + kSOPClass;
    const Case kCases[] = {
        {"empty", "", TN_PARSE_TO_OBJECT_FAILED, {}, "): Empty file: "},
-       {"8 bytes", "12345678", TN_PARSE_TO_OBJECT_FAILED, {}, "File less than 8 bytes long: "},
        {"no transfer syntax",
-        kNoSyntax,
+        kPreambleAndMagic + kGroupLength + kVersion + kSOPClass,
         TN_PARSE_TO_OBJECT_FAILED,
         {},
         "Part10InputStream::Open(): Invalid Part10 header: Missing TransferSyntaxUID: "},
-       {"unknown transfer syntax",
-        FileHeader("1.2.33") + kModality,
-        TN_TRANSFER_SYNTAX_UNSUPPORTED,
-        {},
-        "Unknown transfer syntax type: "},
        {"transfer syntax with a line of its own",
         FileHeader("1.2\n9.33") + kModality,
         TN_TRANSFER_SYNTAX_UNSUPPORTED,
@@ -150,24 +134,15 @@ TEST(LoadFromFile, FailuresAreLoggedAndKeepWhatHadBeenRead)
    }
 }
 
-TEST(LoadFromFile, HeaderNeedsOnlyTheTransferSyntax)
+TEST(LoadFromFile, NeedsOnlyTheTransferSyntaxAndKeepsItsByteOrder)
 {
-   const TemporaryFile aPath(kPreambleAndMagic + kGroupLength + TransferSyntaxElement(kExplicitLittle) + kModality);
-   DICOMDataObject anObject;
-   EXPECT_EQ(Load(anObject, aPath.Name()).itsReturn, 1);
-   EXPECT_EQ(TextOf(anObject, 0x00080060), "CT");
-}
-
-TEST(LoadFromFile, BigEndianValuesComeThroughTheGetters)
-{
-   const TemporaryFile aPath(FileHeader(kExplicitBig) + Bytes("\x00\x28\x00\x10US\x00\x02\x01\x02") +
-                             Bytes("\x00\x28\x00\x11US\x00\x02\x00\x05") +
+   const TemporaryFile aPath(kPreambleAndMagic + kGroupLength + TransferSyntaxElement(kExplicitBig) +
+                             Bytes("\x00\x28\x00\x10US\x00\x02\x01\x02") +
                              Bytes("\x00\x28\x12\x01OW\x00\x00\x00\x00\x00\x04\x01\x02\x03\x04"));
    DICOMDataObject anObject;
    ASSERT_EQ(Load(anObject, aPath.Name()).itsReturn, 1);
    EXPECT_EQ(anObject.GetEndian(), TNEndian::BigEndian);
    EXPECT_EQ(anObject.GetUINT16(0x0028, 0x0010), 0x0102);
-   EXPECT_EQ(anObject.GetUINT16(0x0028, 0x0011), 5);
    UINT16 aWords[2] = {};
    EXPECT_EQ(anObject.GetWords(0x0028, 0x1201, aWords, sizeof aWords), 1);
    EXPECT_EQ(aWords[1], 0x0304);
@@ -176,16 +151,12 @@ TEST(LoadFromFile, BigEndianValuesComeThroughTheGetters)
 TEST(LoadFromFile, StopsAtTheLimit)
 {
    const TemporaryFile aPath(FileHeader(kExplicitLittle) + kInstance + kModality + kName + kRows);
-   struct Case
+   const struct
    {
       UINT16 itsGroup, itsElement;
       std::size_t itsCount;
-   };
-   const Case kCases[] = {
-       {0, 0, 4},           {0x0008, 0x0060, 1}, {0x0010, 0, 2},      {0x0010, 0x0010, 2},
-       {0x0028, 0x0010, 3}, {0x0009, 0x0010, 2}, {0x7FE0, 0x0010, 4},
-   };
-   for (const Case& aCase : kCases)
+   } kCases[] = {{0x0008, 0x0060, 1}, {0x0010, 0, 2}, {0x0009, 0x0010, 2}, {0x7FE0, 0x0010, 4}};
+   for (const auto& aCase : kCases)
    {
       DICOMDataObject anObject;
       EXPECT_EQ(Load(anObject, aPath.Name(), aCase.itsGroup, aCase.itsElement).itsReturn, 1);
@@ -195,8 +166,8 @@ TEST(LoadFromFile, StopsAtTheLimit)
 
 TEST(LoadFromFile, DatasetJoinsTheCluster)
 {
-   const std::string aStudy = Text(Bytes("\x20\x00\x0D\x00"), "UI", "1.2.50");
-   const std::string aSeries = Text(Bytes("\x20\x00\x0E\x00"), "UI", "1.2.60");
+   const std::string aStudy = ShortElement(Bytes("\x20\x00\x0D\x00"), "UI", "1.2.50");
+   const std::string aSeries = ShortElement(Bytes("\x20\x00\x0E\x00"), "UI", "1.2.60");
    const std::string aFile = FileHeader(kExplicitLittle) + kInstance + kModality + kName + aStudy + aSeries;
    const TemporaryFile aPath(aFile);
    DICOMCluster aCluster;
@@ -299,7 +270,7 @@ protected:
 
    static std::string Private(const std::string& theElement, const std::string& theValue)
    {
-      return Text(Bytes("\x09\x00") + theElement, "LO", theValue);
+      return ShortElement(Bytes("\x09\x00") + theElement, "LO", theValue);
    }
 };
 
@@ -319,12 +290,10 @@ TEST_F(KnownTags, KeepWhatBelongsToAKnownCreator)
        {"another block", Private(aFirst, "KNOWN ") + Private(anOtherValue, "xx"), {0x00090010}},
        {"no creator", Private(aValue, "xx"), {}},
        {"empty creator", Private(aFirst, "") + Private(aValue, "xx"), {}},
-       {"blank creator", Private(aFirst, "  ") + Private(aValue, "xx"), {}},
        {"265 characters and known", Private(aFirst, std::string(260, ' ') + "KNOWN"), {0x00090010}},
        {"266 characters", Private(aFirst, std::string(261, ' ') + "KNOWN"), {}},
        {"other small letters", Private(aFirst, "known "), {}},
-       {"group 0123", Text(Bytes("\x23\x01\x01\x10"), "LO", "xx"), {0x01231001}},
-       {"group 1021", Text(Bytes("\x21\x10\x01\x10"), "LO", "xx"), {0x10211001}},
+       {"group 0123", ShortElement(Bytes("\x23\x01\x01\x10"), "LO", "xx"), {0x01231001}},
        {"below the creators", Private(Bytes("\x01\x00"), "xx"), {}},
    };
    for (const Case& aCase : kCases)
@@ -358,10 +327,10 @@ TEST_F(KnownTags, DropSequencesToTheirEnd)
    };
    for (const Case& aCase : kCases)
    {
-      const std::string aDefinedItem = kItem + Long(static_cast<UINT32>(aCase.itsContent.size())) + aCase.itsContent;
+      const std::string aDefinedItem = kItem + Long(aCase.itsContent.size()) + aCase.itsContent;
       const std::string anOpenItem = kItem + kUndefined + aCase.itsContent + kItemEnd;
       const std::string anItems = aDefinedItem + anOpenItem + aDefinedItem;
-      const std::string aDefined = kSequence + Long(static_cast<UINT32>(anItems.size())) + anItems;
+      const std::string aDefined = kSequence + Long(anItems.size()) + anItems;
       const std::string anOpen = kSequence + kUndefined + anItems + kSequenceEnd;
       for (const std::string& aSequence : {aDefined, anOpen})
       {
@@ -373,22 +342,16 @@ TEST_F(KnownTags, DropSequencesToTheirEnd)
 
 TEST_F(KnownTags, TableOfBlocksStartsOverWhenItIsFull)
 {
-   // 250 creators in group 0009 (0010-00FF) and 000B, then a value in the first, the second and the last block.
-   std::string aCreators;
+   // 250 creators in groups 0009 and 000B, then a value in the first and in the second block.
    const auto aCreator = [](int theGroup, int theBlock) {
-      return Text(std::string{static_cast<char>(theGroup), 0, static_cast<char>(theBlock), 0}, "LO", "KNOWN ");
+      return ShortElement(std::string{static_cast<char>(theGroup), 0, static_cast<char>(theBlock), 0}, "LO", "KNOWN ");
    };
-   int aCount = 0;
-   for (int aBlock = 0x10; aBlock <= 0xFF; ++aBlock, ++aCount) // 240
+   std::string aCreators;
+   for (int i = 0; i < 249; ++i) // a group has 240 blocks
    {
-      aCreators += aCreator(0x09, aBlock);
+      aCreators += aCreator(i < 240 ? 0x09 : 0x0B, 0x10 + i % 240);
    }
-   const std::string kFirst = Bytes("\x09\x00\x01\x10"), kSecond = Bytes("\x09\x00\x01\x11");
-   const std::string kValues = Text(kFirst, "LO", "xx") + Text(kSecond, "LO", "xx");
-   for (int aBlock = 0x10; aCount < 249; ++aBlock, ++aCount)
-   {
-      aCreators += aCreator(0x0B, aBlock);
-   }
+   const std::string kValues = Private(Bytes("\x01\x10"), "xx") + Private(Bytes("\x01\x11"), "xx");
    EXPECT_EQ(Kept(aCreators + kValues).size(), 251u);
    const std::vector<UINT32> aKept = Kept(aCreators + aCreator(0x0B, 0x30) + kValues);
    EXPECT_EQ(aKept.size(), 251u);
@@ -396,15 +359,4 @@ TEST_F(KnownTags, TableOfBlocksStartsOverWhenItIsFull)
    EXPECT_EQ(std::count(aKept.begin(), aKept.end(), 0x00091101u), 1);
 }
 
-TEST(DICOMObjectLoader, ServesHostsWithStreamsOfTheirOwn)
-{
-   const std::string aFile = FileHeader(kExplicitLittle) + kInstance + kModality + kName;
-   const auto aStream = OpenBytes(aFile);
-   DICOMDataObject anObject;
-   DICOMObjectLoader aLoader(anObject, *aStream);
-   aLoader.SetStopAt(0x0010, 0x0010);
-   aLoader.Load();
-   EXPECT_EQ(TagsOf(anObject), (std::vector<UINT32>{0x00080018, 0x00080060}));
-   EXPECT_EQ(aLoader.GetDecoder().GetLevelEnd(), InputTransferSyntax::AtStopLimit);
-}
 } // namespace

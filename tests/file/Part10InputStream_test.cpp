@@ -22,48 +22,37 @@ StreamError OpenError(const std::string& theBytes, int theForceVersion = 0, int 
    return StreamErrorOf([&] { OpenBytes(theBytes, theForceVersion, theTolerant); });
 }
 
+const StreamError kNone{"(nothing was thrown)", TN_NO_ERROR};
+
 TEST(Part10InputStream, SmallFiles)
 {
-   const StreamError kTooShort{kOpen + "File less than 8 bytes long", TN_PARSE_TO_OBJECT_FAILED};
-   const StreamError kNone{"(nothing was thrown)", TN_NO_ERROR};
-   const StreamError kEnd{kOpen + "read header: Group 2 group length code missing", TN_PARSE_TO_OBJECT_FAILED};
-   struct Case
-   {
-      unsigned int itsSize;
-      StreamError itsWithMagic; // zeros, "DICM", zeros
-   };
-   const Case kCases[] = {
-       {0, kTooShort}, {1, kTooShort}, {8, kTooShort}, {9, kNone},   {127, kNone}, {128, kNone},
-       {131, kNone},   {132, kNone},   {133, kNone},   {143, kNone}, {144, kEnd},
-   };
    const std::string aFile = kPreambleAndMagic + std::string(12, '\0');
-   for (const Case& aCase : kCases)
+   for (const unsigned int aSize : {0, 1, 8})
    {
-      const std::string aStart = aFile.substr(0, aCase.itsSize);
-      EXPECT_EQ(OpenError(aStart), aCase.itsWithMagic) << aCase.itsSize;
-      if (aCase.itsWithMagic == kNone)
-      {
-         const auto aStream = OpenBytes(aStart);
-         EXPECT_EQ(aStream->GetPart10Header(), nullptr) << aCase.itsSize;
-         EXPECT_EQ(aStream->GetTransferSyntaxUID(), "1.2.840.10008.1.2") << aCase.itsSize;
-         EXPECT_EQ(aStream->GetHeaderSize(), 0u) << aCase.itsSize;
-         EXPECT_EQ(ReadText(*aStream, 200), aStart) << aCase.itsSize;
-      }
+      EXPECT_EQ(OpenError(aFile.substr(0, aSize)),
+                (StreamError{kOpen + "File less than 8 bytes long", TN_PARSE_TO_OBJECT_FAILED}))
+          << aSize;
    }
+   for (const unsigned int aSize : {9, 127, 128, 131, 132, 133, 143})
+   {
+      const std::string aStart = aFile.substr(0, aSize);
+      const auto aStream = OpenBytes(aStart);
+      EXPECT_EQ(aStream->GetPart10Header(), nullptr) << aSize;
+      EXPECT_EQ(aStream->GetTransferSyntaxUID(), "1.2.840.10008.1.2") << aSize;
+      EXPECT_EQ(ReadText(*aStream, 200), aStart) << aSize;
+   }
+   EXPECT_EQ(OpenError(aFile),
+             (StreamError{kOpen + "read header: Group 2 group length code missing", TN_PARSE_TO_OBJECT_FAILED}));
 }
 
 TEST(Part10InputStream, FileWithoutMetaInformationIsReadFromItsFirstByte)
 {
-   std::string aFile;
-   for (int i = 0; i < 300; ++i)
-   {
-      aFile += static_cast<char>(i);
-   }
+   const std::string aFile = kDatasetElement + std::string(300, 'x');
    const auto aStream = OpenBytes(aFile);
    EXPECT_EQ(aStream->GetStreamPosition(), 0u);
    EXPECT_EQ(aStream->GetPushbackLimit(), 256u - 144u);
    EXPECT_EQ(ReadText(*aStream, 400), aFile);
-   EXPECT_EQ(aStream->GetStreamPosition(), 300u);
+   EXPECT_EQ(aStream->GetStreamPosition(), aFile.size());
 }
 
 TEST(Part10InputStream, GuessesTheTransferSyntaxOfABareDataset)
@@ -93,13 +82,9 @@ TEST(Part10InputStream, GuessesTheTransferSyntaxOfABareDataset)
        {"group length, big", Bytes("\x00\x00\x00\x00UL\x00\x04"), kBig},
        {"group length, little", Bytes("\x00\x00\x00\x00UL\x04\x00"), kLittle},
        {"group length, equal length bytes", Bytes("\x00\x00\x00\x00UL\x00\x00"), kLittle},
-       {"group length, implicit", Bytes("\x00\x00\x00\x00\x04\x00\x00\x00"), kImplicit},
-       {"group length of another type", Bytes("\x00\x00\x00\x00US\x00\x04"), kImplicit},
        {"group 0, little", Bytes("\x00\x00\x02\x00UI\x0A\x00"), kLittle},
        {"group 0, big", Bytes("\x00\x00\x00\x02UI\x00\x0A"), kBig},
        {"group 0, implicit", Bytes("\x00\x00\x02\x00\x0A\x00\x00\x00"), kImplicit},
-       {"OF", Bytes("\x08\x00\x05\x00OF\x00\x00"), kLittle},
-       {"UT", Bytes("\x08\x00\x05\x00UT\x00\x00"), kLittle},
        {"small letters",
         Bytes("\x08\x00\x05\x00"
               "cs\x0A\x00"),
@@ -115,35 +100,28 @@ TEST(Part10InputStream, GuessesTheTransferSyntaxOfABareDataset)
 TEST(Part10InputStream, ReadsTheMetaInformation)
 {
    const std::string aName = ShortElement(Bytes("\x02\x00\x13\x00"), "SH", "A NAME");
-   const std::string aHeader = FileHeader(kExplicitLittle) + aName;
+   std::string aHeader = FileHeader(kExplicitLittle) + aName;
+   aHeader.replace(0, 4, Bytes("II*\0")); // a preamble may be that of another format
    const auto aStream = OpenBytes(aHeader + kDatasetElement);
    ASSERT_NE(aStream->GetPart10Header(), nullptr);
+   EXPECT_EQ(std::string(reinterpret_cast<const char*>(aStream->GetPart10Header()->GetPreamble()), 4), Bytes("II*\0"));
    EXPECT_EQ(aStream->GetTransferSyntaxUID(), "1.2.840.10008.1.2.1");
    EXPECT_EQ(aStream->GetPart10Header()->GetSOPInstanceUID(), "1.22.3");
    EXPECT_EQ(aStream->GetPart10Header()->GetVersion(), 1);
    EXPECT_EQ(aStream->GetHeaderSize(), aHeader.size());
    EXPECT_EQ(aStream->GetStreamPosition(), aHeader.size());
-   EXPECT_EQ(aStream->Length(), -1);
    EXPECT_EQ(TextOf(*aStream->GetMetaInformation(), 0x00020013), "A NAME");
    EXPECT_EQ(ReadText(*aStream, 100), kDatasetElement);
 }
 
 TEST(Part10InputStream, MetaInformationMayEndTheFile)
 {
-   for (const std::string& aTail : {std::string(), std::string("\x02"), std::string("\x08", 1)})
+   for (const std::string& aTail : {std::string(), std::string("\x02"), std::string("\x08")})
    {
       const auto aStream = OpenBytes(FileHeader(kExplicitLittle) + aTail);
       ASSERT_NE(aStream->GetPart10Header(), nullptr);
       EXPECT_EQ(ReadText(*aStream, 10), aTail);
    }
-}
-
-TEST(Part10InputStream, KeepsThePreamble)
-{
-   std::string aFile = FileHeader(kExplicitLittle);
-   aFile.replace(0, 4, Bytes("II*\0"));
-   const auto aStream = OpenBytes(aFile);
-   EXPECT_EQ(std::string(reinterpret_cast<const char*>(aStream->GetPart10Header()->GetPreamble()), 4), Bytes("II*\0"));
 }
 
 // An element in implicit VR (PS3.5 7.1.3).
@@ -156,11 +134,9 @@ TEST(Part10InputStream, MetaInformationMayBeImplicit)
 {
    const std::string aHeader = kPreambleAndMagic + ImplicitElement(Bytes("\x02\x00\x00\x00"), Bytes("\x50\0\0\0")) +
                                ImplicitElement(Bytes("\x02\x00\x01\x00"), "\x07\x07") +
-                               ImplicitElement(Bytes("\x02\x00\x02\x00"), "1.22.3") +
-                               ImplicitElement(Bytes("\x02\x00\x03\x00"), "1.22.4") +
                                ImplicitElement(Bytes("\x02\x00\x10\x00"), kExplicitLittle) +
                                ImplicitElement(Bytes("\x02\x00\x12\x00"), "1.22.5");
-   const auto aStream = OpenBytes(aHeader + kDatasetElement);
+   const auto aStream = OpenBytes(aHeader + kDatasetElement, 0, 1);
    EXPECT_EQ(aStream->GetTransferSyntaxUID(), "1.2.840.10008.1.2.1");
    EXPECT_EQ(aStream->GetPart10Header()->GetVersion(), 0x0001); // whatever the element says
    EXPECT_EQ(aStream->GetPart10Header()->GetImplementationClassUID(), "1.22.5");
@@ -187,57 +163,25 @@ TEST(Part10InputStream, TheGroupLengthIsNotTrusted)
 
 TEST(Part10InputStream, SaysWhatIsWrongWithTheMetaInformation)
 {
-   struct Case
+   const std::string kNoVersion =
+       kGroupLength + kSOPClass + kSOPInstance + TransferSyntaxElement(kExplicitLittle) + kImplementation;
+   const struct
    {
-      const char* itsName;
       std::string itsElements; // after "DICM"
       std::string itsText;
-      std::string itsTolerantText;
+      bool itsTolerantWorks;
+   } kCases[] = {
+       {kVersion + kSOPClass, "read header: Group 2 group length code missing", false},
+       {kGroupLength + kDatasetElement, "read header: Non-group-2 data element in file meta information", false},
+       {kNoVersion, "Invalid Part10 header: Missing/bad FileMetaInformationVersion", true},
    };
-   const std::string kInvalid = "Invalid Part10 header: ";
-   const std::string kSyntax = TransferSyntaxElement(kExplicitLittle);
-   const Case kCases[] = {
-       {"no group length", kVersion + kSOPClass, "read header: Group 2 group length code missing",
-        "read header: Group 2 group length code missing"},
-       {"group length alone", kGroupLength, kInvalid + "Missing/bad FileMetaInformationVersion",
-        kInvalid + "Missing TransferSyntaxUID"},
-       {"no version", kGroupLength + kSOPClass + kSOPInstance + kSyntax + kImplementation,
-        kInvalid + "Missing/bad FileMetaInformationVersion", ""},
-       {"no SOP class", kGroupLength + kVersion + kSOPInstance + kSyntax + kImplementation,
-        kInvalid + "Missing MediaStorageSOPClassUID", ""},
-       {"no SOP instance", kGroupLength + kVersion + kSOPClass + kSyntax + kImplementation,
-        kInvalid + "Missing MediaStorageSOPInstanceUID", ""},
-       {"no transfer syntax", kGroupLength + kVersion + kSOPClass + kSOPInstance + kImplementation,
-        kInvalid + "Missing TransferSyntaxUID", kInvalid + "Missing TransferSyntaxUID"},
-       {"no implementation", kGroupLength + kVersion + kSOPClass + kSOPInstance + kSyntax,
-        kInvalid + "Missing ImplementationClassUID", ""},
-       {"dataset at once", kGroupLength + kDatasetElement,
-        "read header: Non-group-2 data element in file meta information",
-        "read header: Non-group-2 data element in file meta information"},
-   };
-   const std::string aNothing = "(nothing was thrown)";
-   for (const Case& aCase : kCases)
+   for (const auto& aCase : kCases)
    {
-      const std::string aFile = kPreambleAndMagic + aCase.itsElements;
-      EXPECT_EQ(OpenError(aFile), (StreamError{kOpen + aCase.itsText, TN_PARSE_TO_OBJECT_FAILED})) << aCase.itsName;
-      EXPECT_EQ(OpenError(aFile, 0, 1).itsMessage,
-                aCase.itsTolerantText.empty() ? aNothing : kOpen + aCase.itsTolerantText)
-          << aCase.itsName;
+      const StreamError anError{kOpen + aCase.itsText, TN_PARSE_TO_OBJECT_FAILED};
+      EXPECT_EQ(OpenError(kPreambleAndMagic + aCase.itsElements), anError);
+      EXPECT_EQ(OpenError(kPreambleAndMagic + aCase.itsElements, 0, 1), aCase.itsTolerantWorks ? kNone : anError);
    }
-   EXPECT_EQ(OpenError(kPreambleAndMagic + kGroupLength + kSOPClass + kSOPInstance + kSyntax + kImplementation, 1),
-             (StreamError{aNothing, TN_NO_ERROR}))
-       << "the version is not asked for when it is forced";
-}
-
-TEST(Part10InputStream, HeaderCutAnywhereFailsOrIsWhole)
-{
-   const std::string aFile = FileHeader(kExplicitLittle);
-   for (std::size_t aSize = 144; aSize < aFile.size(); ++aSize)
-   {
-      const StreamError anError = OpenError(aFile.substr(0, aSize));
-      EXPECT_TRUE(anError.itsCode == TN_PARSE_TO_OBJECT_FAILED || anError.itsCode == TN_END_OF_FILE)
-          << aSize << ": " << anError;
-   }
+   EXPECT_EQ(OpenError(kPreambleAndMagic + kNoVersion, 1), kNone) << "not asked for when it is forced";
 }
 
 TEST(Part10InputStream, DecoderIsThatOfTheTransferSyntax)
@@ -347,24 +291,20 @@ TEST(Part10InputStream, SeeksThroughWhatIsPushedBackOrInTheSource)
    }
 }
 
-TEST(Part10InputStream, SkipsByReadingInBlocksWhereItCannotSeek)
+TEST(Part10InputStream, SkipsBySeekingOrElseByReadingInBlocks)
 {
-   EndlessStream aStream(10000, 0);
-   EXPECT_EQ(aStream.Skip(5000), 5000u);
-   EXPECT_EQ(aStream.itsReads, (std::vector<unsigned int>{2048, 2048, 904}));
-   EXPECT_EQ(aStream.GetStreamPosition(), 5144u);
-   EXPECT_EQ(aStream.Skip(0xFFFFFFFF), 10000u - 5144u); // the end of the source
-   EXPECT_EQ(aStream.GetStreamPosition(), 10000u);
-}
+   EndlessStream aReading(10000, 0);
+   EXPECT_EQ(aReading.Skip(5000), 5000u);
+   EXPECT_EQ(aReading.itsReads, (std::vector<unsigned int>{2048, 2048, 904}));
+   EXPECT_EQ(aReading.Skip(0xFFFFFFFF), 10000u - 5144u); // the end of the source
+   EXPECT_EQ(aReading.GetStreamPosition(), 10000u);
 
-TEST(Part10InputStream, SkipsBySeekingWhereItCan)
-{
-   EndlessStream aStream(10000);
-   EXPECT_EQ(aStream.Skip(5000), 5000u);
-   EXPECT_EQ(aStream.Skip(0), 0u);
-   EXPECT_EQ(aStream.Skip(20000), 20000u);
-   EXPECT_EQ(aStream.itsSeeks, (std::vector<unsigned int>{5144, 25144}));
-   EXPECT_EQ(aStream.GetStreamPosition(), 25144u);
+   EndlessStream aSeeking(10000);
+   EXPECT_EQ(aSeeking.Skip(5000), 5000u);
+   EXPECT_EQ(aSeeking.Skip(0), 0u);
+   EXPECT_EQ(aSeeking.Skip(20000), 20000u);
+   EXPECT_EQ(aSeeking.itsSeeks, (std::vector<unsigned int>{5144, 25144}));
+   EXPECT_EQ(aSeeking.GetStreamPosition(), 25144u);
 }
 
 TEST(Part10InputStream, GoesOnBeyondFourGigabytes)

