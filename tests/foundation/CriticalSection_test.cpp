@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <thread>
-#include <vector>
 
 #include "support/OnAnotherThread.h"
 
@@ -36,59 +35,20 @@ TEST(CriticalSection, IsLeftAsOftenAsItWasEntered)
    EXPECT_TRUE(IsFree(aSection)) << "one Leave too many";
 }
 
-TEST(CriticalSection, GuardStaysInsideUntilTheEndOfItsScope)
-{
-   CriticalSection aSection;
-   {
-      const CriticalSectionWhileInScope aGuard(aSection);
-      EXPECT_FALSE(IsFree(aSection));
-   }
-   EXPECT_TRUE(IsFree(aSection));
-}
-
-TEST(CriticalSection, TellsThePreviousSpinCount)
-{
-   CriticalSection aSection;
-   EXPECT_EQ(aSection.SetSpinCount(7), 2000u);
-   EXPECT_EQ(aSection.SetSpinCount(0), 7u);
-   EXPECT_EQ(CriticalSection(5).SetSpinCount(1), 5u);
-}
-
-struct SpinCase
-{
-   const char* itsName;
-   unsigned long itsSpinCount;
-};
-
-const SpinCase kSpinCases[] = {
-    {"sleeps at once", 0},
-    {"spins a little", 10},
-    {"spins", 2000},
-};
-
 TEST(CriticalSection, ExcludesEveryoneElse)
 {
-   for (const SpinCase& aCase : kSpinCases)
+   for (const unsigned long aSpinCount : {0ul, 10ul, 2000ul}) // sleeps at once, spins a little, spins
    {
-      CriticalSection aSection(aCase.itsSpinCount);
+      CriticalSection aSection(aSpinCount);
       int aSum = 0;
-      std::vector<std::thread> aThreads;
-      for (int i = 0; i < 4; ++i)
-      {
-         aThreads.emplace_back([&] {
-            for (int j = 0; j < 5000; ++j)
-            {
-               const CriticalSectionWhileInScope anOuter(aSection);
-               const CriticalSectionWhileInScope anInner(aSection);
-               ++aSum;
-            }
-         });
-      }
-      for (std::thread& aThread : aThreads)
-      {
-         aThread.join();
-      }
-      EXPECT_EQ(aSum, 20000) << aCase.itsName;
+      OnThreads(4, [&](int) {
+         for (int j = 0; j < 5000; ++j)
+         {
+            const CriticalSectionWhileInScope anOuter(aSection), anInner(aSection);
+            ++aSum;
+         }
+      });
+      EXPECT_EQ(aSum, 20000) << aSpinCount;
    }
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "support/PiecewiseInputStream.h"
-#include "talvenor/io/MemoryStreams.h"
 
 namespace
 {
@@ -57,15 +56,4 @@ TEST(BufferingInputStream, RecordingGoesOnAfterAReplay)
    EXPECT_EQ(aRecorder.ReadBufferedData(aBytes, 20), 3U);
    EXPECT_EQ(aBytes[0], Pattern(20)[3]);
    EXPECT_EQ(aBytes[2], Pattern(20)[5]);
-}
-
-TEST(BufferingInputStream, ReadsEvenWhatASeekableStreamCouldSkip)
-{
-   const std::vector<unsigned char> aBytes = Pattern(10);
-   MemoryInputStream aStream(aBytes.data(), 10);
-   BufferingInputStream aRecorder(aStream);
-   EXPECT_EQ(aRecorder.CanSeek(), 0);
-   EXPECT_EQ(aRecorder.Skip(50), 10U);
-   EXPECT_EQ(aRecorder.GetStreamPosition(), 10U);
-   EXPECT_EQ(aRecorder.GetBufferedBytesAvailable(), 10U);
 }

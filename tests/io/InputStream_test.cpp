@@ -45,7 +45,6 @@ TEST(InputStream, SkipReadsWhereItCannotSeek)
        {"ends first", 3000, 0xFFFFFFFF, 5000, 3000},
        {"stops at the count", 9000, 0xFFFFFFFF, 5000, 5000},
        {"byte by byte", 100, 1, 99, 99},
-       {"nothing", 100, 1, 0, 0},
    };
    for (const SkipCase& aCase : kCases)
    {
@@ -60,30 +59,6 @@ TEST(InputStream, SkipNeverWrapsAroundToAnEarlierPosition)
    EndlessInputStream aStream(0xFFFFFF00);
    EXPECT_EQ(aStream.Skip(0x200), 0x200U);
    EXPECT_EQ(aStream.GetStreamPosition(), 0xFFFFFFFFU);
-}
-
-TEST(InputStream, ReadFullyGathersPiecesAndTellsHowFarItGot)
-{
-   PiecewiseInputStream aStream({1, 2, 3, 4, 5}, 2);
-   unsigned char aBytes[4] = {};
-   EXPECT_EQ(aStream.ReadFully(aBytes, 4), 4U);
-   EXPECT_EQ(aBytes[3], 4);
-   EXPECT_EQ(aStream.ReadFully(aBytes, 4), 1U);
-   EXPECT_EQ(aStream.ReadFully(aBytes, 4), 0U);
-}
-
-TEST(InputStream, DefaultsPromiseNothing)
-{
-   PiecewiseInputStream aStream({});
-   EXPECT_EQ(aStream.CanSeek(), 0);
-   EXPECT_EQ(aStream.Length(), -1);
-   EXPECT_EQ(aStream.GetPushbackLimit(), 0U);
-   aStream.SetPreferredInputBlockSize(5);
-   EXPECT_EQ(aStream.GetPreferredInputBlockSize(), 0xFFFFFFFFU);
-   RecordingOutputStream anOutput;
-   anOutput.SetMaximumOutputBlockSize(5);
-   EXPECT_EQ(anOutput.GetMaximumOutputBlockSize(), 0xFFFFFFFFU);
-   EXPECT_EQ(anOutput.CanSeek(), 0);
 }
 
 TEST(InputStream, UnsupportedOperationsSaySo)
@@ -101,7 +76,6 @@ TEST(InputStream, UnsupportedOperationsSaySo)
    } kCases[] = {
        {"InputStream does not support Seek(size_t)", [&] { anInput.Seek(1); }},
        {"InputStream does not support GetStreamPosition()", [&] { anInput.GetStreamPosition(); }},
-       {"InputStream does not support Pushback(uchar_t*, size_t)", [&] { anInput.Pushback(nullptr, 0); }},
        {"InputStream does not support Pushback(uchar_t*, size_t)", [&] { aLockedFile.Pushback(nullptr, 0); }},
        {"OutputStream does not support Seek(size_t)", [&] { anOutput.Seek(1); }},
        {"OutputStream does not support GetStreamPosition()", [&] { anOutput.GetStreamPosition(); }},
@@ -165,16 +139,4 @@ TEST(MemoryOutputStream, RefusesAWriteThatDoesNotFitWhole)
    EXPECT_EQ(aSpace[3], 0);
    aStream.Write(aBytes, 1);
    EXPECT_EQ(aSpace[3], 1);
-}
-
-TEST(NullOutputStream, CountsWhatItSwallows)
-{
-   NullOutputStream aStream;
-   const unsigned char aBytes[4] = {};
-   aStream.Write(aBytes, 3);
-   aStream.Write(aBytes, 4);
-   EXPECT_EQ(aStream.GetStreamPosition(), 7U);
-   EXPECT_EQ(aStream.CanSeek(), 1);
-   aStream.Seek(2);
-   EXPECT_EQ(aStream.GetStreamPosition(), 2U);
 }

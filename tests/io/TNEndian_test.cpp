@@ -3,14 +3,6 @@
 #include <bit>
 #include <gtest/gtest.h>
 
-TEST(TNEndian, ThisMachineIsLittleEndian)
-{
-   EXPECT_EQ(TNEndian::NativeEndian(), TNEndian::LittleEndian);
-   EXPECT_EQ(int{TNEndian::LittleEndian}, 1);
-   EXPECT_EQ(int{TNEndian::BigEndian}, 2);
-   EXPECT_FALSE(TNEndian::IsNative(TNEndian::BigEndian));
-}
-
 TEST(TNEndian, SwitchEndianReversesTheBytesOfEveryWidth)
 {
    EXPECT_EQ(TNEndian::SwitchEndian(UINT16{0x1234}), UINT16{0x3412});

@@ -40,7 +40,6 @@ TEST(TraceInputStream, KeepsTheLastBytesWithTheirOffsets)
       const char* itsExpected;
    };
    const HistoryCase kCases[] = {
-       {"fewer than kept", 3, {2}, "0 (0x0): 0x41 (65)\n1 (0x1): 0x42 (66)\n"},
        {"one read of more", 2, {12}, "10 (0xa): 0x4b (75)\n11 (0xb): 0x4c (76)\n"},
        {"across reads", 2, {5, 1, 1}, "5 (0x5): 0x46 (70)\n6 (0x6): 0x47 (71)\n"},
        {"none", 0, {5}, ""},

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
+#include <utility>
 
 #include "talvenor/foundation/SystemClock.h"
 
@@ -30,11 +32,22 @@ public:
       itsSlept += theMilliseconds;
       itsWallMilliseconds += static_cast<INT64>(theMilliseconds);
       itsMonotonicMilliseconds += static_cast<INT64>(theMilliseconds);
+      if (itsEvent && itsSlept >= itsEventTime)
+      {
+         std::exchange(itsEvent, nullptr)();
+      }
    }
 
    // Somebody sets the wall clock, forward or back.
    void Advance(INT64 theSeconds) { itsWallMilliseconds += theSeconds * 1000; }
    void Set(INT64 theWallMilliseconds) { itsWallMilliseconds = theWallMilliseconds; }
+
+   // Once theMilliseconds have been slept theEvent happens, as if another thread had acted meanwhile.
+   void OnceSlept(UINT64 theMilliseconds, std::function<void()> theEvent)
+   {
+      itsEventTime = theMilliseconds;
+      itsEvent = std::move(theEvent);
+   }
 
    UINT64 Slept() const { return itsSlept; } // milliseconds
 
@@ -42,5 +55,7 @@ private:
    std::atomic<INT64> itsWallMilliseconds;
    std::atomic<INT64> itsMonotonicMilliseconds{1000};
    std::atomic<UINT64> itsSlept{0};
+   UINT64 itsEventTime = 0;
+   std::function<void()> itsEvent;
    SystemClock* itsPrevious;
 };
