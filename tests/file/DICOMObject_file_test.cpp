@@ -166,13 +166,11 @@ TEST(LoadFromFile, StopsAtTheLimit)
 
 TEST(LoadFromFile, DatasetJoinsTheCluster)
 {
-   const std::string aStudy = ShortElement(Bytes("\x20\x00\x0D\x00"), "UI", "1.2.50");
-   const std::string aSeries = ShortElement(Bytes("\x20\x00\x0E\x00"), "UI", "1.2.60");
-   const std::string aFile = FileHeader(kExplicitLittle) + kInstance + kModality + kName + aStudy + aSeries;
-   const TemporaryFile aPath(aFile);
+   const TemporaryFile aPath(FileHeader(kExplicitLittle) + kInstance + kModality + kName +
+                             ShortElement(Bytes("\x20\x00\x0D\x00"), "UI", "1.2.50") +
+                             ShortElement(Bytes("\x20\x00\x0E\x00"), "UI", "1.2.60"));
    DICOMCluster aCluster;
-   DICOMDataObject aFirst;
-   DICOMDataObject aSecond;
+   DICOMDataObject aFirst, aSecond;
    EXPECT_EQ(Load(aFirst, aPath.Name(), 0, 0, 0, &aCluster).itsReturn, 1);
    EXPECT_EQ(Load(aSecond, aPath.Name(), 0, 0, 0, &aCluster).itsReturn, 1);
    EXPECT_NE(aFirst.GetVR(0x0010, 0x0010), nullptr);
@@ -201,44 +199,21 @@ TEST(LoadFromFile, DumperPrintsAFileOrSaysWhyNot)
                                  "\": " + TNResult::Describe(TN_OPEN_FAILED) + " (system error 2)\n");
 }
 
-// Finds out, the first time that somebody sleeps, whether another thread gets hold of a log.
-class LogTryingClock final : public SystemClock
-{
-public:
-   explicit LogTryingClock(LogStream& theLog) : itsLog(theLog), itsPrevious(SystemClock::Replace(this)) {}
-   ~LogTryingClock() { SystemClock::Replace(itsPrevious); }
-   LogTryingClock(const LogTryingClock&) = delete;
-   LogTryingClock& operator=(const LogTryingClock&) = delete;
-
-   INT64 WallMilliseconds() override { return itsPrevious->WallMilliseconds(); }
-   INT64 MonotonicMilliseconds() override { return itsPrevious->MonotonicMilliseconds(); }
-   void Sleep(UINT64) override
-   {
-      if (!itsAttempt.valid())
-      {
-         itsAttempt = std::async(std::launch::async, [this] { const LogLock aLock(itsLog); });
-         itsWasFree = itsAttempt.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
-      }
-   }
-
-   bool WasFree() const { return itsWasFree; }
-
-private:
-   LogStream& itsLog;
-   SystemClock* itsPrevious;
-   std::future<void> itsAttempt;
-   bool itsWasFree = false;
-};
-
 TEST(LoadFromFile, ADumpThatWaitsForItsFileLetsOthersWriteToTheLog)
 {
    std::ostringstream anOutput;
    TNTrace aTrace;
    aTrace.On(anOutput);
-   const LogTryingClock aClock(aTrace);
+   bool wasFree = false;
+   std::future<void> anAttempt; // of another thread, while the dump sleeps
+   FakeClock aClock;
+   aClock.OnceSlept(0, [&] {
+      anAttempt = std::async(std::launch::async, [&] { const LogLock aLock(aTrace); });
+      wasFree = anAttempt.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+   });
    const TemporaryFile aMissing;
    aTrace.Dump(std::string(aMissing.Name()));
-   EXPECT_TRUE(aClock.WasFree());
+   EXPECT_TRUE(wasFree);
    EXPECT_EQ(anOutput.str().rfind("DICOMObjectDumper: Error loading file \"", 0), 0u) << anOutput.str();
 }
 
@@ -313,19 +288,17 @@ TEST_F(KnownTags, DropSequencesToTheirEnd)
    const std::string kFragments =
        Bytes("\xE0\x7F\x10\x00OB\0\0\xFF\xFF\xFF\xFF") + kItem + Long(0) + kItem + Long(4) + "abcd" + kSequenceEnd;
    const std::string kSequence = Bytes("\x09\x00\x05\x10SQ\0\0"), kInner = Bytes("\x08\x00\x40\x11SQ\0\0");
-   struct Case
+   const struct
    {
       const char* itsName;
       std::string itsContent; // of an item
-   };
-   const Case kCases[] = {
+   } kCases[] = {
        {"empty", ""},
-       {"an element", kModality},
        {"a sequence", kInner + kUndefined + kItem + Long(10) + kModality + kSequenceEnd + kName},
        {"native pixels", kModality + kPixels},
        {"encapsulated pixels", kModality + kFragments},
    };
-   for (const Case& aCase : kCases)
+   for (const auto& aCase : kCases)
    {
       const std::string aDefinedItem = kItem + Long(aCase.itsContent.size()) + aCase.itsContent;
       const std::string anOpenItem = kItem + kUndefined + aCase.itsContent + kItemEnd;

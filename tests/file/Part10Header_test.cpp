@@ -58,25 +58,24 @@ TEST(Part10Header, TakesEveryElementOfTheMetaInformationAndGivesItAgain)
 
 TEST(Part10Header, SaysWhichElementIsMissing)
 {
-   struct Case
+   const char* const kNoSyntax = "Missing TransferSyntaxUID";
+   const struct
    {
       UINT16 itsElement;
       const char* itsText;
-      const char* itsTolerantText;
-   };
-   const char* const kNoSyntax = "Missing TransferSyntaxUID";
-   const Case kCases[] = {
-       {0x0001, "Missing/bad FileMetaInformationVersion", ""},
-       {0x0002, "Missing MediaStorageSOPClassUID", ""},
-       {0x0003, "Missing MediaStorageSOPInstanceUID", ""},
+      const char* itsTolerantText = "";
+   } kCases[] = {
+       {0x0001, "Missing/bad FileMetaInformationVersion"},
+       {0x0002, "Missing MediaStorageSOPClassUID"},
+       {0x0003, "Missing MediaStorageSOPInstanceUID"},
        {0x0010, kNoSyntax, kNoSyntax},
-       {0x0012, "Missing ImplementationClassUID", ""},
-       {0x0013, "", ""},
-       {0x0016, "", ""},
-       {0x0100, "", ""},
-       {0x0102, "PrivateInformationCreatorUID present but missing PrivateInformation", ""},
+       {0x0012, "Missing ImplementationClassUID"},
+       {0x0013, ""},
+       {0x0016, ""},
+       {0x0100, ""},
+       {0x0102, "PrivateInformationCreatorUID present but missing PrivateInformation"},
    };
-   for (const Case& aCase : kCases)
+   for (const auto& aCase : kCases)
    {
       const auto aMeta = WholeMeta();
       delete aMeta->RemoveVR(0x0002, aCase.itsElement);

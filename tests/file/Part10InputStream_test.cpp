@@ -65,30 +65,18 @@ TEST(Part10InputStream, GuessesTheTransferSyntaxOfABareDataset)
       std::string itsExpected;
    };
    const Case kCases[] = {
-       {"little explicit",
-        Bytes("\x08\x00\x05\x00"
-              "CS\x0A\x00"),
-        kLittle},
+       {"little explicit", Bytes("\x08\x00\x05\x00UI\x0A\x00"), kLittle},
        {"little implicit", Bytes("\x08\x00\x05\x00\x0A\x00\x00\x00"), kImplicit},
-       {"big explicit",
-        Bytes("\x00\x08\x00\x05"
-              "CS\x00\x0A"),
-        kBig},
+       {"big explicit", Bytes("\x00\x08\x00\x05UI\x00\x0A"), kBig},
        {"big without VR", Bytes("\x00\x08\x00\x05\x00\x00\x00\x0A"), kImplicit},
-       {"equal bytes are little",
-        Bytes("\x08\x08\x05\x00"
-              "CS\x0A\x00"),
-        kLittle},
+       {"equal bytes are little", Bytes("\x08\x08\x05\x00UI\x0A\x00"), kLittle},
        {"group length, big", Bytes("\x00\x00\x00\x00UL\x00\x04"), kBig},
        {"group length, little", Bytes("\x00\x00\x00\x00UL\x04\x00"), kLittle},
        {"group length, equal length bytes", Bytes("\x00\x00\x00\x00UL\x00\x00"), kLittle},
        {"group 0, little", Bytes("\x00\x00\x02\x00UI\x0A\x00"), kLittle},
        {"group 0, big", Bytes("\x00\x00\x00\x02UI\x00\x0A"), kBig},
        {"group 0, implicit", Bytes("\x00\x00\x02\x00\x0A\x00\x00\x00"), kImplicit},
-       {"small letters",
-        Bytes("\x08\x00\x05\x00"
-              "cs\x0A\x00"),
-        kImplicit},
+       {"small letters", Bytes("\x08\x00\x05\x00ui\x0A\x00"), kImplicit},
        {"no such VR", Bytes("\x08\x00\x05\x00ZZ\x0A\x00"), kImplicit},
    };
    for (const Case& aCase : kCases)

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sstream>
@@ -21,7 +20,6 @@
 #include "talvenor/file/Part10FileInputStream.h"
 #include "talvenor/file/Part10InputStreamInputStream.h"
 #include "talvenor/foundation/Exceptions.h"
-#include "talvenor/foundation/SystemClock.h"
 #include "talvenor/foundation/TNTrace.h"
 #include "talvenor/io/LFStream.h"
 
@@ -190,18 +188,16 @@ TEST(Part10InputStreamInputStream, SourceThatKnowsItsLengthAndSeeksLendsBoth)
 class FileStreams : public testing::Test
 {
 protected:
-   FileStreams() : itsWaitTime(LFStream::GetDefaultLockWaitTime()) { LFStream::SetDefaultLockWaitTime(3); }
+   FileStreams() : itsWaitTime(LFStream::GetDefaultLockWaitTime())
+   {
+      LFStream::SetDefaultLockWaitTime(3);
+      gTNTracer.On(itsTrace);
+   }
    ~FileStreams() override
    {
       LFStream::SetDefaultLockWaitTime(itsWaitTime);
       gTNTracer.ClearTrace(TNTrace::TNTraceFileIO);
       gTNTracer.Off();
-   }
-
-   void Trace()
-   {
-      gTNTracer.On(itsTrace);
-      gTNTracer.SetTrace(TNTrace::TNTraceFileIO);
    }
 
    // A line in the trace is a text with a line end; what the log puts in front of an entry does not matter.
@@ -232,10 +228,10 @@ private:
 
 TEST_F(FileStreams, ReadSeekAndClose)
 {
-   gTNTracer.On(itsTrace);
    EXPECT_EQ(OpenError(), kNothingThrown);
    EXPECT_EQ(itsTrace.str(), "") << "without the flag";
-   Trace();
+   EXPECT_EQ(itsErrorLog.Text(), "");
+   gTNTracer.SetTrace(TNTrace::TNTraceFileIO);
    Part10FileInputStream aStream(itsFile.Name());
    ReadsTheDataset(aStream);
    SeeksTheMagic(aStream);
@@ -256,22 +252,9 @@ TEST_F(FileStreams, ReadSeekAndClose)
    EXPECT_EQ(Count(aTrace, "File is unlocked."), 1u);
 }
 
-TEST_F(FileStreams, EmptyFileAndWhatIsNoFile)
-{
-   const FakeClock aClock;
-   itsFile.Write("");
-   EXPECT_EQ(OpenError(), (StreamError{OpenText() + "Empty file", TN_PARSE_TO_OBJECT_FAILED}));
-   std::filesystem::remove(itsFile.Name());
-   EXPECT_EQ(OpenError(), (StreamError{OpenText() + "File open failed", TN_SYSTEM_CALL_FAILED, ENOENT}));
-   EXPECT_EQ(Count(itsErrorLog.Text(), LinePrefix() + "Unable to open file. errno = 2\n"), 1u) << itsErrorLog.Text();
-   EXPECT_EQ(StreamErrorOf([] { Part10FileInputStream("/"); }),
-             (StreamError{"Part10FileInputStream::Read(): itsLockStream->read failed", TN_SYSTEM_CALL_FAILED, EISDIR}));
-   EXPECT_EQ(aClock.Slept(), 0u); // nothing of this gets better by waiting
-}
-
 TEST_F(FileStreams, HeldFileIsTriedAsOftenAsTheWaitTimeSays)
 {
-   Trace();
+   gTNTracer.SetTrace(TNTrace::TNTraceFileIO);
    const FakeClock aClock;
    LFStream aWriter(itsFile.Name(), std::ios_base::in | std::ios_base::out | std::ios_base::binary);
    {
@@ -296,39 +279,15 @@ TEST_F(FileStreams, HeldFileIsTriedAsOftenAsTheWaitTimeSays)
    }
 }
 
-// Gives the file free while somebody sleeps.
-class UnlockingClock final : public SystemClock
-{
-public:
-   UnlockingClock(LFStream& theWriter, int theSleeps)
-       : itsWriter(theWriter), itsSleepsLeft(theSleeps), itsPrevious(Replace(this))
-   {}
-   ~UnlockingClock() { Replace(itsPrevious); }
-   INT64 WallMilliseconds() override { return itsPrevious->WallMilliseconds(); }
-   INT64 MonotonicMilliseconds() override { return itsPrevious->MonotonicMilliseconds(); }
-   void Sleep(UINT64) override
-   {
-      if (--itsSleepsLeft == 0)
-      {
-         itsWriter.Unlock();
-      }
-   }
-   int SleepsLeft() const { return itsSleepsLeft; }
-
-private:
-   LFStream& itsWriter;
-   int itsSleepsLeft;
-   SystemClock* itsPrevious;
-};
-
 TEST_F(FileStreams, WaitTimeZeroIsWithoutLimit)
 {
    LFStream aWriter(itsFile.Name(), std::ios_base::in | std::ios_base::out | std::ios_base::binary);
    ASSERT_EQ(aWriter.LockNB(LFStream::Exclusive), 1);
    LFStream::SetDefaultLockWaitTime(0);
-   const UnlockingClock aClock(aWriter, 50);
+   FakeClock aClock;
+   aClock.OnceSlept(50000, [&] { aWriter.Unlock(); });
    EXPECT_EQ(OpenError(), kNothingThrown);
-   EXPECT_EQ(aClock.SleepsLeft(), 0);
+   EXPECT_EQ(aClock.Slept(), 50000u);
 }
 
 TEST_F(FileStreams, WriterWaitsForReadersBeforeItEmptiesTheFile)
@@ -385,12 +344,25 @@ private:
    bool itsWasChanged;
 };
 
-TEST_F(FileStreams, PermissionIsNotWaitedFor)
+TEST_F(FileStreams, WhatWaitingDoesNotMendIsNotWaitedFor)
 {
-   std::filesystem::permissions(itsFile.Name(), std::filesystem::perms::none);
-   const OrdinaryUser aUser;
    const FakeClock aClock;
-   EXPECT_EQ(OpenError(), (StreamError{OpenText() + "File open failed", TN_SYSTEM_CALL_FAILED, EACCES}));
+   const auto aFailure = [&](int theSystemError) {
+      return StreamError{OpenText() + "File open failed", TN_SYSTEM_CALL_FAILED, theSystemError};
+   };
+   std::filesystem::permissions(itsFile.Name(), std::filesystem::perms::none);
+   {
+      const OrdinaryUser aUser;
+      EXPECT_EQ(OpenError(), aFailure(EACCES));
+   }
+   std::filesystem::permissions(itsFile.Name(), std::filesystem::perms::owner_all);
+   itsFile.Write("");
+   EXPECT_EQ(OpenError(), (StreamError{OpenText() + "Empty file", TN_PARSE_TO_OBJECT_FAILED}));
+   std::filesystem::remove(itsFile.Name());
+   EXPECT_EQ(OpenError(), aFailure(ENOENT));
+   EXPECT_EQ(Count(itsErrorLog.Text(), LinePrefix() + "Unable to open file. errno = 2\n"), 1u) << itsErrorLog.Text();
+   EXPECT_EQ(StreamErrorOf([] { Part10FileInputStream("/"); }),
+             (StreamError{"Part10FileInputStream::Read(): itsLockStream->read failed", TN_SYSTEM_CALL_FAILED, EISDIR}));
    EXPECT_EQ(aClock.Slept(), 0u);
 }
 } // namespace
