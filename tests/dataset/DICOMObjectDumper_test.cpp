@@ -2,14 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <sstream>
 #include <string_view>
 
 #include "support/DefaultDictionary.h"
-#include "talvenor/dataset/DICOMCommandObject.h"
+#include "support/Elements.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
@@ -91,9 +89,7 @@ protected:
 // An element of any type with a copy of theBytes as its value.
 VR* NewVR(UINT16 theGroup, UINT16 theElement, UINT16 theTypeCode, std::string_view theBytes)
 {
-   VR* aVR = new VR(theGroup, theElement);
-   aVR->SetTypeCode(theTypeCode);
-   aVR->SetData(theBytes.data(), static_cast<UINT32>(theBytes.size()), ' ');
+   VR* aVR = BytesElement(UINT32{theGroup} << 16 | theElement, theTypeCode, std::string(theBytes));
    aVR->SetLength(static_cast<UINT32>(theBytes.size()));
    return aVR;
 }
@@ -121,7 +117,6 @@ TEST_F(DICOMObjectDumperTest, RendersValuesByType)
    const std::string anEAcute = "\xC3\xA9"; // one character of UTF-8
    const Case kCases[] = {
        {"text", VRCode::PN, kLittle, "Doe^Jane", "\"Doe^Jane\""},
-       {"text of the limit", VRCode::LO, kLittle, std::string(64, 'x'), '"' + std::string(64, 'x') + '"'},
        {"text of 100 characters", VRCode::LO, kLittle, std::string(100, 'x'), '"' + std::string(64, 'x') + '"'},
        {"text cut within a character", VRCode::LT, kLittle, std::string(63, 'x') + Repeated(anEAcute, 5),
         '"' + std::string(63, 'x') + '"'},
@@ -131,13 +126,10 @@ TEST_F(DICOMObjectDumperTest, RendersValuesByType)
        {"text with control characters", VRCode::LT, kLittle, "a\r\nb\x1B\x7Fz", "\"a..b..z\""},
        {"known UID", VRCode::UI, kLittle, "1.2.840.10008.1.1\0"s, "\"1.2.840.10008.1.1\" (Verification SOP Class)"},
        {"unknown UID", VRCode::UI, kLittle, "1.2.3\0"s, "\"1.2.3\""},
-       {"US, little-endian", VRCode::US, kLittle, "\x01\x02\xFF\xFF"s, "513 65535"},
        {"US, big-endian", VRCode::US, kBig, "\x01\x02\xFF\xFF"s, "258 65535"},
        {"SS", VRCode::SS, kLittle, "\xFF\xFF\x00\x80"s, "-1 -32768"},
-       {"US of 20 values", VRCode::US, kLittle, Repeated("\x07\0"sv, 20), Repeated("7 ", 19) + "7"},
        {"US of 21 values", VRCode::US, kLittle, Repeated("\x07\0"sv, 21), Repeated("7 ", 19) + "7..."},
        {"US of one byte", VRCode::US, kLittle, "\x07", "0x07"},
-       {"OW, little-endian", VRCode::OW, kLittle, "\x01\x00\xFF\xFF"s, "[sum = 10000] 1 65535"},
        {"OW, big-endian", VRCode::OW, kBig, "\x01\x00\xFF\xFF"s, "[sum = 100ff] 256 65535"},
        {"OW sums what it does not show", VRCode::OW, kLittle, Repeated("\x10\0"sv, 30),
         "[sum = 1e0] " + Repeated("16 ", 19) + "16..."},
@@ -146,23 +138,14 @@ TEST_F(DICOMObjectDumperTest, RendersValuesByType)
        {"OW, long", VRCode::OW, kBig, Repeated("\xFF\xFE", 5000),
         "[sum = 1387d8f0] " + Repeated("65534 ", 19) + "65534..."}, // 5000 * 65534
        {"UL", VRCode::UL, kBig, "\xFF\xFF\xFF\xFE"s, "4294967294"},
-       {"SL", VRCode::SL, kBig, "\xFF\xFF\xFF\xFE"s, "-2"},
-       {"UL of 21 values", VRCode::UL, kLittle, Repeated("\x02\0\0\0"sv, 21), Repeated("2 ", 19) + "2..."},
        {"FL", VRCode::FL, kLittle, "\x00\x00\xC0\x3F\xCD\xCC\xCC\x3D"s, "1.5 0.1"},
        {"OF sums the bits", VRCode::OF, kBig, Repeated("\x3F\x80\0\0"sv, 2), "[sum = 7f000000] 1 1"},
        {"FD", VRCode::FD, kBig, "\xBF\xD0\0\0\0\0\0\0"s, "-0.25"},
-       {"FD of 21 values", VRCode::FD, kBig, Repeated("\x40\0\0\0\0\0\0\0"sv, 21), Repeated("2 ", 19) + "2..."},
-       {"OB of 50 bytes", VRCode::OB, kLittle, std::string(50, '\x1F'),
-        "[sum = 60e] " + Repeated("0x1f ", 19) + "0x1f..."},
-       {"AT", VRCode::AT, kLittle, "\x10\x00\x10\x00\xE0\x7F\x10\x00"s, "(0010, 0010) (7fe0, 0010)"},
        {"AT of one known tag", VRCode::AT, kBig, "\x00\x10\x00\x10"s, "(0010, 0010) \"Patient's Name\""},
        {"AT of one unknown tag", VRCode::AT, kBig, "\x00\x10\x00\x11"s, "(0010, 0011)"},
-       {"untyped, 2 bytes", VRCode::None, kLittle, "AB", "16961"},
        {"untyped, 4 bytes", VRCode::None, kBig, "\0\0\1\0"s, "256"},
        {"untyped, printable", VRCode::None, kLittle, "ABC~ !", "\"ABC~ !\""},
-       {"untyped, 16 bytes", VRCode::None, kLittle, std::string(16, '\x80'), Repeated("0x80 ", 15) + "0x80"},
        {"untyped, 18 bytes", VRCode::None, kLittle, std::string(18, '\x80'), Repeated("0x80 ", 15) + "0x80..."},
-       {"UN", VRCode::UN, kLittle, "ABCDEF", "\"ABCDEF\""},
        {"letters of no known type", MakeVRCode('Z', 'Z'), kLittle, "ABCDEF", "\"ABCDEF\""},
        {"no bytes", VRCode::LO, kLittle, "", "(null)"},
    };
@@ -170,8 +153,6 @@ TEST_F(DICOMObjectDumperTest, RendersValuesByType)
    {
       EXPECT_EQ(RenderingOf(aCase.itsValue, aCase.itsTypeCode, aCase.itsEndian), aCase.itsExpected) << aCase.itsName;
    }
-   EXPECT_EQ(RenderingOf({}, VRCode::OW, kLittle), "(null)") << "no sum of nothing";
-
    const unsigned char aTag[] = {0x10, 0x00, 0x10, 0x00};
    Printed aPrinted;
    aPrinted.itsDumper.PrintData(sizeof aTag, aTag, VRCode::AT, kLittle, 0);
@@ -188,22 +169,15 @@ TEST_F(DICOMObjectDumperTest, AnElementLineTellsTagLengthTypeAndDescription)
       std::string itsExpected;
    };
    const Case kCases[] = {
-       {"known", 0x0010, 0x0010, VRCode::PN, "Doe^Jane", "(0010, 0010) 8/PN \"Patient's Name\": \"Doe^Jane\"\n"},
        {"the element's type wins", 0x0010, 0x0010, VRCode::US, "\x01\0"sv, "(0010, 0010) 2/US \"Patient's Name\": 1\n"},
-       {"untyped, known tag", 0x0028, 0x0010, VRCode::None, "\0\2"sv, "(0028, 0010) 2/US \"Rows\": 512\n"},
        {"UN, known tag", 0x0010, 0x0010, VRCode::UN, "Do", "(0010, 0010) 2/PN \"Patient's Name\": \"Do\"\n"},
        {"ambiguous type", 0x0028, 0x0106, VRCode::None, "\xFF\xFF"sv,
         "(0028, 0106) 2/US \"Smallest Image Pixel Value\": 65535\n"},
-       {"typed, unknown tag", 0x0011, 0x10AB, VRCode::LO, "abcd", "(0011, 10ab) 4/LO \"\": \"abcd\"\n"},
        {"UN, unknown tag", 0x0011, 0x10AB, VRCode::UN, "\1\0"sv, "(0011, 10ab) 2/UN \"\": 1\n"},
        {"untyped, unknown tag", 0x0011, 0x10AB, VRCode::None, "\1\2"sv, "(0011, 10ab) 2/?? \"\": 513\n"},
-       {"private creator", 0x0011, 0x0010, VRCode::LO, "ACME",
-        "(0011, 0010) 4/LO \"Private Creator Allocation\": "
-        "\"ACME\"\n"},
        {"untyped private creator", 0x0011, 0x0010, VRCode::None, "ACME",
         "(0011, 0010) 4/LO \"Private Creator Allocation\": \"ACME\"\n"},
        {"type of control characters", 0x0011, 0x10AB, MakeVRCode('\n', '\r'), "\1\0"sv, "(0011, 10ab) 2/.. \"\": 1\n"},
-       {"empty", 0x0010, 0x0010, VRCode::PN, "", "(0010, 0010) 0/PN \"Patient's Name\": (null)\n"},
    };
    for (const Case& aCase : kCases)
    {
@@ -232,8 +206,6 @@ TEST_F(DICOMObjectDumperTest, AValueInAStreamIsLeftThere)
    PendingVR aVR(0x0010, 0x0010);
    aVR.SetLength(12);
    EXPECT_EQ(DumpOfElement(aVR), "(0010, 0010) 12/PN \"Patient's Name\": [Data pending on input stream]\n");
-   PendingVR aStatus(0x0000, 0x0900);
-   EXPECT_EQ(DumpOfElement(aStatus), "(0000, 0900) 0/US \"Status\": [Data pending on input stream]\n");
 }
 
 TEST_F(DICOMObjectDumperTest, SequencesAreFramedAndIndented)
@@ -277,42 +249,6 @@ TEST_F(DICOMObjectDumperTest, SequencesAreFramedAndIndented)
                            "--------- End of DICOM Data Object ---------\n");
 }
 
-TEST_F(DICOMObjectDumperTest, ASetIsReadInItsByteOrder)
-{
-   DICOMDataObject aSet(kBig);
-   aSet.SetDataDictionary(itsDictionary);
-   aSet.Push(NewVR(0x0028, 0x0010, VRCode::US, "\1\2"sv));
-   EXPECT_NE(DumpOf(aSet).find("\"Rows\": 258\n"), std::string::npos);
-}
-
-TEST_F(DICOMObjectDumperTest, TheTitleTellsTheKindOfSet)
-{
-   const DICOMCommandObject aCommand;
-   const DICOMObject& anObject = aCommand;
-   EXPECT_EQ(DumpOf(aCommand).substr(0, 48), "--------- Start of DICOM Command Object --------");
-   EXPECT_EQ(DumpOf(anObject).substr(0, 46), "--------- Start of DICOM Object ---------\n----");
-}
-
-TEST_F(DICOMObjectDumperTest, ACommandSetIsExplained)
-{
-   DICOMCommandObject aCommand;
-   aCommand.SetDataDictionary(itsDictionary);
-   aCommand.Push(NewVR(0x0000, 0x0002, VRCode::UI, "1.2.840.10008.1.1\0"sv));
-   aCommand.Push(NewVR(0x0000, 0x0100, VRCode::US, "\x01\x80"sv));
-   aCommand.Push(NewVR(0x0000, 0x0800, VRCode::US, "\x01\x01"sv));
-   aCommand.Push(NewVR(0x0000, 0x0900, VRCode::US, "\x11\xC2"sv));
-   const std::string aDump = DumpOf(aCommand);
-   for (const char* aLine :
-        {"(0000, 0002) 18/UI \"Affected SOP Class UID\": \"1.2.840.10008.1.1\" (Verification SOP Class)"
-         " (Verification SOP Class)\n",
-         "(0000, 0100) 2/US \"Command Field\": 32769 (C-Store Response)\n",
-         "(0000, 0800) 2/US \"Data Set Type\": 257 (no dataset included)\n",
-         "(0000, 0900) 2/US \"Status\": 49681 (Failed: Unable to process)\n"})
-   {
-      EXPECT_NE(aDump.find(aLine), std::string::npos) << aLine << "in\n" << aDump;
-   }
-}
-
 TEST_F(DICOMObjectDumperTest, CommandAnnotations)
 {
    struct Case
@@ -324,17 +260,14 @@ TEST_F(DICOMObjectDumperTest, CommandAnnotations)
    const Case kCases[] = {
        {0x0003, "1.2.840.10008.1.1 ", " (Verification SOP Class)"}, // padded as text is
        {0x0003, "1.2.3", ""},
-       {0x0100, "\x01\x00"sv, " (C-Store Request)"},
-       {0x0100, "\x21\x00"sv, " (C-Move Request)"},
+       {0x0100, "\x01\x80"sv, " (C-Store Response)"},
        {0x0100, "\xFF\x0F"sv, " (C-Cancel Request)"},
-       {0x0100, "\x50\x81"sv, " (N-Delete Response)"},
        {0x0100, "\xFF\x8F"sv, " (Unrecognized command)"},
        {0x0100, "\x01\x00\x00\x00"sv, ""}, // not of two bytes
-       {0x0800, "\x00\x00"sv, " (dataset included)"},
+       {0x0800, "\x01\x01"sv, " (no dataset included)"},
        {0x0800, "\x02\x01"sv, " (dataset included)"},
        {0x0900, "\x00\x00"sv, " (Success)"},
        {0x0900, "\x22\x01"sv, " (Refused: SOP class not supported)"},
-       {0x0900, "\x00\xC0"sv, " (Failed: Unable to process)"},
        {0x0900, "\x45\xC0"sv, " (Failed: Unable to process)"},
        {0x0900, "\x00\xA8"sv, " (Unrecognized status code (check SOP-class specific values in part 4))"},
        {0x0900, "\x01\xFF"sv, " (Pending (Warning: one or more keys not supported))"},
@@ -346,35 +279,28 @@ TEST_F(DICOMObjectDumperTest, CommandAnnotations)
       const std::unique_ptr<VR> aVR(NewVR(0x0000, aCase.itsElement, VRCode::OB, aCase.itsValue));
       const std::string aLine = DumpOfElement(*aVR);
       aVR->SetGroup(0x0009); // the same bytes where they mean nothing
-      const std::string aPlain = DumpOfElement(*aVR);
-      const std::string_view aValue = std::string_view(aPlain).substr(aPlain.find("\": ") + 3);
-      const std::string anExpected =
-          std::string(aValue.substr(0, aValue.size() - 1)) + std::string(aCase.itsAnnotation);
-      EXPECT_EQ(aLine.substr(aLine.find("\": ") + 3), anExpected + "\n") << aLine;
+      std::string anExpected = DumpOfElement(*aVR);
+      anExpected.insert(anExpected.size() - 1, aCase.itsAnnotation);
+      EXPECT_EQ(aLine.substr(aLine.find("\": ")), anExpected.substr(anExpected.find("\": "))) << aLine;
    }
+   const std::unique_ptr<VR> aUID(NewVR(0x0000, 0x0002, VRCode::UI, "1.2.840.10008.1.1\0"sv));
+   EXPECT_EQ(DumpOfElement(*aUID), "(0000, 0002) 18/UI \"Affected SOP Class UID\": \"1.2.840.10008.1.1\""
+                                   " (Verification SOP Class) (Verification SOP Class)\n");
 }
 
 // Long dumps leave in pieces: none may be lost, doubled or out of order.
 TEST_F(DICOMObjectDumperTest, ALongDumpIsWhole)
 {
    DICOMDataObject aSet;
-   constexpr int kCount = 5000;
-   for (int i = 0; i < kCount; ++i)
+   std::string anExpected = "--------- Start of DICOM Data Object ---------\n";
+   for (unsigned int anElement = 1; anElement <= 5000; ++anElement)
    {
-      aSet.Push(NewVR(0x0012, static_cast<UINT16>(i + 1), VRCode::LO, "0123456789"));
+      aSet.Push(NewVR(0x0012, static_cast<UINT16>(anElement), VRCode::LO, "0123456789"));
+      char aLine[64];
+      std::snprintf(aLine, sizeof aLine, "(0012, %04x) 10/LO \"\": \"0123456789\"\n", anElement);
+      anExpected += aLine;
    }
-   const std::string aDump = DumpOf(aSet);
-   std::istringstream aText(aDump);
-   std::string aLine;
-   std::getline(aText, aLine);
-   for (int i = 0; i < kCount && std::getline(aText, aLine); ++i)
-   {
-      char aStart[32];
-      std::snprintf(aStart, sizeof aStart, "(0012, %04x) 10/LO \"", static_cast<unsigned int>(i + 1));
-      ASSERT_EQ(aLine.substr(0, 20), aStart);
-      ASSERT_EQ(aLine.substr(aLine.size() - 12), "\"0123456789\"");
-   }
-   EXPECT_EQ(std::ranges::count(aDump, '\n'), kCount + 2);
+   EXPECT_EQ(DumpOf(aSet), anExpected + "--------- End of DICOM Data Object ---------\n");
 }
 
 TEST_F(DICOMObjectDumperTest, ADumperWithoutAStreamUsesTheDefaultOne)
@@ -383,8 +309,9 @@ TEST_F(DICOMObjectDumperTest, ADumperWithoutAStreamUsesTheDefaultOne)
    std::ostringstream aDefault;
    std::ostringstream anOwn;
    DICOMObjectDumper aDumper;
-   aDumper.DumpVR(*aVR, itsDictionary); // nowhere
-   DICOMObjectDumper::SetDefaultStream(aDefault);
+   aDumper.DumpVR(*aVR, itsDictionary);           // nowhere
+   DICOMObjectDumper::SetDefaultStream(aDefault); // through a log stream that the class owns
+   DICOMObjectDumper::SetDefaultStream(*DICOMObjectDumper::itsDefaultStream); // itself
    aDumper.DumpVR(*aVR, itsDictionary);
    aDumper.SetStream(anOwn);
    aDumper.DumpVR(*aVR, itsDictionary);
@@ -395,31 +322,6 @@ TEST_F(DICOMObjectDumperTest, ADumperWithoutAStreamUsesTheDefaultOne)
    const std::string aLine = "(0028, 0010) 2/US \"Rows\": 1\n";
    EXPECT_EQ(aDefault.str(), aLine);
    EXPECT_EQ(anOwn.str(), aLine + aLine);
-}
-
-TEST_F(DICOMObjectDumperTest, TheDefaultStreamMayBeSetToItself)
-{
-   const std::unique_ptr<VR> aVR(NewVR(0x0028, 0x0010, VRCode::US, "\1\0"sv));
-   std::ostringstream anOutput;
-   DICOMObjectDumper::SetDefaultStream(anOutput); // through a log stream that the class owns
-   DICOMObjectDumper::SetDefaultStream(*DICOMObjectDumper::itsDefaultStream);
-   DICOMObjectDumper().DumpVR(*aVR, itsDictionary);
-   DICOMObjectDumper::UnsetDefaultStream();
-   EXPECT_EQ(anOutput.str(), "(0028, 0010) 2/US \"Rows\": 1\n");
-}
-
-TEST_F(DICOMObjectDumperTest, PrintsIntoAFile)
-{
-   const std::string aName = testing::TempDir() + "DICOMObjectDumper_test.txt";
-   std::remove(aName.c_str());
-   const std::unique_ptr<VR> aVR(NewVR(0x0028, 0x0010, VRCode::US, "\1\0"sv));
-   DICOMObjectDumper aDumper;
-   aDumper.SetStream(aName);
-   aDumper.DumpVR(*aVR, itsDictionary);
-   std::ifstream aFile(aName);
-   const std::string aText(std::istreambuf_iterator<char>(aFile), {});
-   EXPECT_EQ(aText, "(0028, 0010) 2/US \"Rows\": 1\n");
-   std::remove(aName.c_str());
 }
 
 TEST_F(DICOMObjectDumperTest, ATraceDumpsIntoItselfWhileItIsOn)
@@ -441,17 +343,5 @@ TEST_F(DICOMObjectDumperTest, ATraceDumpsIntoItselfWhileItIsOn)
                              "--------- End of DICOM Data Object ---------\n"
                              "(0028, 0010) 2/US \"Rows\": 258\n");
    EXPECT_EQ(aDefault.str(), "");
-}
-
-TEST(DICOMObjectDumper, PrintableBytesAreThoseOfASCII)
-{
-   EXPECT_FALSE(DICOMObjectDumper::IsAlpha(0x1F));
-   EXPECT_TRUE(DICOMObjectDumper::IsAlpha(0x20));
-   EXPECT_TRUE(DICOMObjectDumper::IsAlpha(0x7E));
-   EXPECT_FALSE(DICOMObjectDumper::IsAlpha(0x7F));
-   EXPECT_FALSE(DICOMObjectDumper::IsAlpha(0xE9));
-   const unsigned char aText[] = {'a', 'b', 0x00};
-   EXPECT_TRUE(DICOMObjectDumper::IsDataAlpha(2, aText));
-   EXPECT_FALSE(DICOMObjectDumper::IsDataAlpha(3, aText));
 }
 } // namespace

@@ -1,5 +1,3 @@
-#include "talvenor/dataset/VR.h"
-
 #include <algorithm>
 #include <cstring>
 #include <numeric>
@@ -31,56 +29,37 @@ struct FieldCase
    const char* itsSizeText;
 };
 
+UINT32 GroupOf(const VR& theVR)
+{
+   return theVR.GetGroup();
+}
+UINT32 ElementOf(const VR& theVR)
+{
+   return theVR.GetElement();
+}
+UINT32 LengthOf(const VR& theVR)
+{
+   return theVR.GetLength();
+}
+UINT32 TypeCodeOf(const VR& theVR)
+{
+   return theVR.GetTypeCode();
+}
+UINT32 NothingOf(const VR&)
+{
+   return 0;
+}
+
+// clang-format off
 const FieldCase kFieldCases[] = {
-    {"Group",
-     &VR::ReadGroup,
-     &VR::WriteGroup,
-     [](const VR& theVR) -> UINT32 { return theVR.GetGroup(); },
-     {0xE0, 0x7F},
-     {0x7F, 0xE0},
-     0x7FE0,
-     "sizeof(itsGroup)"},
-    {"Element",
-     &VR::ReadElement,
-     &VR::WriteElement,
-     [](const VR& theVR) -> UINT32 { return theVR.GetElement(); },
-     {0x10, 0x20},
-     {0x20, 0x10},
-     0x2010,
-     "sizeof(itsElement)"},
-    {"Length16",
-     &VR::ReadLength16,
-     &VR::WriteLength16,
-     [](const VR& theVR) { return theVR.GetLength(); },
-     {0x03, 0x01},
-     {0x01, 0x03},
-     0x0103,
-     "sizeof(UINT16)"},
-    {"Length32",
-     &VR::ReadLength32,
-     &VR::WriteLength32,
-     [](const VR& theVR) { return theVR.GetLength(); },
-     {0x04, 0x03, 0x02, 0x01},
-     {0x01, 0x02, 0x03, 0x04},
-     0x01020304,
-     "sizeof(UINT32)"},
-    {"Filler16",
-     &VR::ReadFiller16,
-     &VR::WriteFiller16,
-     [](const VR&) -> UINT32 { return 0; },
-     {0x00, 0x00},
-     {0x00, 0x00},
-     0,
-     "sizeof(UINT16)"},
-    {"TypeCode",
-     &VR::ReadTypeCode,
-     &VR::WriteTypeCode,
-     [](const VR& theVR) -> UINT32 { return theVR.GetTypeCode(); },
-     {'U', 'I'},
-     {'U', 'I'},
-     0x5549,
-     "sizeof(itsTypeCode)"},
+    {"Group", &VR::ReadGroup, &VR::WriteGroup, GroupOf, {0xE0, 0x7F}, {0x7F, 0xE0}, 0x7FE0, "sizeof(itsGroup)"},
+    {"Element", &VR::ReadElement, &VR::WriteElement, ElementOf, {0x10, 0x20}, {0x20, 0x10}, 0x2010, "sizeof(itsElement)"},
+    {"Length16", &VR::ReadLength16, &VR::WriteLength16, LengthOf, {0x03, 0x01}, {0x01, 0x03}, 0x0103, "sizeof(UINT16)"},
+    {"Length32", &VR::ReadLength32, &VR::WriteLength32, LengthOf, {4, 3, 2, 1}, {1, 2, 3, 4}, 0x01020304, "sizeof(UINT32)"},
+    {"Filler16", &VR::ReadFiller16, &VR::WriteFiller16, NothingOf, {0, 0}, {0, 0}, 0, "sizeof(UINT16)"},
+    {"TypeCode", &VR::ReadTypeCode, &VR::WriteTypeCode, TypeCodeOf, {'U', 'I'}, {'U', 'I'}, 0x5549, "sizeof(itsTypeCode)"},
 };
+// clang-format on
 
 // An element with fields that no case reads.
 VR OldElement()
@@ -90,6 +69,8 @@ VR OldElement()
    aVR.SetTypeCode(VRCode::OB);
    return aVR;
 }
+
+const StreamError kNothing = {"(nothing was thrown)", TN_NO_ERROR, 0}; // how it compares
 
 Bytes Counted(std::size_t theCount)
 {
@@ -118,16 +99,13 @@ TEST(VRStreamIO, ReadsFieldsInTheReadersOrder)
    {
       for (const auto anEndian : {TNEndian::LittleEndian, TNEndian::BigEndian})
       {
-         for (const unsigned int aPiece : {1u, 4u})
-         {
-            SCOPED_TRACE(aCase.itsName);
-            PiecewiseInputStream aStream(anEndian == TNEndian::LittleEndian ? aCase.itsLittle : aCase.itsBig, aPiece);
-            EndianHandlingReader aReader(aStream, anEndian);
-            VR aVR;
-            EXPECT_EQ((aVR.*aCase.itsRead)(aReader), 1);
-            EXPECT_EQ(aCase.itsField(aVR), aCase.itsValue);
-            EXPECT_EQ(aStream.Consumed(), aCase.itsLittle.size());
-         }
+         SCOPED_TRACE(aCase.itsName);
+         PiecewiseInputStream aStream(anEndian == TNEndian::LittleEndian ? aCase.itsLittle : aCase.itsBig, 1);
+         EndianHandlingReader aReader(aStream, anEndian);
+         VR aVR;
+         EXPECT_EQ((aVR.*aCase.itsRead)(aReader), 1);
+         EXPECT_EQ(aCase.itsField(aVR), aCase.itsValue);
+         EXPECT_EQ(aStream.Consumed(), aCase.itsLittle.size());
       }
    }
 }
@@ -136,28 +114,19 @@ TEST(VRStreamIO, AFieldCutShortIsAnErrorAndAMissingOneTheEnd)
 {
    for (const FieldCase& aCase : kFieldCases)
    {
-      for (const auto anEndian : {TNEndian::LittleEndian, TNEndian::BigEndian})
+      for (std::size_t aCut = 0; aCut < aCase.itsLittle.size(); ++aCut)
       {
-         for (std::size_t aCut = 0; aCut < aCase.itsLittle.size(); ++aCut)
-         {
-            SCOPED_TRACE(aCase.itsName + std::string(" cut at ") + std::to_string(aCut));
-            PiecewiseInputStream aStream(Bytes(aCut, 0x41), 1);
-            EndianHandlingReader aReader(aStream, anEndian);
-            VR aVR = OldElement();
-            if (aCut == 0)
-            {
-               EXPECT_EQ((aVR.*aCase.itsRead)(aReader), 0);
-            }
-            else
-            {
-               const StreamError anExpected{std::string("VR::Read") + aCase.itsName +
-                                                "(EndianHandlingReader): Short read " + std::to_string(aCut) +
-                                                " bytes != " + aCase.itsSizeText,
-                                            TN_END_OF_FILE, 0};
-               EXPECT_EQ(StreamErrorOf([&] { (aVR.*aCase.itsRead)(aReader); }), anExpected);
-            }
-            EXPECT_EQ(aCase.itsField(aVR), aCase.itsField(OldElement())) << "unchanged";
-         }
+         SCOPED_TRACE(aCase.itsName + std::string(" cut at ") + std::to_string(aCut));
+         PiecewiseInputStream aStream(Bytes(aCut, 0x41), 1);
+         EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
+         VR aVR = OldElement();
+         int aResult = -1;
+         const StreamError anExpected{std::string("VR::Read") + aCase.itsName + "(EndianHandlingReader): Short read " +
+                                          std::to_string(aCut) + " bytes != " + aCase.itsSizeText,
+                                      TN_END_OF_FILE, 0};
+         EXPECT_EQ(StreamErrorOf([&] { aResult = (aVR.*aCase.itsRead)(aReader); }), aCut == 0 ? kNothing : anExpected);
+         EXPECT_EQ(aResult, aCut == 0 ? 0 : -1);
+         EXPECT_EQ(aCase.itsField(aVR), aCase.itsField(OldElement())) << "unchanged";
       }
    }
 }
@@ -178,45 +147,6 @@ TEST(VRStreamIO, WritesFieldsInTheWritersOrder)
    EXPECT_EQ(Written(aVR, &VR::WriteLength32Plus1, TNEndian::BigEndian), (Bytes{0x00, 0x00, 0x02, 0x00}));
 }
 
-TEST(VRStreamIO, ReadsAValueFromAStreamThatGivesItInPieces)
-{
-   for (const unsigned int aPiece : {1u, 3u, 100u})
-   {
-      PiecewiseInputStream aStream(Counted(12), aPiece);
-      EndianHandlingReader aReader(aStream, TNEndian::BigEndian);
-      VR aVR(0x0010, 0x0020);
-      aVR.SetLength(10);
-      EXPECT_EQ(aVR.ReadData(aReader), 1);
-      EXPECT_EQ(ValueOf(aVR), Counted(10)) << "as it came";
-      EXPECT_EQ(aStream.Consumed(), 10u);
-   }
-}
-
-TEST(VRStreamIO, AnOddValueStaysOddInAnEvenBuffer)
-{
-   CountingAllocater anAllocator;
-   PiecewiseInputStream aStream(Counted(6));
-   EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
-   VR aVR(0x0010, 0x0020, TNEndian::LittleEndian, anAllocator);
-   aVR.SetLength(5);
-   EXPECT_EQ(aVR.ReadData(aReader), 1);
-   EXPECT_EQ(ValueOf(aVR), Counted(5));
-   EXPECT_EQ(aVR.GetData()[5], 0);
-   EXPECT_EQ(aStream.Consumed(), 5u);
-   EXPECT_EQ(anAllocator.Sizes(), (std::vector<unsigned int>{6}));
-}
-
-TEST(VRStreamIO, ReadsIntoTheBufferThatIsThere)
-{
-   PiecewiseInputStream aStream(Counted(4), 3);
-   EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
-   VR aVR(0x0010, 0x0020, 4, 1);
-   const unsigned char* aBuffer = aVR.GetData();
-   EXPECT_EQ(aVR.ReadData(aReader), 1);
-   EXPECT_EQ(aVR.GetData(), aBuffer);
-   EXPECT_EQ(ValueOf(aVR), Counted(4));
-}
-
 TEST(VRStreamIO, AValueCutShortIsAnErrorAndAMissingOneTheEnd)
 {
    const Bytes aBytes = Counted(9);
@@ -227,37 +157,22 @@ TEST(VRStreamIO, AValueCutShortIsAnErrorAndAMissingOneTheEnd)
       SCOPED_TRACE("cut at " + std::to_string(aCut));
       MemoryInputStream aSeekable(aBytes.data(), aCut);
       PiecewiseInputStream aForwardOnly(Bytes(aBytes.begin(), aBytes.begin() + aCut), 2);
-      for (InputStream* aStream : {static_cast<InputStream*>(&aSeekable), static_cast<InputStream*>(&aForwardOnly)})
+      for (InputStream* aStream : std::initializer_list<InputStream*>{&aSeekable, &aForwardOnly})
       {
          EndianHandlingReader aReader(*aStream, TNEndian::LittleEndian);
          VR aVR(0x0010, 0x0020);
          aVR.SetTypeCode(VRCode::LO);
          aVR.SetLength(10);
-         if (aCut == 0)
-         {
-            EXPECT_EQ(aVR.ReadData(aReader), 0);
-         }
-         else
-         {
-            const std::string anOffset = aStream == &aSeekable ? std::to_string(aCut) : "unknown";
-            const StreamError anExpected{"VR::ReadData(EndianHandlingReader): Short read " + std::to_string(aCut) +
-                                             aText + anOffset,
-                                         TN_END_OF_FILE, 0};
-            EXPECT_EQ(StreamErrorOf([&] { aVR.ReadData(aReader); }), anExpected);
-         }
+         const std::string anOffset = aStream == &aSeekable ? std::to_string(aCut) : "unknown";
+         const StreamError anExpected{"VR::ReadData(EndianHandlingReader): Short read " + std::to_string(aCut) + aText +
+                                          anOffset,
+                                      TN_END_OF_FILE, 0};
+         int aResult = -1;
+         EXPECT_EQ(StreamErrorOf([&] { aResult = aVR.ReadData(aReader); }), aCut == 0 ? kNothing : anExpected);
+         EXPECT_EQ(aResult, aCut == 0 ? 0 : -1);
          EXPECT_EQ(aVR.GetData(), nullptr) << "memory that was never filled is no value";
       }
    }
-}
-
-TEST(VRStreamIO, AnEmptyValueReadsAndWritesNothing)
-{
-   PiecewiseInputStream aStream(Counted(4));
-   EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
-   VR aVR(0x0010, 0x0020);
-   EXPECT_EQ(aVR.ReadData(aReader), 1);
-   EXPECT_EQ(aStream.Reads(), 0u);
-   EXPECT_EQ(Written(aVR, &VR::WriteData, TNEndian::LittleEndian), Bytes());
 }
 
 TEST(VRStreamIO, RefusesAnUndefinedLength)
@@ -277,11 +192,10 @@ TEST(VRStreamIO, RefusesAnUndefinedLength)
        << "a length without data";
 }
 
-TEST(VRStreamIO, ALongValueIsReadWholeWithOneRequestToItsAllocator)
+TEST(VRStreamIO, AValueIsReadWholeWithOneRequestToItsAllocator)
 {
    constexpr UINT32 kMegabyte = 1024 * 1024;
-   const UINT32 aLengths[] = {kMegabyte, kMegabyte + 1, 16 * kMegabyte, 17 * kMegabyte + 3};
-   for (const UINT32 aLength : aLengths)
+   for (const UINT32 aLength : {5u, kMegabyte, 17 * kMegabyte + 3})
    {
       SCOPED_TRACE(aLength);
       CountingAllocater anAllocator;
@@ -296,27 +210,21 @@ TEST(VRStreamIO, ALongValueIsReadWholeWithOneRequestToItsAllocator)
       aVR.SetLength(aLength);
       EXPECT_EQ(aVR.ReadData(aReader), 1);
       EXPECT_TRUE(ValueOf(aVR) == aBytes);
+      EXPECT_TRUE(aLength % 2 == 0 || aVR.GetData()[aLength] == 0) << "an odd value stays odd in an even buffer";
       EXPECT_EQ(anAllocator.Sizes(), (std::vector<unsigned int>{aLength + aLength % 2}));
    }
 }
 
 TEST(VRStreamIO, ALengthThatLiesClaimsNoMemoryForIt)
 {
-   for (const std::size_t anArrived : {std::size_t(0), std::size_t(100), std::size_t(5 * 1024 * 1024)})
+   for (const std::size_t anArrived : {100, 5 * 1024 * 1024})
    {
       CountingAllocater anAllocator;
       PiecewiseInputStream aStream{Bytes(anArrived)};
       EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
       VR aVR(0x7FE0, 0x0010, TNEndian::LittleEndian, anAllocator);
       aVR.SetLength(0xFFFFFFFE);
-      if (anArrived == 0)
-      {
-         EXPECT_EQ(aVR.ReadData(aReader), 0);
-      }
-      else
-      {
-         EXPECT_EQ(StreamErrorOf([&] { aVR.ReadData(aReader); }).itsCode, TN_END_OF_FILE);
-      }
+      EXPECT_EQ(StreamErrorOf([&] { aVR.ReadData(aReader); }).itsCode, TN_END_OF_FILE);
       EXPECT_EQ(anAllocator.Sizes().size(), 0u);
       EXPECT_EQ(aVR.GetData(), nullptr);
    }
@@ -324,23 +232,19 @@ TEST(VRStreamIO, ALengthThatLiesClaimsNoMemoryForIt)
 
 TEST(VRStreamIO, WritesAValueInTheWritersOrderByItsType)
 {
-   const Bytes aBytes = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
-   const Bytes aWords = {2, 1, 4, 3, 6, 5, 8, 7, 10, 9};
-   const Bytes aLongs = {4, 3, 2, 1, 8, 7, 6, 5, 9, 10}; // the rest that fills no unit goes out as it is
-   const Bytes aDoubles = {8, 7, 6, 5, 4, 3, 2, 1, 9, 10};
-   for (std::size_t aRow = 0; aRow < kVRCodeCount; ++aRow)
+   const Bytes aBytes = Counted(10);
+   const std::pair<UINT16, Bytes> kCases[] = {
+       {VRCode::OW, {2, 1, 4, 3, 6, 5, 8, 7, 10, 9}}, {VRCode::AT, {2, 1, 4, 3, 6, 5, 8, 7, 10, 9}},
+       {VRCode::FL, {4, 3, 2, 1, 8, 7, 6, 5, 9, 10}}, // the rest that fills no unit goes out as it is
+       {VRCode::FD, {8, 7, 6, 5, 4, 3, 2, 1, 9, 10}}, {VRCode::OB, aBytes},
+   };
+   for (const auto& [aCode, anExpected] : kCases)
    {
-      const std::string aType(kVRTypes[aRow].itsText);
-      SCOPED_TRACE(aType);
-      const auto isOneOf = [&](const std::string& theTypes) { return theTypes.find(aType) != std::string::npos; };
-      const Bytes& anExpected = isOneOf("OW AT US SS")   ? aWords
-                                : isOneOf("UL SL FL OF") ? aLongs
-                                : isOneOf("FD")          ? aDoubles
-                                                         : aBytes;
       for (const auto anEndian : {TNEndian::LittleEndian, TNEndian::BigEndian})
       {
          VR aVR(0x0010, 0x0020, anEndian);
-         aVR.SetTypeCode(kVRTypes[aRow].itsCode);
+         aVR.SetTypeCode(aCode);
+         SCOPED_TRACE(aVR.GetTypeCodeAsString());
          aVR.SetData(aBytes.data(), 10, '\0');
          const auto aForeign = anEndian == TNEndian::LittleEndian ? TNEndian::BigEndian : TNEndian::LittleEndian;
          EXPECT_EQ(Written(aVR, &VR::WriteData, anEndian), aBytes);

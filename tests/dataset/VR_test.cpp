@@ -1,9 +1,6 @@
 #include "talvenor/dataset/VR.h"
 
-#include <sys/resource.h>
-
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -11,26 +8,16 @@
 #include <gtest/gtest.h>
 
 #include "support/CountingAllocater.h"
-#include "talvenor/dictionary/MDDEntry.h"
+#include "support/MessageOf.h"
 #include "talvenor/dictionary/UID.h"
 #include "talvenor/dictionary/VRType.h"
 #include "talvenor/foundation/Exceptions.h"
 #include "talvenor/io/EndianHandlingReader.h"
 #include "talvenor/io/MemoryStreams.h"
 
-#ifndef __has_feature
-#define __has_feature(theName) 0 // clang's
-#endif
-
 namespace
 {
 using namespace std::string_literals;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || __has_feature(address_sanitizer)
-constexpr bool kIsSanitized = true;
-#else
-constexpr bool kIsSanitized = false;
-#endif
 
 std::string ValueOf(const VR& theVR)
 {
@@ -43,30 +30,6 @@ void* BufferWith(MemoryAllocater& theAllocator, const std::string& theBytes)
    std::memcpy(aBuffer, theBytes.data(), theBytes.size());
    return aBuffer;
 }
-
-// Ends the process: with 7 when asking for more memory than it may have fails as it should.
-[[noreturn]] void AllocateUnderALimit(unsigned int theSize)
-{
-   const rlimit aLimit = {theSize / 2, theSize / 2};
-   setrlimit(RLIMIT_AS, &aLimit);
-   try
-   {
-      MemoryAllocater::GetDefault().Allocate(theSize);
-   }
-   catch (const BadAllocException& anException)
-   {
-      std::_Exit(anException.requested() == theSize ? 7 : 1);
-   }
-   std::_Exit(2);
-}
-
-// An element whose value is still in a stream.
-class StreamBufferedVR : public VR
-{
-public:
-   using VR::VR;
-   int IsStreamBuffered() const override { return 1; }
-};
 
 // An element with its value in one piece of memory, as decoders make them.
 std::unique_ptr<VR> VRWithRoom(const std::string& theValue)
@@ -104,31 +67,21 @@ TEST(VR, ConstructorsPadTheirValueToEvenLength)
        {"nothing", std::make_unique<VR>(), "", 0},
        {"seven raw bytes", std::make_unique<VR>(0x0010, 0x0020, 7, BufferWith(anAllocator, "1234567")), "1234567\0"s,
         0},
-       {"eight raw bytes", std::make_unique<VR>(0x0010, 0x0020, 8, BufferWith(anAllocator, "12345678")), "12345678", 0},
        {"raw bytes that are absent", std::make_unique<VR>(0x0010, 0x0020, 0, static_cast<void*>(nullptr)), "", 0},
        {"text of seven characters", aText("1234567", 7), "1234567 ", 0},
-       {"text of eight characters", aText("12345678", 8), "12345678", 0},
        {"text up to its NUL", aText("abc", 0), "abc ", 0},
        {"text with NULs in its length", aText("abc\0\0", 5), "abc ", 0},
-       {"text of NULs", aText("\0\0\0", 3), "", 0},
        {"text with a NUL inside", aText("a\0bc", 4), "a\0bc"s, 0},
-       {"empty text", aText("", 0), "", 0},
        {"no text, length 3", aText(nullptr, 3), "    ", 0},
-       {"no text, length 0", aText(nullptr, 0), "", 0},
-       {"texts of even total", aTexts({"A", "BC"}, '#'), "A\\BC", 0},
        {"texts of odd total", aTexts({"A", "", "B"}, '#'), "A\\\\B", 0},
        {"one text of odd length", aTexts({"ABC"}, '#'), "ABC#", 0},
-       {"no texts", aTexts({}, '#'), "", 0},
        {"UID of five characters", aUID("1.2.3"), "1.2.3\0"s, VRCode::UI},
-       {"UID of six characters", aUID("1.2.34"), "1.2.34", VRCode::UI},
-       {"empty UID", aUID(""), "", VRCode::UI},
    };
    for (const auto& aCase : aCases)
    {
       SCOPED_TRACE(aCase.itsName);
       EXPECT_EQ(ValueOf(*aCase.itsVR), aCase.itsValue);
       EXPECT_EQ(aCase.itsVR->GetTypeCode(), aCase.itsCode);
-      EXPECT_EQ(aCase.itsVR->IsEmpty(), aCase.itsValue.empty());
       EXPECT_EQ(aCase.itsVR->GetData() == nullptr, aCase.itsValue.empty());
    }
 }
@@ -143,10 +96,8 @@ TEST(VR, AllocatesByLengthOnlyWhenAskedAndWhenTheLengthIsDefined)
       UINT32 itsStored;
       std::vector<unsigned int> itsRequests;
    } aCases[] = {
-       {"even", 4, 1, 4, {4}},
        {"odd", 5, 1, 6, {6}},
        {"not asked for", 5, 0, 6, {}},
-       {"empty", 0, 1, 0, {}},
        {"undefined", VR::kUndefinedLength, 1, VR::kUndefinedLength, {}},
    };
    for (const auto& aCase : aCases)
@@ -156,12 +107,15 @@ TEST(VR, AllocatesByLengthOnlyWhenAskedAndWhenTheLengthIsDefined)
       const VR aVR(0x0010, 0x0020, aCase.itsLength, aCase.itsAllocate, TNEndian::BigEndian, anAllocator);
       EXPECT_EQ(aVR.GetLength(), aCase.itsStored);
       EXPECT_EQ(anAllocator.Sizes(), aCase.itsRequests);
-      EXPECT_EQ(aVR.GetDataEndian(), TNEndian::BigEndian);
-      if (aCase.itsLength == 5 && aCase.itsAllocate)
-      {
-         EXPECT_EQ(aVR.GetData()[5], 0);
-      }
    }
+   CountingAllocater anAllocator;
+   VR aVR(0x0010, 0x0020, TNEndian::LittleEndian, anAllocator);
+   aVR.SetLength(5);
+   EXPECT_EQ(static_cast<unsigned char*>(aVR.AllocateData())[5], 0);
+   aVR.AllocateData(10);
+   EXPECT_EQ(aVR.GetLength(), 5u);
+   EXPECT_EQ(anAllocator.Sizes(), (std::vector<unsigned int>{6, 10}));
+   EXPECT_EQ(anAllocator.Live(), 1u);
 }
 
 TEST(VR, TakesBorrowsOrCopiesTheCallersBuffer)
@@ -225,11 +179,9 @@ TEST(VR, AValueMayStandInTheMemoryOfItsElement)
    {
       SCOPED_TRACE(aValue.size());
       const std::unique_ptr<VR> aVR = VRWithRoom(aValue);
-      EXPECT_EQ(aVR->GetTag(), 0x00280010u);
       EXPECT_EQ(ValueOf(*aVR), aValue) << "an odd length stays odd";
       EXPECT_EQ(StandsInItsRoom(*aVR), !aValue.empty());
       EXPECT_EQ(aVR->GetData() == nullptr, aValue.empty());
-      EXPECT_EQ(&aVR->GetMemoryAllocater(), &MemoryAllocater::GetDefault());
       if (aValue.size() % 2 != 0)
       {
          EXPECT_EQ(aVR->GetData()[aValue.size()], 0);
@@ -242,6 +194,11 @@ TEST(VR, EveryChangeOfAValueInTheMemoryOfItsElementLeavesThatMemoryAlone)
 {
    const VR anOther(0x0028, 0x0010, "wxyz12", 6);
    const VR anEmpty(0x0028, 0x0010);
+   const auto aRead = [](VR& theVR, const char* theText) {
+      MemoryInputStream aStream(reinterpret_cast<const unsigned char*>(theText), theVR.GetLength());
+      EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
+      EXPECT_EQ(theVR.ReadData(aReader), 1);
+   };
    const struct
    {
       const char* itsName;
@@ -249,12 +206,9 @@ TEST(VR, EveryChangeOfAValueInTheMemoryOfItsElementLeavesThatMemoryAlone)
       std::string itsValue; // "ABCD" before
       bool itsStaysInItsRoom;
    } aCases[] = {
-       {"no change", [](VR&) {}, "ABCD", true},
        {"Reset", [](VR& theVR) { theVR.Reset(); }, "", false},
        {"SetData", [](VR& theVR) { theVR.SetData("123", 3, ' '); }, "123 ", false},
        {"SetData from its own value", [](VR& theVR) { theVR.SetData(theVR.GetData() + 1, 3, '#'); }, "BCD#", false},
-       {"SetData of nothing", [](VR& theVR) { theVR.SetData(nullptr, 0, ' '); }, "", false},
-       {"AllocateData for the length", [](VR& theVR) { std::memcpy(theVR.AllocateData(), "1234", 4); }, "1234", false},
        {"AllocateData of more", [](VR& theVR) { std::memcpy(theVR.AllocateData(99), "1234", 4); }, "1234", false},
        {"AllocateData of nothing and Reset",
         [](VR& theVR) {
@@ -264,25 +218,16 @@ TEST(VR, EveryChangeOfAValueInTheMemoryOfItsElementLeavesThatMemoryAlone)
         "", false},
        {"assignment", [&](VR& theVR) { theVR = anOther; }, "wxyz12", false},
        {"assignment of an empty element", [&](VR& theVR) { theVR = anEmpty; }, "", false},
-       {"assignment of another with room", [](VR& theVR) { theVR = *VRWithRoom("xyz"); }, "xyz", false},
        {"assignment of itself", [](VR& theVR) { theVR = *&theVR; }, "ABCD", true},
        {"SetPadByte", [](VR& theVR) { theVR.SetPadByte('#'); }, "ABC#", true},
        {"SwapDataEndian", [](VR& theVR) { theVR.SwapDataEndian(); }, "BADC", true},
        {"SetLength", [](VR& theVR) { theVR.SetLength(2); }, "AB", true},
-       {"ReadData",
-        [](VR& theVR) {
-           MemoryInputStream aStream(reinterpret_cast<const unsigned char*>("1234"), 4);
-           EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
-           EXPECT_EQ(theVR.ReadData(aReader), 1);
-        },
-        "1234", true},
+       {"ReadData", [&](VR& theVR) { aRead(theVR, "1234"); }, "1234", true},
        {"ReadData after Reset",
-        [](VR& theVR) {
-           MemoryInputStream aStream(reinterpret_cast<const unsigned char*>("123"), 3);
-           EndianHandlingReader aReader(aStream, TNEndian::LittleEndian);
+        [&](VR& theVR) {
            theVR.Reset();
            theVR.SetLength(3);
-           EXPECT_EQ(theVR.ReadData(aReader), 1);
+           aRead(theVR, "123");
         },
         "123", false},
    };
@@ -303,39 +248,17 @@ TEST(VR, CopiesOutliveAnElementWithItsValueInItsMemory)
 {
    std::unique_ptr<VR> anOriginal = VRWithRoom("abc");
    const std::unique_ptr<VR> aCopy(anOriginal->Copy());
-   const VR aSecond(*anOriginal);
    VR anAssigned(0x0010, 0x0020, "old value", 9);
    anAssigned = *anOriginal;
    EXPECT_TRUE(anOriginal->ValueAndTagEquals(*aCopy));
    anOriginal.reset();
-   for (const VR* aVR : {static_cast<const VR*>(aCopy.get()), &aSecond, static_cast<const VR*>(&anAssigned)})
+   for (const VR* aVR : {aCopy.get(), &anAssigned})
    {
       EXPECT_EQ(aVR->GetTag(), 0x00280010u);
       EXPECT_EQ(aVR->GetTypeCode(), VRCode::US);
       EXPECT_EQ(ValueOf(*aVR), "abc");
       EXPECT_FALSE(StandsInItsRoom(*aVR));
    }
-}
-
-// Its class may be any: what is freed is what was made, whatever its size.
-TEST(VR, AnElementOfADerivedClassIsFreedThroughItsBase)
-{
-   class LargerVR : public VR
-   {
-   public:
-      LargerVR(std::string theText, bool& theIsGone)
-          : VR(0x0010, 0x0020, "abc", 3), itsText(std::move(theText)), itsIsGone(theIsGone)
-      {}
-      ~LargerVR() override { itsIsGone = true; }
-
-   private:
-      std::string itsText;
-      bool& itsIsGone;
-   };
-   bool anIsGone = false;
-   std::unique_ptr<VR> aVR = std::make_unique<LargerVR>(std::string(100, 'x'), anIsGone);
-   aVR.reset();
-   EXPECT_TRUE(anIsGone);
 }
 
 TEST(VR, FailedAllocationsLeakNothingAndLeaveNoHalfBuiltValue)
@@ -348,39 +271,14 @@ TEST(VR, FailedAllocationsLeakNothingAndLeaveNoHalfBuiltValue)
 
    EXPECT_THROW(VR(0x0010, 0x0020, 3, aBuffer, TNEndian::LittleEndian, anAllocator), BadAllocException);
    EXPECT_EQ(anAllocator.Live(), 1u) << "the buffer that was handed over is freed";
-   EXPECT_THROW(VR(0x0010, 0x0020, "abc", 3, TNEndian::LittleEndian, anAllocator), BadAllocException);
    EXPECT_THROW(aVR.Copy(), BadAllocException);
 
    EXPECT_THROW(aVR.SetData("56789", 5, ' '), BadAllocException);
    EXPECT_EQ(ValueOf(aVR), "1234") << "unchanged";
-   try
-   {
-      aVR.AllocateData(7);
-      FAIL();
-   }
-   catch (const BadAllocException& anException)
-   {
-      EXPECT_EQ(anException.requested(), 8u);
-   }
+   EXPECT_THROW(aVR.AllocateData(7), BadAllocException);
    EXPECT_TRUE(aVR.IsEmpty());
    EXPECT_EQ(aVR.GetData(), nullptr);
    EXPECT_EQ(anAllocator.Live(), 0u);
-}
-
-TEST(VR, CopiesAreDeepAndKeepTypeByteOrderAndAllocator)
-{
-   CountingAllocater anAllocator;
-   VR anOriginal(0x0028, 0x0010, TNEndian::BigEndian, anAllocator);
-   anOriginal.SetTypeCode(VRCode::US);
-   anOriginal.SetData("\1\2", 2, '\0');
-
-   const std::unique_ptr<VR> aCopy(anOriginal.Copy());
-   anOriginal.SetData("\3\4", 2, '\0');
-   EXPECT_EQ(aCopy->GetTag(), 0x00280010u);
-   EXPECT_EQ(aCopy->GetTypeCode(), VRCode::US);
-   EXPECT_EQ(aCopy->GetDataEndian(), TNEndian::BigEndian);
-   EXPECT_EQ(&aCopy->GetMemoryAllocater(), &anAllocator);
-   EXPECT_EQ(ValueOf(*aCopy), "\1\2");
 }
 
 TEST(VR, AssignmentReplacesEverythingButTheAllocator)
@@ -404,114 +302,21 @@ TEST(VR, AssignmentReplacesEverythingButTheAllocator)
    EXPECT_EQ(anAllocator.Live(), 0u);
 }
 
-// Elements decoded with an odd length keep it (the buffer is even nevertheless).
-TEST(VR, ACopyKeepsAnOddLength)
-{
-   VR aVR(0x0010, 0x0020);
-   aVR.SetLength(3);
-   std::memcpy(aVR.AllocateData(), "abc", 3);
-   const VR aCopy(aVR);
-   EXPECT_EQ(ValueOf(aCopy), "abc");
-   EXPECT_EQ(aCopy.GetData()[3], 0);
-}
-
 TEST(VR, AStreamBufferedElementCannotBeCopied)
 {
+   struct StreamBufferedVR : VR
+   {
+      using VR::VR;
+      int IsStreamBuffered() const override { return 1; }
+   };
    const StreamBufferedVR aVR(0x7FE0, 0x0010);
    VR aTarget(0x0010, 0x0020, "ab", 2);
-   const std::function<void()> aWays[] = {
-       [&] { delete aVR.Copy(); },
-       [&] { VR aCopy(aVR); },
-       [&] { aTarget = aVR; },
-   };
+   const std::function<void()> aWays[] = {[&] { delete aVR.Copy(); }, [&] { aTarget = aVR; }};
    for (const auto& aWay : aWays)
    {
-      try
-      {
-         aWay();
-         ADD_FAILURE() << "nothing was thrown";
-      }
-      catch (const ConstructorError& anException)
-      {
-         EXPECT_EQ(anException.GetMessage(), "VR::Copy(): Can't copy a stream-buffered VR");
-      }
+      EXPECT_EQ(MessageOf<ConstructorError>(aWay), "VR::Copy(): Can't copy a stream-buffered VR");
    }
    EXPECT_EQ(ValueOf(aTarget), "ab");
-}
-
-TEST(VR, SetDataCopiesAndPadsAlsoFromTheElementsOwnValue)
-{
-   VR aVR(0x0010, 0x0020);
-   aVR.SetData("abcdef", 6, ' ');
-   aVR.SetData(aVR.GetData() + 1, 3, '#');
-   EXPECT_EQ(ValueOf(aVR), "bcd#");
-   aVR.SetData("", 0, '#');
-   EXPECT_TRUE(aVR.IsEmpty());
-   EXPECT_EQ(aVR.GetData(), nullptr);
-}
-
-TEST(VR, SetPadByteOverwritesTheLastByteOfAValueOnly)
-{
-   VR aVR(0x0010, 0x0020, "abcd", 4);
-   aVR.SetPadByte('#');
-   EXPECT_EQ(ValueOf(aVR), "abc#");
-
-   const UINT32 aLengthsWithoutData[] = {0, 4, VR::kUndefinedLength};
-   for (const UINT32 aLength : aLengthsWithoutData)
-   {
-      VR anOther(0x0010, 0x0020, aLength, 0);
-      anOther.SetPadByte('#');
-      EXPECT_EQ(anOther.GetData(), nullptr);
-   }
-}
-
-TEST(VR, AllocateDataRoundsTheBufferUpAndLeavesTheLength)
-{
-   CountingAllocater anAllocator;
-   VR aVR(0x0010, 0x0020, TNEndian::LittleEndian, anAllocator);
-   aVR.SetLength(5);
-   EXPECT_EQ(static_cast<unsigned char*>(aVR.AllocateData())[5], 0);
-   const void* aBuffer = aVR.AllocateData(10);
-   EXPECT_EQ(aBuffer, aVR.GetData());
-   EXPECT_EQ(aVR.GetLength(), 5u);
-   EXPECT_EQ(anAllocator.Sizes(), (std::vector<unsigned int>{6, 10}));
-   EXPECT_EQ(anAllocator.Live(), 1u);
-}
-
-TEST(VR, ResetKeepsTagAndType)
-{
-   VR aVR(0x0010, 0x0020, "abcd", 4);
-   aVR.SetTypeCode(VRCode::LO);
-   aVR.Reset();
-   EXPECT_TRUE(aVR.IsEmpty());
-   EXPECT_EQ(aVR.GetData(), nullptr);
-   EXPECT_EQ(aVR.GetTag(), 0x00100020u);
-   EXPECT_EQ(aVR.GetTypeCodeAsString(), "LO");
-}
-
-TEST(VR, IsOrderedByTagAlone)
-{
-   VR aVR(0x0010, 0x0020, "ab", 2);
-   const VR aSame(0x0010, 0x0020);
-   const VR aLater(0x0011, 0x0001);
-   EXPECT_TRUE(aVR == aSame && !(aVR < aSame) && !(aVR > aSame));
-   EXPECT_TRUE(aVR < aLater && aLater > aVR && aVR != aLater);
-   EXPECT_TRUE(aVR == MAttributeTag(0x0010, 0x0020));
-   EXPECT_TRUE(aVR < MAttributeTag(0x0010, 0x0021) && aVR > MAttributeTag(0x000F, 0xFFFF));
-
-   aVR.SetGroup(0xFFFE);
-   aVR.SetElement(0xE000);
-   EXPECT_EQ(aVR.GetTag(), 0xFFFEE000u);
-   EXPECT_EQ(aVR.GetGroup(), 0xFFFE);
-   EXPECT_EQ(aVR.GetElement(), 0xE000);
-}
-
-TEST(VR, TellsItsTypeInLetters)
-{
-   VR aVR;
-   EXPECT_EQ(aVR.GetTypeCodeAsString(), "");
-   aVR.SetTypeCode(0x5549);
-   EXPECT_EQ(aVR.GetTypeCodeAsString(), "UI");
 }
 
 TEST(VR, SwapsTheUnitsOfItsType)
@@ -526,13 +331,8 @@ TEST(VR, SwapsTheUnitsOfItsType)
        {"AT, words swapped one by one", VRCode::AT, "\x10\x00\x20\x01"s, "\x00\x10\x01\x20"s},
        {"OW with a byte left over", VRCode::OW, "\1\2\3"s, "\2\1\3"s},
        {"UL with two bytes left over", VRCode::UL, "\1\2\3\4\5\6"s, "\4\3\2\1\5\6"s},
-       {"OF", VRCode::OF, "\1\2\3\4\5\6\7\10"s, "\4\3\2\1\10\7\6\5"s},
        {"FD", VRCode::FD, "\1\2\3\4\5\6\7\10"s, "\10\7\6\5\4\3\2\1"s},
-       {"OB", VRCode::OB, "\1\2"s, "\1\2"s},
-       {"UN", VRCode::UN, "\1\2"s, "\1\2"s},
-       {"untyped", VRCode::None, "\1\2"s, "\1\2"s},
        {"a code that is none", 0xFFFF, "\1\2"s, "\1\2"s},
-       {"no value", VRCode::US, ""s, ""s},
    };
    for (const auto& aCase : aCases)
    {
@@ -560,19 +360,14 @@ TEST(VR, ComparesValuesPersonNamesWithoutTheirEmptyTail)
       int itsResult;
    } aCases[] = {
        {"same bytes, other type", VRCode::OB, VRCode::UN, "abcd", "abcd", 1},
-       {"other bytes", VRCode::OB, VRCode::OB, "abcd", "abce", 0},
        {"other length", VRCode::OB, VRCode::OB, "abcd", "ab", 0},
        {"no values at all", VRCode::OB, VRCode::US, "", "", 1},
-       {"one without a value", VRCode::LO, VRCode::LO, "", "ab", 0},
        {"empty components", VRCode::PN, VRCode::PN, "Doe^John^^\\Roe", "Doe^John\\Roe", 1},
-       {"empty component groups", VRCode::PN, VRCode::PN, "Doe^John==", "Doe^John", 1},
        {"empty group of carets", VRCode::PN, VRCode::PN, "Doe=^^=X", "Doe==X", 0}, // "Doe==X" is "Doe", "X"
        {"missing group is skipped", VRCode::PN, VRCode::PN, "Doe==X", "Doe=X^", 1},
-       {"missing first group is skipped", VRCode::PN, VRCode::PN, "=X^^", "X^^^", 1},
        {"missing value is skipped", VRCode::PN, VRCode::PN, "A\\\\B", "A\\B^", 1},
        {"pad byte counts", VRCode::PN, VRCode::PN, "Doe^John^ ", "Doe^John", 0},
        {"leading carets count", VRCode::PN, VRCode::PN, "^Doe", "Doe^", 0},
-       {"nothing but delimiters", VRCode::PN, VRCode::PN, "^^", "==", 1},
        {"only one is a name", VRCode::PN, VRCode::LO, "Doe^John^^", "Doe^John", 0},
    };
    for (const auto& aCase : aCases)
@@ -592,52 +387,9 @@ TEST(VR, ComparesValuesPersonNamesWithoutTheirEmptyTail)
    }
 }
 
-// A buffer of length 0 is a value that is empty; no buffer is none.
-TEST(VR, AnEmptyValueDiffersFromNoValue)
-{
-   char aBuffer[2] = {};
-   const VR aFirst(0x0010, 0x0010, 0, aBuffer, 0);
-   const VR aSecond(0x0010, 0x0010, 0, aBuffer + 1, 0);
-   const VR aNone(0x0010, 0x0010);
-   EXPECT_TRUE(aFirst.ValueEquals(aSecond));
-   EXPECT_FALSE(aFirst.ValueEquals(aNone));
-   EXPECT_FALSE(aNone.ValueEquals(aFirst));
-}
-
-TEST(VR, IsNoneOfItsSubclasses)
-{
-   VR aVR(0x0010, 0x0010, "ab", 2);
-   std::exception_ptr aFailure;
-   EXPECT_EQ(aVR.GetAsSequenceVR(), nullptr);
-   EXPECT_EQ(std::as_const(aVR).GetAsSequenceVR(), nullptr);
-   EXPECT_EQ(aVR.GetAsEncapsulatedPixelVR(), nullptr);
-   EXPECT_EQ(aVR.GetAsPixelDataFragmentInputStreamVR(), nullptr);
-   EXPECT_EQ(aVR.GetAsPixelInputStreamVR(), nullptr);
-   EXPECT_EQ(aVR.GetAsDICOMDataObjectInputStreamVR(), nullptr);
-   EXPECT_EQ(aVR.GetAsVRInputStreamVR(), nullptr);
-   EXPECT_EQ(aVR.Materialise(aFailure), nullptr);
-   EXPECT_FALSE(aVR.IsStreamBuffered());
-}
-
 TEST(VR, RefusesSizesThatNoLengthFieldHolds)
 {
    EXPECT_EQ(VR::ToLength(0xFFFFFFFE), 0xFFFFFFFEu);
    EXPECT_THROW(VR::ToLength(0xFFFFFFFF), BadAllocException);
    EXPECT_THROW(VR::ToLength(0x100000002), BadAllocException);
-}
-
-TEST(MemoryAllocater, TranslatesTheFailureOfTheGlobalAllocator)
-{
-   if (kIsSanitized)
-   {
-      GTEST_SKIP() << "a sanitizer's own memory does not fit under the limit";
-   }
-   GTEST_FLAG_SET(death_test_style, "threadsafe");
-   EXPECT_EXIT(AllocateUnderALimit(0x80000000u), testing::ExitedWithCode(7), "");
-}
-
-TEST(MemoryAllocater, GivesNoMemoryForNothing)
-{
-   EXPECT_EQ(MemoryAllocater::GetDefault().Allocate(0), nullptr);
-   MemoryAllocater::GetDefault().Free(nullptr);
 }

@@ -5,6 +5,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "support/MessageOf.h"
 #include "support/TemporaryDirectory.h"
 #include "talvenor/foundation/Exceptions.h"
 
@@ -17,19 +18,6 @@ bool LoadText(MDataDictionary& theDictionary, const std::string& theText)
 {
    std::istringstream aStream(theText);
    return theDictionary.Load(aStream);
-}
-
-RWCString LoadError(MDataDictionary& theDictionary, const std::string& theText)
-{
-   try
-   {
-      LoadText(theDictionary, theText);
-   }
-   catch (const InvalidEntryDescriptionException& anException)
-   {
-      return anException.GetMessage();
-   }
-   return "nothing was thrown";
 }
 
 // The private parts, as a derived class sees them.
@@ -48,44 +36,21 @@ protected:
 };
 } // namespace
 
-TEST(MDataDictionary, FindsByTagAndByName)
-{
-   MDataDictionary aDictionary;
-   EXPECT_EQ(aDictionary.Find(MAttributeTag(0x0010, 0x0010)), nullptr);
-   EXPECT_EQ(aDictionary.Find("PatientName"), nullptr);
-   ASSERT_TRUE(LoadText(aDictionary, std::string(kName) + kID));
-   const MDDEntry* anEntry = aDictionary.Find(MAttributeTag(0x0010, 0x0020));
-   ASSERT_NE(anEntry, nullptr);
-   EXPECT_EQ(anEntry->Name(), "PatientID");
-   EXPECT_EQ(aDictionary.Find("PatientID"), anEntry);
-   EXPECT_EQ(aDictionary.Find("patientid"), nullptr);
-   EXPECT_EQ(aDictionary.Find(MAttributeTag(0x0020, 0x0010)), nullptr);
-}
-
-TEST(MDataDictionary, SkipsCommentsBlankLinesAndCarriageReturns)
-{
-   MDataDictionary aDictionary;
-   ASSERT_TRUE(LoadText(aDictionary, "// comment\r\n\r\n \t // indented\n\n\t" + std::string(kName) +
-                                         "0010,0020,LO,\"Patient ID\",PatientID,1,1\r\n   \n"
-                                         "0010,0030,DA,Birth,PatientBirthDate,1,1")); // no line feed at the end
-   EXPECT_EQ(aDictionary.Size(), 3u);
-   EXPECT_NE(aDictionary.Find("PatientBirthDate"), nullptr);
-}
-
 // Lines that straddle the blocks in which the stream is read, and one that is longer than a block.
 TEST(MDataDictionary, LinesMayBeOfAnyLengthAndNumber)
 {
-   std::string aText = "//" + std::string(200000, 'x') + "\n";
+   std::string aText = "//" + std::string(200000, 'x') + "\r\n\r\n \t // indented\n\n\t" + kName + "   \n";
    for (unsigned int anElement = 0; anElement < 0x4000; ++anElement)
    {
       char aLine[64];
-      std::snprintf(aLine, sizeof aLine, "0019,%04x,LO,\"Description of %u\",Name%u,1,1\n", anElement, anElement,
+      std::snprintf(aLine, sizeof aLine, "0019,%04x,LO,\"Description of %u\",Name%u,1,1\r\n", anElement, anElement,
                     anElement);
       aText += aLine;
    }
    MDataDictionary aDictionary(0);
-   ASSERT_TRUE(LoadText(aDictionary, aText));
-   ASSERT_EQ(aDictionary.Size(), 0x4000u);
+   ASSERT_TRUE(LoadText(aDictionary, aText + "0010,0020,LO,\"Patient ID\",PatientID,1,1")); // no line feed at the end
+   ASSERT_EQ(aDictionary.Size(), 0x4002u);
+   EXPECT_EQ(aDictionary.Find("PatientID"), aDictionary.Find(MAttributeTag(0x0010, 0x0020)));
    for (unsigned int anElement = 0; anElement < 0x4000; ++anElement)
    {
       const MDDEntry* anEntry = aDictionary.Find(MAttributeTag(0x0019, static_cast<UINT16>(anElement)));
@@ -108,37 +73,28 @@ TEST(MDataDictionary, FaultsNameTheLine)
         "Duplicate data dictionary entry description at line 2: 0010,0010,PN,d,Other,1,1"},
        {"second name", "//\n" + std::string(kName) + "0010,0020,PN,d,PatientName,1,1",
         "Duplicate data dictionary entry description at line 3: 0010,0020,PN,d,PatientName,1,1"},
-       {"another group", "PrivateCreator = X\n0029,0010,LO,d,a,1,1\n0031,0010,LO,d,b,1,1\n",
-        "Attempt to change private block group code at line 3: 0031,0010,LO,d,b,1,1"},
        {"element beyond the block", "PrivateCreator = X\n0029,0010,LO,d,a,1,1\n0029,0110,LO,d,b,1,1\n",
         "Invalid private element code (> 255) at line 3: 0029,0110,LO,d,b,1,1"},
        {"group before element", "PrivateCreator = X\n0029,0010,LO,d,a,1,1\n0031,0110,LO,d,b,1,1\n",
         "Attempt to change private block group code at line 3: 0031,0110,LO,d,b,1,1"},
-       {"duplicate before group", "PrivateCreator = X\n0029,0010,LO,d,a,1,1\n0031,0010,LO,d,a,1,1\n",
-        "Duplicate data dictionary entry description at line 3: 0031,0010,LO,d,a,1,1"},
    };
    for (const auto& aCase : kCases)
    {
       SCOPED_TRACE(aCase.itsName);
       MDataDictionary aDictionary;
-      EXPECT_EQ(LoadError(aDictionary, aCase.itsText), aCase.itsExpected);
+      EXPECT_EQ(MessageOf<InvalidEntryDescriptionException>([&] { LoadText(aDictionary, aCase.itsText); }),
+                aCase.itsExpected);
       EXPECT_EQ(aDictionary.Size(), 1u); // what stood before the fault stays
    }
-}
-
-TEST(MDataDictionary, UnknownRepresentationPassesThroughLoad)
-{
    MDataDictionary aDictionary;
    EXPECT_THROW(LoadText(aDictionary, std::string(kName) + "0010,0020,OD,d,n,1,1\n"), InvalidValueTypeException);
-   EXPECT_EQ(aDictionary.Size(), 1u);
 }
 
 TEST(MDataDictionary, ReadsThePrivateCreator)
 {
    struct
    {
-      const char* itsLine;
-      const char* itsCreator;
+      const char *itsLine, *itsCreator;
    } const kCases[] = {
        {"PrivateCreator = EXAMPLE CREATOR  \r", "EXAMPLE CREATOR"},
        {"  PrivateCreator=A  B\t", "A  B\t"}, // only spaces go at the end
@@ -150,14 +106,9 @@ TEST(MDataDictionary, ReadsThePrivateCreator)
       ASSERT_TRUE(LoadText(aDictionary, aCase.itsLine + std::string("\n0029,0010,LO,d,a,1,1\n0029,00FF,LO,d,b,1,1\n")));
       EXPECT_EQ(aDictionary.GetPrivateCreatorID(), aCase.itsCreator);
       EXPECT_EQ(aDictionary.GetPrivateBlockGroup(), 0x0029);
+      aDictionary.Unload();
+      EXPECT_EQ(aDictionary.GetPrivateBlockGroup(), -1);
    }
-   OpenDictionary aDictionary;
-   EXPECT_NE(LoadError(aDictionary, "privatecreator = X\n"), "nothing was thrown");
-   ASSERT_TRUE(LoadText(aDictionary, "PrivateCreator = X\n0029,0010,LO,d,a,1,1\n"));
-   aDictionary.Unload();
-   EXPECT_EQ(aDictionary.GetPrivateCreatorID(), "");
-   EXPECT_EQ(aDictionary.GetPrivateBlockGroup(), -1);
-   EXPECT_EQ(aDictionary.Size(), 0u);
 }
 
 TEST(MDataDictionary, RepeatingGroupsAreFoundUnderTheFirst)
@@ -166,20 +117,9 @@ TEST(MDataDictionary, RepeatingGroupsAreFoundUnderTheFirst)
    ASSERT_TRUE(LoadText(aDictionary, "6000,3000,OW,Overlay,OverlayData,1,1\n5000,3000,OW,Curve,CurveData,1,1\n"
                                      "6002,0010,US,d,Unreachable,1,1\n"));
    EXPECT_EQ(aDictionary.Find(MAttributeTag(0x6002, 0x3000)), aDictionary.Find("OverlayData"));
-   EXPECT_EQ(aDictionary.Find(MAttributeTag(0x60FF, 0x3000)), aDictionary.Find("OverlayData"));
    EXPECT_EQ(aDictionary.Find(MAttributeTag(0x501E, 0x3000)), aDictionary.Find("CurveData"));
    EXPECT_EQ(aDictionary.Find(MAttributeTag(0x6100, 0x3000)), nullptr);
-   EXPECT_EQ(aDictionary.Find(MAttributeTag(0x5100, 0x3000)), nullptr);
    EXPECT_EQ(aDictionary.Find(MAttributeTag(0x6002, 0x0010)), nullptr);
-}
-
-TEST(MDataDictionary, LoadingReplacesTheContents)
-{
-   MDataDictionary aDictionary;
-   ASSERT_TRUE(LoadText(aDictionary, kName));
-   ASSERT_TRUE(LoadText(aDictionary, kID));
-   EXPECT_EQ(aDictionary.Find("PatientName"), nullptr);
-   EXPECT_NE(aDictionary.Find("PatientID"), nullptr);
 }
 
 TEST(MDataDictionary, FilesThatCannotBeOpenedLeaveTheContents)
@@ -187,7 +127,6 @@ TEST(MDataDictionary, FilesThatCannotBeOpenedLeaveTheContents)
    TemporaryDirectory aDirectory;
    MDataDictionary aDictionary;
    ASSERT_TRUE(LoadText(aDictionary, kName));
-   EXPECT_FALSE(aDictionary.Load(""));
    EXPECT_FALSE(aDictionary.Load(aDirectory.File("missing")));
    EXPECT_FALSE(aDictionary.Load(aDirectory.Path().string())); // a folder
    EXPECT_EQ(aDictionary.Size(), 1u);
@@ -195,78 +134,47 @@ TEST(MDataDictionary, FilesThatCannotBeOpenedLeaveTheContents)
    WriteFile(aDirectory.File("good"), kID);
    EXPECT_TRUE(aDictionary.Load(aDirectory.File("good")));
    EXPECT_NE(aDictionary.Find("PatientID"), nullptr);
-   EXPECT_EQ(MDataDictionary(aDirectory.File("good"), 1).Size(), 1u);
-   try
-   {
-      MDataDictionary aMissing(aDirectory.File("missing"));
-      ADD_FAILURE();
-   }
-   catch (const InvalidEntryDescriptionException& anException)
-   {
-      EXPECT_EQ(anException.GetMessage(),
-                "MDataDictionary(\"" + aDirectory.File("missing") + "\")::Load(): stream read failed");
-   }
+   EXPECT_EQ(aDictionary.Find("PatientName"), nullptr); // replaced
+   EXPECT_EQ(MessageOf<InvalidEntryDescriptionException>([&] { MDataDictionary aMissing(aDirectory.File("missing")); }),
+             "MDataDictionary(\"" + aDirectory.File("missing") + "\")::Load(): stream read failed");
 }
 
 TEST(MDataDictionary, AStreamThatBreaksIsAFailedLoad)
 {
    FailingBuffer aBuffer;
    std::istream aStream(&aBuffer);
-   MDataDictionary aDictionary;
-   EXPECT_FALSE(aDictionary.Load(aStream));
-
-   std::istream anotherStream(&aBuffer);
-   try
-   {
-      MDataDictionary aBroken(anotherStream);
-      ADD_FAILURE();
-   }
-   catch (const InvalidEntryDescriptionException& anException)
-   {
-      EXPECT_EQ(anException.GetMessage(), "MDataDictionary(istream&)::Load(): stream read failed");
-   }
+   EXPECT_EQ(MessageOf<InvalidEntryDescriptionException>([&] { MDataDictionary aBroken(aStream); }),
+             "MDataDictionary(istream&)::Load(): stream read failed");
 }
 
 TEST(MDataDictionary, AddTakesTheEntryUnlessItIsThere)
 {
    MDataDictionary aDictionary;
-   aDictionary.Add(nullptr);
-   MDDEntry* anEntry = new MDDEntry(0x0010, 0x0010, MDDEntry::PN, 1, 1, "PatientName", "d");
-   aDictionary.Add(anEntry);
-   EXPECT_EQ(aDictionary.Find("PatientName"), anEntry);
-
+   aDictionary.Add(new MDDEntry(0x0010, 0x0010, MDDEntry::PN, 1, 1, "PatientName", "d"));
    const auto aSameTag = std::make_unique<MDDEntry>(0x0010, 0x0010, MDDEntry::PN, 1, 1, "Other", "d");
    const auto aSameName = std::make_unique<MDDEntry>(0x0010, 0x0020, MDDEntry::PN, 1, 1, "PatientName", "d");
    aDictionary.Add(aSameTag.get()); // refused: stays ours
    aDictionary.Add(aSameName.get());
    aDictionary.Add(*aSameTag);
    EXPECT_EQ(aDictionary.Size(), 1u);
-   EXPECT_EQ(aDictionary.Find("Other"), nullptr);
-   EXPECT_EQ(aDictionary.Find(MAttributeTag(0x0010, 0x0020)), nullptr);
-
-   aDictionary.Add(MDDEntry(0x0000, 0x0000, MDDEntry::UL, 1, 1, "Zero", ""));
-   aDictionary.Add(MDDEntry(0xFFFF, 0xFFFF, MDDEntry::UL, 1, 1, "Last", ""));
-   EXPECT_EQ(aDictionary.Find(MAttributeTag(0, 0)), aDictionary.Find("Zero"));
-   EXPECT_EQ(aDictionary.Find(MAttributeTag(0xFFFF, 0xFFFF)), aDictionary.Find("Last"));
+   EXPECT_NE(aDictionary.Find("PatientName"), nullptr);
 }
 
 TEST(MDataDictionary, CopiesShareNoEntry)
 {
    auto aSource = std::make_unique<MDataDictionary>();
    ASSERT_TRUE(LoadText(*aSource, std::string(kName) + kID));
-   aSource->Add(new MDDEntry(0x0010, 0x0030, MDDEntry::DA, 1, 1, "PatientBirthDate", "d"));
    const MDataDictionary aCopy(*aSource);
    MDataDictionary anAssigned;
    ASSERT_TRUE(LoadText(anAssigned, "0008,0008,CS,d,ImageType,2,9\n"));
    anAssigned = *aSource;
    anAssigned = *&anAssigned;
    aSource.reset();
-   for (const MDataDictionary* aDictionary : {&aCopy, static_cast<const MDataDictionary*>(&anAssigned)})
+   for (const MDataDictionary* aDictionary : {&aCopy, &std::as_const(anAssigned)})
    {
-      EXPECT_EQ(aDictionary->Size(), 3u);
-      ASSERT_NE(aDictionary->Find("PatientBirthDate"), nullptr);
-      EXPECT_EQ(aDictionary->Find(MAttributeTag(0x0010, 0x0030))->Name(), "PatientBirthDate");
-      EXPECT_EQ(aDictionary->Find("ImageType"), nullptr);
+      EXPECT_EQ(aDictionary->Size(), 2u);
+      ASSERT_NE(aDictionary->Find("PatientID"), nullptr);
+      EXPECT_EQ(aDictionary->Find(MAttributeTag(0x0010, 0x0020))->Name(), "PatientID");
    }
 }
 
@@ -274,16 +182,13 @@ TEST(MDataDictionary, DescriptionIsCutToTheBuffer)
 {
    MDataDictionary aDictionary;
    ASSERT_TRUE(LoadText(aDictionary, kName));
-   char aBuffer[32];
-   EXPECT_EQ(aDictionary.RunTimeClass(0x0010, 0x0010, aBuffer, sizeof aBuffer), VRCode::PN);
-   EXPECT_STREQ(aBuffer, "Patient's Name");
-   EXPECT_EQ(aDictionary.RunTimeClass(0x0010, 0x0010, aBuffer, 8), VRCode::PN);
+   char aBuffer[32] = "#";
+   EXPECT_EQ(aDictionary.RunTimeClass(0x0010, 0x0010, aBuffer, 0), VRCode::PN);
+   EXPECT_STREQ(aBuffer, "#");
+   aDictionary.RunTimeClass(0x0010, 0x0010, aBuffer, 1);
+   EXPECT_STREQ(aBuffer, "");
+   aDictionary.RunTimeClass(0x0010, 0x0010, aBuffer, 8);
    EXPECT_STREQ(aBuffer, "Patient");
    EXPECT_EQ(aDictionary.RunTimeClass(0x0010, 0x0099, aBuffer, sizeof aBuffer), VRCode::UN);
    EXPECT_STREQ(aBuffer, "Unknown");
-   aBuffer[0] = '#';
-   aDictionary.RunTimeClass(0x0010, 0x0010, aBuffer, 0);
-   EXPECT_EQ(aBuffer[0], '#');
-   aDictionary.RunTimeClass(0x0010, 0x0010, aBuffer, 1);
-   EXPECT_EQ(aBuffer[0], '\0');
 }

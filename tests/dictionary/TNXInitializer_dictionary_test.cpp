@@ -27,15 +27,3 @@ TEST(TNXInitializer, LoadsTheDefaultDictionaries)
    EXPECT_NE(aDictionary.Find(MAttributeTag(0x0010, 0x0020)), nullptr);
    MDataDictionary::GetDefaultDataDictionary().Unload();
 }
-
-TEST(TNXInitializer, StopsAtThePrivateDictionaryThatIsRefused)
-{
-   const TemporaryDirectory aDirectory;
-   const std::string aFile = aDirectory.File("private.dic");
-   WriteFile(aFile, "PrivateCreator = TALVENOR INITIALISER TEST\n0011,0001,LO,\"One\",One,1,1\n");
-   EXPECT_EQ(TNXInitializer::SetDefaultPrivateDataDictionaryList({aFile}), 1);
-   EXPECT_EQ(TNXInitializer::SetDefaultPrivateDataDictionaryList({aFile}), 0); // already there
-   EXPECT_NE(InstanceSpecificDataDictionary::GetDefaultInstanceSpecificDataDictionary().FindPrivateDictionary(
-                 "TALVENOR INITIALISER TEST"),
-             nullptr);
-}

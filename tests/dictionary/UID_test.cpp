@@ -19,19 +19,13 @@ TEST(UID, IsSetFromText)
       unsigned int itsSize;
    } const kCases[] = {
        {"odd length", "1.2.840.10008.1.2", -1, "1.2.840.10008.1.2", 18},
-       {"length given", "1.2.3", 5, "1.2.3", 6},
-       {"pad space", "1.2.3 ", 6, "1.2.3", 6},
        {"pad NUL", "1.2.3\0"s, 6, "1.2.3", 6},
        {"pad of another kind", "1.2.3x", 6, "1.2.3", 6},
        {"only one pad of another kind", "1.2.3xx", 7, "1.2.3x", 6},
        {"pad of another kind stays in a text", "1.2.3x", -1, "1.2.3x", 6},
-       {"spaces before the pad", "1.2.3  x", 8, "1.2.3", 6},
        {"text ends at a NUL", "1.2\0.3"s, 6, "1.2", 4},
-       {"shorter than the text", "1.2.3", 3, "1.2", 4},
        {"no length", "1.2.3", 0, "", 0},
        {"letter first", "a1.2", -1, "", 0},
-       {"space first", " 1.2", -1, "", 0},
-       {"full stop first", ".1", -1, ".1", 2},
        {"only spaces", "  ", 2, "", 0},
        {"64 characters", aLongest, 64, aLongest, 64},
        {"65 characters and their number", aLongest + "1", 65, "", 0},
@@ -46,33 +40,11 @@ TEST(UID, IsSetFromText)
       EXPECT_EQ(aUID.GetSize(), aCase.itsSize);
       EXPECT_EQ(aUID.IsNull(), aCase.itsExpected.empty());
    }
-   UID aUID("1.2");
+   UID aUID("1.2.3");
+   aUID.Set(static_cast<const char*>(aUID) + 2, -1); // from itself
+   EXPECT_EQ(aUID, "2.3");
    aUID.Set(nullptr, -1);
    EXPECT_TRUE(aUID.IsNull());
-}
-
-TEST(UID, MayBeSetFromItself)
-{
-   UID aUID("1.2.3");
-   aUID.Set(aUID);
-   aUID = *&aUID;
-   aUID.Set(static_cast<const char*>(aUID) + 2, -1);
-   EXPECT_EQ(aUID, "2.3");
-}
-
-TEST(UID, ComparesAsText)
-{
-   const UID aUID(RWCString("1.2.3"));
-   EXPECT_TRUE(aUID == "1.2.3");
-   EXPECT_TRUE(aUID == RWCString("1.2.3"));
-   EXPECT_TRUE(RWCString("1.2.3") == aUID);
-   EXPECT_TRUE(aUID == UID("1.2.3 ", 6));
-   EXPECT_TRUE(aUID != UID("1.2.30"));
-   EXPECT_TRUE(aUID != "1.2");
-   EXPECT_TRUE(aUID != RWCString());
-   EXPECT_TRUE(UID() == static_cast<const char*>(nullptr));
-   const RWCString aText = aUID;
-   EXPECT_EQ(aText, "1.2.3");
 }
 
 TEST(UID, LengthCutsTheTextAndForgetsTheRest)
@@ -80,12 +52,9 @@ TEST(UID, LengthCutsTheTextAndForgetsTheRest)
    UID aUID("1.2.345");
    aUID.SetLength(5);
    EXPECT_EQ(aUID, "1.2.3");
-   EXPECT_EQ(aUID.GetSize(), 6u);
    aUID.SetLength(100); // no stale characters come back
    EXPECT_EQ(aUID, "1.2.3");
    EXPECT_EQ(aUID.GetSize(), 64u);
-   const UID aCopy(aUID);
-   EXPECT_EQ(aCopy.GetSize(), 64u);
 }
 
 TEST(UID, KeepsItsDictionaryToItself)
@@ -101,16 +70,6 @@ TEST(UID, KeepsItsDictionaryToItself)
 
    const UID aCopy(aUID);
    EXPECT_EQ(aCopy.GetUIDDictionary(), &MUIDDictionary::GetDefaultUIDDictionary());
-   UID anAssigned;
-   anAssigned = aUID;
-   EXPECT_EQ(anAssigned.GetUIDDictionary(), &MUIDDictionary::GetDefaultUIDDictionary());
-
-   MUIDDictionary aBorrowed;
-   aUID.SetUIDDictionary(aBorrowed);
-   EXPECT_EQ(aUID.GetUIDDictionary(), &aBorrowed);
    EXPECT_EQ(aUID.SetUIDDictionary(aDirectory.File("bad.dic")), 0);
-   EXPECT_EQ(aUID.GetUIDDictionary(), nullptr);
-   EXPECT_EQ(aUID.SetUIDDictionary(aDirectory.File("missing")), 0);
-   aUID.UnsetDictionary();
    EXPECT_EQ(aUID.GetUIDDictionary(), nullptr);
 }

@@ -22,31 +22,20 @@ std::set<std::string> CodesWhere(Test theTest)
 }
 } // namespace
 
-TEST(VRType, KnowsTheTwentySevenCodesAndNoOther)
+// PS3.5 6.2 and 7.1.2
+TEST(VRType, EveryCodeHasTheTraitsOfItsRepresentation)
 {
+   using Codes = std::set<std::string>;
    EXPECT_EQ(CodesWhere(IsKnownVRCode),
-             (std::set<std::string>{"AE", "AS", "AT", "CS", "DA", "DS", "DT", "FL", "FD", "IS", "LO", "LT", "OB", "OF",
-                                    "OW", "PN", "SH", "SL", "SQ", "SS", "ST", "TM", "UI", "UL", "UN", "US", "UT"}));
-   EXPECT_EQ(VRCode::UI, 0x5549);
-}
-
-TEST(VRType, SixCodesHaveTheLongHeader)
-{
-   EXPECT_EQ(CodesWhere(HasLongHeaderVRCode), (std::set<std::string>{"OB", "OF", "OW", "SQ", "UN", "UT"}));
-}
-
-TEST(VRType, StringsAreTheCharacterRepresentations)
-{
-   EXPECT_EQ(CodesWhere(IsStringVRCode), (std::set<std::string>{"AE", "AS", "CS", "DA", "DS", "DT", "IS", "LO", "LT",
-                                                                "PN", "SH", "ST", "TM", "UI", "UT"}));
-}
-
-TEST(VRType, BinaryNumbersAreSwappedByTheirSize)
-{
-   EXPECT_EQ(CodesWhere([](UINT16 theCode) { return PrimitiveSizeOfVRCode(theCode) == 2; }),
-             (std::set<std::string>{"AT", "OW", "SS", "US"}));
-   EXPECT_EQ(CodesWhere([](UINT16 theCode) { return PrimitiveSizeOfVRCode(theCode) == 4; }),
-             (std::set<std::string>{"FL", "OF", "SL", "UL"}));
-   EXPECT_EQ(CodesWhere([](UINT16 theCode) { return PrimitiveSizeOfVRCode(theCode) == 8; }),
-             (std::set<std::string>{"FD"}));
+             (Codes{"AE", "AS", "AT", "CS", "DA", "DS", "DT", "FL", "FD", "IS", "LO", "LT", "OB", "OF",
+                    "OW", "PN", "SH", "SL", "SQ", "SS", "ST", "TM", "UI", "UL", "UN", "US", "UT"}));
+   EXPECT_EQ(CodesWhere(HasLongHeaderVRCode), (Codes{"OB", "OF", "OW", "SQ", "UN", "UT"}));
+   EXPECT_EQ(CodesWhere(IsStringVRCode),
+             (Codes{"AE", "AS", "CS", "DA", "DS", "DT", "IS", "LO", "LT", "PN", "SH", "ST", "TM", "UI", "UT"}));
+   const auto aSized = [](unsigned int theSize) {
+      return CodesWhere([=](UINT16 theCode) { return PrimitiveSizeOfVRCode(theCode) == theSize; });
+   };
+   EXPECT_EQ(aSized(2), (Codes{"AT", "OW", "SS", "US"}));
+   EXPECT_EQ(aSized(4), (Codes{"FL", "OF", "SL", "UL"}));
+   EXPECT_EQ(aSized(8), (Codes{"FD"}));
 }
