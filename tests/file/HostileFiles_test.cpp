@@ -334,10 +334,6 @@ TEST_F(HostileFiles, NothingReachesBeyondWhatIsAroundIt)
           {aName + "a sequence",
            Explicit().Sequence(kSeries).Item(12).Sequence(kInstances, anExcess).SequenceEnd().Raw(aTail).File(),
            TN_NO_ERROR, true});
-      aRows.push_back(
-          {aName + "a value",
-           Explicit().Sequence(kSeries).Item(10).Stated(kModality, "LO", 2 + anExcess, "CT").Raw(aTail).File(),
-           TN_END_OF_FILE});
       aRows.push_back({aName + "pixels",
                        Explicit().Sequence(kIcon).Item(14).Stated(kPixels, "OB", 2 + anExcess, "CT").Raw(aTail).File(),
                        TN_END_OF_FILE});

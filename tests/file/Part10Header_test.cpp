@@ -134,21 +134,20 @@ TEST(Part10Header, CopiesAreDeep)
 
 TEST(Part10Header, DatasetHasDefaultsAndLimits)
 {
-   struct Case
-   {
-      const char* itsName;
-      Part10Header itsHeader;
-      std::vector<UINT32> itsTags;
-      const char* itsVersionName;
-      std::string itsTitle;
-   };
    const std::vector<UINT32> kPublic = {0x00020001, 0x00020002, 0x00020003, 0x00020010,
                                         0x00020012, 0x00020013, 0x00020016};
    std::vector<UINT32> aPrivate = kPublic;
    aPrivate.insert(aPrivate.end(), {0x00020100, 0x00020102});
    const RWCString aDefault = AETitle::GetDefaultAETitle();
    const auto aBytes = [] { return new unsigned char[2](); };
-   const Case kCases[] = {
+   const struct
+   {
+      const char* itsName;
+      Part10Header itsHeader;
+      std::vector<UINT32> itsTags;
+      const char* itsVersionName;
+      std::string itsTitle;
+   } kCases[] = {
        {"17 characters", {"1", "2", "3", "4", "ABCDEFGHIJKLMNOPQ", "T"}, kPublic, "ABCDEFGHIJKLMNOP", "T"},
        {"no name, no title", {"1", "2", "3", "4", ""}, kPublic, "", aDefault},
        {"private", {"1", "2", "3", "4", "", "T", "7", aBytes(), 2}, aPrivate, "", "T"},
@@ -156,7 +155,7 @@ TEST(Part10Header, DatasetHasDefaultsAndLimits)
        {"private without length", {"1", "2", "3", "4", "", "T", "7", aBytes(), 0}, kPublic, "", "T"},
        {"private without bytes", {"1", "2", "3", "4", "", "T", "7", nullptr, 2}, kPublic, "", "T"},
    };
-   for (const Case& aCase : kCases)
+   for (const auto& aCase : kCases)
    {
       const std::unique_ptr<DICOMDataObject> aMeta(aCase.itsHeader.AsDICOMDataObject(0));
       ASSERT_NE(aMeta, nullptr) << aCase.itsName;

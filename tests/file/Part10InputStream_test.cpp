@@ -58,13 +58,12 @@ TEST(Part10InputStream, FileWithoutMetaInformationIsReadFromItsFirstByte)
 TEST(Part10InputStream, GuessesTheTransferSyntaxOfABareDataset)
 {
    const std::string kImplicit = "1.2.840.10008.1.2", kLittle = "1.2.840.10008.1.2.1", kBig = "1.2.840.10008.1.2.2";
-   struct Case
+   const struct
    {
       const char* itsName;
       std::string itsBytes;
       std::string itsExpected;
-   };
-   const Case kCases[] = {
+   } kCases[] = {
        {"little explicit", Bytes("\x08\x00\x05\x00UI\x0A\x00"), kLittle},
        {"little implicit", Bytes("\x08\x00\x05\x00\x0A\x00\x00\x00"), kImplicit},
        {"big explicit", Bytes("\x00\x08\x00\x05UI\x00\x0A"), kBig},
@@ -79,7 +78,7 @@ TEST(Part10InputStream, GuessesTheTransferSyntaxOfABareDataset)
        {"small letters", Bytes("\x08\x00\x05\x00ui\x0A\x00"), kImplicit},
        {"no such VR", Bytes("\x08\x00\x05\x00ZZ\x0A\x00"), kImplicit},
    };
-   for (const Case& aCase : kCases)
+   for (const auto& aCase : kCases)
    {
       EXPECT_EQ(OpenBytes(aCase.itsBytes + "xx")->GetTransferSyntaxUID(), aCase.itsExpected) << aCase.itsName;
    }
@@ -254,21 +253,20 @@ TEST(Part10InputStream, PushbackGoesInFrontUpToItsLimits)
 
 TEST(Part10InputStream, SeeksThroughWhatIsPushedBackOrInTheSource)
 {
-   struct Case
+   const struct
    {
       const char* itsName;
       unsigned int itsTarget; // from position 140, with 4 bytes pushed back
       bool itsSeeksSource;
       std::string itsNext;
-   };
-   const Case kCases[] = {
+   } kCases[] = {
        {"where it is", 140, false, "abcd"},
        {"inside", 142, false, "cd\x90\x91"},
        {"to the end", 144, false, "\x90\x91\x92\x93"},
        {"beyond", 145, true, "\x91\x92\x93\x94"},
        {"back", 139, true, "\x8B\x8C\x8D\x8E"},
    };
-   for (const Case& aCase : kCases)
+   for (const auto& aCase : kCases)
    {
       EndlessStream aStream(1000);
       aStream.Pushback(reinterpret_cast<const unsigned char*>("abcd"), 4);

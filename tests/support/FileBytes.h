@@ -23,7 +23,6 @@ inline std::string ShortElement(const std::string& theTag, const char* theType, 
 }
 
 inline const std::string kExplicitLittle = Bytes("1.2.840.10008.1.2.1\0");
-inline const std::string kImplicitLittle = Bytes("1.2.840.10008.1.2\0");
 inline const std::string kExplicitBig = Bytes("1.2.840.10008.1.2.2\0");
 inline const std::string kBaselineJPEG = "1.2.840.10008.1.2.4.50";
 
