@@ -104,9 +104,11 @@ TEST(VR, AllocatesByLengthOnlyWhenAskedAndWhenTheLengthIsDefined)
    {
       SCOPED_TRACE(aCase.itsName);
       CountingAllocater anAllocator;
-      const VR aVR(0x0010, 0x0020, aCase.itsLength, aCase.itsAllocate, TNEndian::BigEndian, anAllocator);
+      VR aVR(0x0010, 0x0020, aCase.itsLength, aCase.itsAllocate, TNEndian::BigEndian, anAllocator);
       EXPECT_EQ(aVR.GetLength(), aCase.itsStored);
       EXPECT_EQ(anAllocator.Sizes(), aCase.itsRequests);
+      aVR.SetPadByte('#'); // needs a value
+      EXPECT_EQ(aVR.GetData() == nullptr, aCase.itsRequests.empty());
    }
    CountingAllocater anAllocator;
    VR aVR(0x0010, 0x0020, TNEndian::LittleEndian, anAllocator);
@@ -240,7 +242,8 @@ TEST(VR, EveryChangeOfAValueInTheMemoryOfItsElementLeavesThatMemoryAlone)
       EXPECT_EQ(StandsInItsRoom(*aVR), aCase.itsStaysInItsRoom);
       // What has replaced the value is the element's own: it goes with the next change, the room with the element.
       aVR->SetData("last", 4, ' ');
-      EXPECT_EQ(ValueOf(*aVR), "last");
+      aVR->SetData(aVR->GetData() + 1, 3, '#');
+      EXPECT_EQ(ValueOf(*aVR), "ast#");
    }
 }
 
