@@ -26,38 +26,26 @@ struct FieldCase
    UINT32 (*itsField)(const VR&);
    Bytes itsLittle, itsBig;
    UINT32 itsValue;
-   const char* itsSizeText;
+   const char* itsSizeOf;
 };
 
-UINT32 GroupOf(const VR& theVR)
+template <auto theGetter>
+UINT32 Field(const VR& theVR)
 {
-   return theVR.GetGroup();
-}
-UINT32 ElementOf(const VR& theVR)
-{
-   return theVR.GetElement();
-}
-UINT32 LengthOf(const VR& theVR)
-{
-   return theVR.GetLength();
-}
-UINT32 TypeCodeOf(const VR& theVR)
-{
-   return theVR.GetTypeCode();
-}
-UINT32 NothingOf(const VR&)
-{
-   return 0;
+   return (theVR.*theGetter)();
 }
 
 // clang-format off
 const FieldCase kFieldCases[] = {
-    {"Group", &VR::ReadGroup, &VR::WriteGroup, GroupOf, {0xE0, 0x7F}, {0x7F, 0xE0}, 0x7FE0, "sizeof(itsGroup)"},
-    {"Element", &VR::ReadElement, &VR::WriteElement, ElementOf, {0x10, 0x20}, {0x20, 0x10}, 0x2010, "sizeof(itsElement)"},
-    {"Length16", &VR::ReadLength16, &VR::WriteLength16, LengthOf, {0x03, 0x01}, {0x01, 0x03}, 0x0103, "sizeof(UINT16)"},
-    {"Length32", &VR::ReadLength32, &VR::WriteLength32, LengthOf, {4, 3, 2, 1}, {1, 2, 3, 4}, 0x01020304, "sizeof(UINT32)"},
-    {"Filler16", &VR::ReadFiller16, &VR::WriteFiller16, NothingOf, {0, 0}, {0, 0}, 0, "sizeof(UINT16)"},
-    {"TypeCode", &VR::ReadTypeCode, &VR::WriteTypeCode, TypeCodeOf, {'U', 'I'}, {'U', 'I'}, 0x5549, "sizeof(itsTypeCode)"},
+    {"Group", &VR::ReadGroup, &VR::WriteGroup, Field<&VR::GetGroup>, {0xE0, 0x7F}, {0x7F, 0xE0}, 0x7FE0, "itsGroup"},
+    {"Element", &VR::ReadElement, &VR::WriteElement, Field<&VR::GetElement>, {16, 32}, {32, 16}, 0x2010, "itsElement"},
+    {"Length16", &VR::ReadLength16, &VR::WriteLength16, Field<&VR::GetLength>, {3, 1}, {1, 3}, 0x0103, "UINT16"},
+    {"Length32", &VR::ReadLength32, &VR::WriteLength32, Field<&VR::GetLength>, {4, 3, 2, 1}, {1, 2, 3, 4}, 0x01020304,
+     "UINT32"},
+    {"Filler16", &VR::ReadFiller16, &VR::WriteFiller16, [](const VR&) { return UINT32{0}; }, {0, 0}, {0, 0}, 0,
+     "UINT16"},
+    {"TypeCode", &VR::ReadTypeCode, &VR::WriteTypeCode, Field<&VR::GetTypeCode>, {'U', 'I'}, {'U', 'I'}, 0x5549,
+     "itsTypeCode"},
 };
 // clang-format on
 
@@ -122,7 +110,7 @@ TEST(VRStreamIO, AFieldCutShortIsAnErrorAndAMissingOneTheEnd)
          VR aVR = OldElement();
          int aResult = -1;
          const StreamError anExpected{std::string("VR::Read") + aCase.itsName + "(EndianHandlingReader): Short read " +
-                                          std::to_string(aCut) + " bytes != " + aCase.itsSizeText,
+                                          std::to_string(aCut) + " bytes != sizeof(" + aCase.itsSizeOf + ")",
                                       TN_END_OF_FILE, 0};
          EXPECT_EQ(StreamErrorOf([&] { aResult = (aVR.*aCase.itsRead)(aReader); }), aCut == 0 ? kNothing : anExpected);
          EXPECT_EQ(aResult, aCut == 0 ? 0 : -1);
@@ -138,7 +126,7 @@ TEST(VRStreamIO, WritesFieldsInTheWritersOrder)
    for (const FieldCase& aCase : kFieldCases)
    {
       SCOPED_TRACE(aCase.itsName);
-      aVR.SetLength(aCase.itsSizeText == std::string("sizeof(UINT32)") ? 0x01020304 : 0x0103);
+      aVR.SetLength(aCase.itsSizeOf == std::string("UINT32") ? 0x01020304 : 0x0103);
       EXPECT_EQ(Written(aVR, aCase.itsWrite, TNEndian::LittleEndian), aCase.itsLittle);
       EXPECT_EQ(Written(aVR, aCase.itsWrite, TNEndian::BigEndian), aCase.itsBig);
    }
