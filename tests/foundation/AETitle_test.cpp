@@ -4,25 +4,23 @@
 
 TEST(AETitle, KeepsSixteenPaddedCharacters)
 {
-   struct TitleCase
+   const struct
    {
-      const char* itsName;
       const char* itsText;
       const char* itsCharacters;
       const char* itsTitle;
+   } kCases[] = {
+       {nullptr, "                ", ""},
+       {"                     ", "                ", ""},
+       {"   A B  ", "A B             ", "A B"},
+       {"  0123456789ABCDEFG", "0123456789ABCDEF", "0123456789ABCDEF"},
    };
-   const TitleCase kCases[] = {
-       {"null pointer", nullptr, "                ", ""},
-       {"blank", "                     ", "                ", ""},
-       {"blanks around and inside", "   A B  ", "A B             ", "A B"},
-       {"cut behind leading blanks", "  0123456789ABCDEFG", "0123456789ABCDEF", "0123456789ABCDEF"},
-   };
-   for (const TitleCase& aCase : kCases)
+   for (const auto& aCase : kCases)
    {
       const AETitle aTitle(aCase.itsText);
-      EXPECT_STREQ(static_cast<const char*>(aTitle), aCase.itsCharacters) << aCase.itsName;
-      EXPECT_EQ(aTitle.GetTitle(), aCase.itsTitle) << aCase.itsName;
-      EXPECT_EQ(aTitle.IsNull(), *aCase.itsTitle == '\0') << aCase.itsName;
+      EXPECT_STREQ(static_cast<const char*>(aTitle), aCase.itsCharacters) << aCase.itsCharacters;
+      EXPECT_EQ(aTitle.GetTitle(), aCase.itsTitle) << aCase.itsCharacters;
+      EXPECT_EQ(aTitle.IsNull(), *aCase.itsTitle == '\0') << aCase.itsCharacters;
    }
    EXPECT_EQ(AETitle(std::string("AB\0CD", 5)).GetTitle(), "AB");
 }

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <chrono>
 #include <iomanip>
-#include <iostream>
 #include <memory>
 #include <stdexcept>
 #include <thread>

@@ -140,35 +140,6 @@ TEST(LogStream, AppendsBehindAnotherWriterOfTheSameFile)
    EXPECT_EQ(ReadFile(aFile), "123");
 }
 
-TEST(LogStream, IsOffWhenTheFileCannotBeOpened)
-{
-   std::ostringstream anOutput;
-   const TemporaryDirectory aDirectory;
-   for (const std::string& aName : {aDirectory.Path().string(), aDirectory.File("missing/x.log"), std::string()})
-   {
-      LogStream aLog(anOutput);
-      aLog.On(aName.c_str());
-      aLog << startentry << "lost" << endentry;
-      EXPECT_FALSE(aLog.IsOn()) << aName;
-   }
-   EXPECT_EQ(anOutput.str(), "");
-}
-
-TEST(LogStream, RedirectedStreamsShareTheCounterOfTheirTarget)
-{
-   std::ostringstream anOutput;
-   LogStream aTarget(anOutput);
-   LogStream aMiddle(aTarget);
-   LogStream aFirst(aMiddle);
-   LogStream aSecond(aTarget);
-   aFirst.SetEntryStartMarker("first");
-   aSecond.SetEntryStartMarker("second");
-   aFirst << startentry << "a\n" << endentry;
-   aSecond << startentry << "b\n" << endentry;
-   EXPECT_THAT(anOutput.str(), testing::MatchesRegex("first 1 [^\n]*\na\n<-* 1 [^\n]*\n"
-                                                     "second 2 [^\n]*\nb\n<-* 2 [^\n]*\n"));
-}
-
 TEST(LogStream, RefusesARedirectionThatLeadsBackToIt)
 {
    LogStream aFirst, aSecond, aThird;

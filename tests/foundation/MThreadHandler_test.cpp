@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 #include <iostream>
 #include <sstream>
-#include <stdexcept>
 #include <sys/resource.h>
 #include <thread>
 

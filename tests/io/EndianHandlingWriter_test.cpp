@@ -47,22 +47,12 @@ void ExpectArray(TNEndian::EndianType theEndian)
 
 TEST(EndianHandlingWriter, WritesEveryKindOfFieldInBothOrders)
 {
-   EXPECT_EQ(Fields(TNEndian::BigEndian), (Bytes{
-                                              0x01, 0x02,                         // UINT16
-                                              0xFF, 0xFE,                         // INT16
-                                              0x01, 0x02, 0x03, 0x04,             // UINT32
-                                              0xFF, 0xFF, 0xFF, 0xFE,             // INT32
-                                              0x3F, 0x80, 0x00, 0x00,             // FLOAT
-                                              0x3F, 0xF0, 0,    0,    0, 0, 0, 0, // DOUBLE
-                                          }));
-   EXPECT_EQ(Fields(TNEndian::LittleEndian), (Bytes{
-                                                 0x02, 0x01,                               // UINT16
-                                                 0xFE, 0xFF,                               // INT16
-                                                 0x04, 0x03, 0x02, 0x01,                   // UINT32
-                                                 0xFE, 0xFF, 0xFF, 0xFF,                   // INT32
-                                                 0x00, 0x00, 0x80, 0x3F,                   // FLOAT
-                                                 0,    0,    0,    0,    0, 0, 0xF0, 0x3F, // DOUBLE
-                                             }));
+   const Bytes kBig = {0x01, 0x02, 0xFF, 0xFE, 0x01, 0x02, 0x03, 0x04, 0xFF, 0xFF, 0xFF, 0xFE,
+                       0x3F, 0x80, 0x00, 0x00, 0x3F, 0xF0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00};
+   const Bytes kLittle = {0x02, 0x01, 0xFE, 0xFF, 0x04, 0x03, 0x02, 0x01, 0xFE, 0xFF, 0xFF, 0xFF,
+                          0x00, 0x00, 0x80, 0x3F, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xF0, 0x3F};
+   EXPECT_EQ(Fields(TNEndian::BigEndian), kBig);
+   EXPECT_EQ(Fields(TNEndian::LittleEndian), kLittle);
 }
 
 TEST(EndianHandlingWriter, ArraysOfEveryTypeInBothOrders)

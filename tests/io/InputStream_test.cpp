@@ -36,21 +36,15 @@ private:
 
 TEST(InputStream, SkipReadsWhereItCannotSeek)
 {
-   struct SkipCase
+   const struct
    {
-      const char* itsName;
       unsigned int itsStream, itsPiece, itsSkip, itsExpected;
-   };
-   const SkipCase kCases[] = {
-       {"ends first", 3000, 0xFFFFFFFF, 5000, 3000},
-       {"stops at the count", 9000, 0xFFFFFFFF, 5000, 5000},
-       {"byte by byte", 100, 1, 99, 99},
-   };
-   for (const SkipCase& aCase : kCases)
+   } kCases[] = {{3000, 0xFFFFFFFF, 5000, 3000}, {9000, 0xFFFFFFFF, 5000, 5000}, {100, 1, 99, 99}};
+   for (const auto& aCase : kCases)
    {
       PiecewiseInputStream aStream(std::vector<unsigned char>(aCase.itsStream), aCase.itsPiece);
-      EXPECT_EQ(aStream.Skip(aCase.itsSkip), aCase.itsExpected) << aCase.itsName;
-      EXPECT_EQ(aStream.Consumed(), aCase.itsExpected) << aCase.itsName;
+      EXPECT_EQ(aStream.Skip(aCase.itsSkip), aCase.itsExpected) << aCase.itsStream;
+      EXPECT_EQ(aStream.Consumed(), aCase.itsExpected) << aCase.itsStream;
    }
 }
 

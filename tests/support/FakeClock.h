@@ -40,7 +40,6 @@ public:
 
    // Somebody sets the wall clock, forward or back.
    void Advance(INT64 theSeconds) { itsWallMilliseconds += theSeconds * 1000; }
-   void Set(INT64 theWallMilliseconds) { itsWallMilliseconds = theWallMilliseconds; }
 
    // Once theMilliseconds have been slept theEvent happens, as if another thread had acted meanwhile.
    void OnceSlept(UINT64 theMilliseconds, std::function<void()> theEvent)
