@@ -3,20 +3,6 @@
 #include "support/Elements.h"
 #include "talvenor/dataset/SequenceVR.h"
 
-namespace
-{
-// A dataset whose (0008,1140) holds a sequence with two items, one of them empty.
-void AddSequence(DICOMDataObject& theSet)
-{
-   theSet.Push(new SequenceVR(0x0008, 0x1140));
-   auto* anItem = new DICOMDataObject;
-   Fill(*anItem, {0x00080050});                               // 8 + 6 bytes
-   anItem->Push(BytesElement(0x00080102, VRCode::OB, "abc")); // 8 or 12, + 4 bytes
-   theSet.Push(anItem);
-   theSet.Push(new DICOMDataObject);
-}
-} // namespace
-
 // PS3.5 7.1.2, 7.1.3: a header of 8 bytes, of 12 for the explicit types with a 32-bit length.
 TEST(DICOMObjectLengths, EachElementIsItsHeaderAndItsPaddedValue)
 {
@@ -70,7 +56,12 @@ TEST(DICOMObjectLengths, SequencesCountTheirItemsAndDelimiters)
    EXPECT_EQ(anEmptyOne.GetEncodedLength(ExplicitNoGroupLength), 12u + 8);
 
    DICOMDataObject aSet;
-   AddSequence(aSet);
+   aSet.Push(new SequenceVR(0x0008, 0x1140)); // two items, one of them empty
+   auto* anItem = new DICOMDataObject;
+   Fill(*anItem, {0x00080050});                               // 8 + 6 bytes
+   anItem->Push(BytesElement(0x00080102, VRCode::OB, "abc")); // 8 or 12, + 4 bytes
+   aSet.Push(anItem);
+   aSet.Push(new DICOMDataObject);
    const unsigned int anImplicitOne = 8 + 8 + 2 * 16 + (8 + 6) + (8 + 4);
    const unsigned int anExplicitOne = 12 + 8 + 2 * 16 + (8 + 6) + (12 + 4);
    EXPECT_EQ(aSet.GetEncodedLength(ImplicitNoGroupLength), anImplicitOne);

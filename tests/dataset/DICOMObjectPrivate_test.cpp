@@ -50,13 +50,6 @@ TEST_F(DICOMObjectPrivate, TheFirstElementOfACreatorAllocatesABlock)
    EXPECT_EQ(TextOf(itsSet, 0x00291011), "other");
 }
 
-TEST_F(DICOMObjectPrivate, ANameGivesElementAndType)
-{
-   EXPECT_EQ(itsSet.Push("ACME 1.0", "Label", TextElement(0x00290099, "label", VRCode::None)), 1);
-   EXPECT_EQ(TextOf(itsSet, 0x00291011), "label");
-   EXPECT_EQ(itsSet.GetVR(0x0029, 0x1011)->GetTypeCode(), VRCode::LO);
-}
-
 TEST_F(DICOMObjectPrivate, WhatIsRefusedIsDestroyed)
 {
    int aCount = 0;

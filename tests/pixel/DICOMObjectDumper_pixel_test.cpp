@@ -58,11 +58,6 @@ TEST(DICOMObjectDumperPixel, ShowsFramesAndFragments)
       std::string itsExpected;
    };
    const Case kCases[] = {
-       {"one fragment is one frame",
-        {{}, {0xFF, 0xD8}},
-        "[Encapsulated Pixel VR Containing 1 Frame(s)]\n"
-        "  [Frame # 0] First Fragment Index: 1, Fragments in Frame: 1, Data Bytes in Frame: 2\n"
-        "    [Frame.Fragment: 0.1] Raw Data: 0xff 0xd8\n"},
        {"two frames, the second of two fragments",
         {{0, 0, 0, 0, 10, 0, 0, 0}, {0x01, 0x02}, {0x03, 0x04}, Bytes(18, 0x05)},
         "[Encapsulated Pixel VR Containing 2 Frame(s)]\n"

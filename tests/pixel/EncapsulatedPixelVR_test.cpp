@@ -5,7 +5,6 @@
 
 #include "support/Decoding.h"
 #include "support/RecordingOutputStream.h"
-#include "talvenor/dictionary/VRType.h"
 #include "talvenor/io/EndianHandlingWriter.h"
 
 namespace

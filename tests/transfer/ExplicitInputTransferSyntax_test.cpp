@@ -8,7 +8,6 @@
 #include "support/DefaultDictionary.h"
 #include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
 #include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
-#include "talvenor/dictionary/VRType.h"
 #include "talvenor/transfer/TransferSyntaxTypes.h"
 
 namespace
@@ -124,10 +123,6 @@ TEST(ExplicitInputTransferSyntax, ReadsHeadersByTheirValueRepresentation)
         kBEE,
         {0x00, 0x08, 0x00, 0x05, 'C', 'S', 0x00, 0x02, 'A', 'B'},
         "00080005 CS 4142"},
-       {"big endian, 32-bit length",
-        kBEE,
-        {0x00, 0x08, 0x00, 0x05, 'O', 'W', 0x00, 0x00, 0x00, 0x00, 0x00, 0x02, 0x01, 0x02},
-        "00080005 OW 0102"},
        {"an unknown representation takes 16 bits of length",
         kLEE,
         {0x09, 0x00, 0x10, 0x00, 'X', 'X', 0x02, 0x00, 'A', 'B'},
@@ -151,15 +146,6 @@ TEST(ExplicitInputTransferSyntax, ReadsHeadersByTheirValueRepresentation)
    });
 }
 
-TEST(ExplicitInputTransferSyntax, GivesElementsTheByteOrderOfTheSyntax)
-{
-   PiecewiseInputStream aStream({0x00, 0x28, 0x00, 0x10, 'U', 'S', 0x00, 0x02, 0x01, 0x02});
-   const std::unique_ptr<InputTransferSyntax> aDecoder = MakeDecoder(kBEE, aStream);
-   const std::unique_ptr<VR> aVR(aDecoder->NextVR());
-   EXPECT_EQ(aVR->GetDataEndian(), TNEndian::BigEndian);
-   EXPECT_EQ(aVR->GetData()[0], 0x01) << "as it came";
-}
-
 TEST(ExplicitInputTransferSyntax, ReadsSequencesAndItemsOfEitherLength)
 {
    const Bytes kUndefined = kSequenceOfUndefinedLength + kItemOfUndefinedLength + kShortElement + kItemDelimiter +
@@ -170,9 +156,6 @@ TEST(ExplicitInputTransferSyntax, ReadsSequencesAndItemsOfEitherLength)
        {"defined", kLEE, Sequence(28, Item(12, kShortElement) + Item(0, {})) + kLongElement,
         "00081140 SQ(28) { item(12) { 00080005 CS 49534F20 } item(0) {  } }; 00080006 OB 0102"},
        {"empty", kLEE, Sequence(0, {}) + kLongElement, "00081140 SQ(0) { }; 00080006 OB 0102"},
-       {"undefined in defined", kLEE,
-        Sequence(28, kItemOfUndefinedLength + kShortElement + kItemDelimiter) + kLongElement,
-        "00081140 SQ(28) { item(u) { 00080005 CS 49534F20 } }; 00080006 OB 0102"},
        {"sequence in a sequence", kLEE, Sequence(40, Item(32, Sequence(20, Item(12, kShortElement)))) + kLongElement,
         "00081140 SQ(40) { item(32) { 00081140 SQ(20) { item(12) { 00080005 CS 49534F20 } } } }; 00080006 OB 0102"},
        {"an item of defined length with a delimiter in it: the rest is skipped", kLEE,
@@ -239,11 +222,7 @@ TEST(ExplicitInputTransferSyntax, RefusesWhatCannotBe)
         {0x08, 0x00, 0x05, 0x00, 'U', 'N', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF},
         NextError("Undefined length (0xffffffff) invalid for VR type CS (type from data dictionary)",
                   TN_INVALID_ELEMENT_HEADER)},
-       {"an unknown delimiter",
-        kLEE,
-        {0xFE, 0xFF, 0x01, 0xE0, 0x00, 0x00, 0x00, 0x00},
-        NextError("Expected seq. item start tag but got (fffe, e001) with length 0", TN_INVALID_DELIMITER)},
-       {"an unknown delimiter: no leading zeros",
+       {"an unknown delimiter, told without leading zeros",
         kBEE,
         {0xFF, 0xFE, 0x00, 0x0A, 0x00, 0x00, 0xAB, 0xCD},
         NextError("Expected seq. item start tag but got (fffe, a) with length abcd", TN_INVALID_DELIMITER)},
@@ -251,23 +230,6 @@ TEST(ExplicitInputTransferSyntax, RefusesWhatCannotBe)
         kBEE,
         {0x7F, 0xE0, 0x00, 0x10, 'O', 'B', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF},
         NextError("Encapsulated pixel data element encoded with big-endian explicit syntax type", TN_INVALID_ENCODING)},
-       {"words of odd length",
-        kLEE,
-        {0xE0, 0x7F, 0x10, 0x00, 'O', 'W', 0, 0, 5, 0, 0, 0, 1, 2, 3, 4, 5},
-        {"PixelInputStreamVRImpl::PixelInputStreamVRImpl: odd length is invalid for data type != 'OB'",
-         TN_INTERNAL_ERROR, 0}},
-       {"an element between items",
-        kLEE,
-        kSequenceOfUndefinedLength + kShortElement,
-        {"DICOMDataObjectInputStreamVR::NextDICOMDataObject(): Expected VRInputStreamVR but got (0008, 0005) instead",
-         TN_INVALID_DELIMITER, 0}},
-       {"a value longer than its item", kLEE,
-        Sequence(20, Item(12, {0x08, 0x00, 0x05, 0x00, 'C', 'S', 6, 0, 'A', 'B', 'C', 'D'})) + kLongElement,
-        EndOfFile(ShortValue(4, 6, "0008, 0005", "CS"))},
-       {"a length that lies",
-        kLEE,
-        {0x08, 0x00, 0x05, 0x00, 'O', 'B', 0, 0, 0xFE, 0xFF, 0xFF, 0xFF, 'A'},
-        EndOfFile(ShortValue(1, 4294967294, "0008, 0005", "OB"))},
    };
    for (const auto& aCase : kCases)
    {
@@ -337,17 +299,6 @@ TEST(ExplicitInputTransferSyntax, StopsBehindTheTagOfTheLimit)
    }
 }
 
-TEST(ExplicitInputTransferSyntax, TellsWhetherTheLimitCausedTheLastNull)
-{
-   PiecewiseInputStream aStream({0xE0, 0x7F, 0x10, 0x00});
-   const std::unique_ptr<InputTransferSyntax> aDecoder = MakeDecoder(kLEE, aStream);
-   aDecoder->SetStopAtGroup(0x7FE0);
-   EXPECT_EQ(aDecoder->NextVR(), nullptr);
-   EXPECT_TRUE(aDecoder->IsAtStopAtLimit());
-   EXPECT_EQ(aDecoder->NextVR(), nullptr) << "the stream has ended";
-   EXPECT_FALSE(aDecoder->IsAtStopAtLimit());
-}
-
 TEST(ExplicitInputTransferSyntax, TakesOneElementBack)
 {
    PiecewiseInputStream aStream(kShortElement + kLongElement);
@@ -365,7 +316,7 @@ TEST(ExplicitInputTransferSyntax, TakesOneElementBack)
    aDecoder->Pushback(new VR(0x0008, 0x0007)); // goes with the decoder
 }
 
-// Every way in which a dataset can end too early between two elements, and where it is said to be.
+// Every way in which a dataset can end too early, and where it is said to be.
 TEST(ExplicitInputTransferSyntax, TellsACutFromAnEnd)
 {
    const Bytes kOpenItem = kSequenceOfUndefinedLength + kItemOfUndefinedLength;
@@ -373,71 +324,33 @@ TEST(ExplicitInputTransferSyntax, TellsACutFromAnEnd)
    {
       const char* itsName;
       Bytes itsBytes;
-      bool itsIsCut;
       const char* itsPath;
+      bool itsFails = false; // instead of being cut between two elements
    } kCases[] = {
-       {"whole elements", kShortElement + kLongElement, false, ""},
-       {"no sequence delimiter", kSequenceOfUndefinedLength, true, "/0008,1140"},
-       {"no item delimiter", kOpenItem + kShortElement, true, "/0008,1140[0]"},
+       {"no sequence delimiter", kSequenceOfUndefinedLength, "/0008,1140"},
        {"no item delimiter in the second item",
-        kSequenceOfUndefinedLength + Item(0, {}) + kItemOfUndefinedLength + kShortElement, true, "/0008,1140[1]"},
-       {"nested", kOpenItem + kOpenItem + kItemDelimiter + kItemOfUndefinedLength, true, "/0008,1140[0]/0008,1140[1]"},
-       {"an item shorter than stated", kSequenceOfUndefinedLength + Item(24, kShortElement), true, "/0008,1140[0]"},
-       {"a sequence shorter than stated", Sequence(40, Item(12, kShortElement)), true, "/0008,1140"},
-       {"an item longer than its sequence", Sequence(20, Item(24, kShortElement)) + kLongElement, true,
-        "/0008,1140[0]"},
-       {"an open item in a sequence of defined length", Sequence(20, kItemOfUndefinedLength + kShortElement), true,
+        kSequenceOfUndefinedLength + Item(0, {}) + kItemOfUndefinedLength + kShortElement, "/0008,1140[1]"},
+       {"nested", kOpenItem + kOpenItem + kItemDelimiter + kItemOfUndefinedLength, "/0008,1140[0]/0008,1140[1]"},
+       {"an item shorter than stated", kSequenceOfUndefinedLength + Item(24, kShortElement), "/0008,1140[0]"},
+       {"a sequence shorter than stated", Sequence(40, Item(12, kShortElement)), "/0008,1140"},
+       {"an item longer than its sequence", Sequence(20, Item(24, kShortElement)) + kLongElement, "/0008,1140[0]"},
+       {"an open item in a sequence of defined length", Sequence(20, kItemOfUndefinedLength + kShortElement),
         "/0008,1140[0]"},
        {"an item that ends at a delimiter before the rest of its length",
-        kSequenceOfUndefinedLength + Item(24, kItemDelimiter), true, "/0008,1140[0]"},
+        kSequenceOfUndefinedLength + Item(24, kItemDelimiter), "/0008,1140[0]"},
+       {"failure at top level", First(kShortElement, 5), "", true},
+       {"failure in an item",
+        kSequenceOfUndefinedLength + Item(0, {}) + kItemOfUndefinedLength + First(kShortElement, 9), "/0008,1140[1]",
+        true},
+       {"failure between items", kSequenceOfUndefinedLength + First(kItemDelimiter, 3), "/0008,1140", true},
    };
    for (const auto& aCase : kCases)
    {
       SCOPED_TRACE(aCase.itsName);
       const Decoded aResult = Decode(kLEE, aCase.itsBytes);
-      EXPECT_EQ(aResult.itsError, kNoStreamError);
-      EXPECT_EQ(aResult.itsIsCut, aCase.itsIsCut);
+      EXPECT_EQ(aResult.itsError != kNoStreamError, aCase.itsFails);
+      EXPECT_TRUE(aResult.itsIsCut || aCase.itsFails);
       EXPECT_EQ(aResult.itsFaultPath, aCase.itsPath);
-   }
-}
-
-TEST(ExplicitInputTransferSyntax, TellsTheSequencesAroundAFailure)
-{
-   const struct
-   {
-      const char* itsName;
-      Bytes itsBytes;
-      const char* itsPath;
-   } kCases[] = {
-       {"top level", First(kShortElement, 5), ""},
-       {"in an item", kSequenceOfUndefinedLength + Item(0, {}) + kItemOfUndefinedLength + First(kShortElement, 9),
-        "/0008,1140[1]"},
-       {"between items", kSequenceOfUndefinedLength + First(kItemDelimiter, 3), "/0008,1140"},
-       {"no item", kSequenceOfUndefinedLength + kShortElement, "/0008,1140"},
-   };
-   for (const auto& aCase : kCases)
-   {
-      SCOPED_TRACE(aCase.itsName);
-      const Decoded aResult = Decode(kLEE, aCase.itsBytes);
-      EXPECT_NE(aResult.itsError, kNoStreamError);
-      EXPECT_EQ(aResult.itsFaultPath, aCase.itsPath);
-   }
-}
-
-// Cut at every byte, a dataset never decodes to anything but its beginning.
-TEST(ExplicitInputTransferSyntax, NeverTakesACutDatasetForTheWhole)
-{
-   const Bytes kWhole = kShortElement + kSequenceOfUndefinedLength + kItemOfUndefinedLength + kShortElement +
-                        Sequence(20, Item(12, kShortElement)) + kItemDelimiter + Item(14, kLongElement) + kDelimiter +
-                        kLongElement;
-   const std::size_t kBoundaries[] = {0, kShortElement.size(), kWhole.size() - kLongElement.size(), kWhole.size()};
-   for (std::size_t aCut = 0; aCut <= kWhole.size(); ++aCut)
-   {
-      SCOPED_TRACE(aCut);
-      const Decoded aResult = Decode(kLEE, First(kWhole, aCut));
-      const bool isWhole = std::find(std::begin(kBoundaries), std::end(kBoundaries), aCut) != std::end(kBoundaries);
-      EXPECT_EQ(aResult.itsError == kNoStreamError && !aResult.itsIsCut, isWhole) << aResult;
-      EXPECT_EQ(DecodeInPieces(kLEE, First(kWhole, aCut), 1), aResult);
    }
 }
 
@@ -468,48 +381,38 @@ TEST(ExplicitInputTransferSyntax, WritesFailuresToTheErrorLog)
    }
 }
 
-// 256 sequences within each other are more than anybody writes; without a limit the next file overflows the stack.
+// 256 sequences within each other are more than anybody writes; without a limit the next file overflows the stack. What
+// nobody can type nests as deep: under UN all of it is implicit.
 TEST(ExplicitInputTransferSyntax, LimitsHowDeepSequencesNest)
 {
    const StreamError kTooDeep = {"InputTransferSyntax::NextVR(): sequences nested deeper than 256 levels",
                                  TN_INVALID_ELEMENT_HEADER, 0};
-   const Bytes kOpen = kSequenceOfUndefinedLength + kItemOfUndefinedLength;
-   const Bytes kClose = kItemDelimiter + kDelimiter;
+   const Bytes kUnknown = {0x09, 0x00, 0x01, 0x10, 'U', 'N', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF};
+   const Bytes kImplicit = {0x09, 0x00, 0x01, 0x10, 0xFF, 0xFF, 0xFF, 0xFF};
    const struct
    {
       const char* itsName;
-      int itsDepth;
-      Bytes itsOpen, itsClose;
-      StreamError itsError;
+      Bytes itsFirst, itsOthers;
+      int itsTooMany;
    } kCases[] = {
-       {"256", 256, kOpen, kClose, kNoStreamError},
-       {"257", 257, kOpen, kClose, kTooDeep},
-       {"100,000", 100'000, kOpen, kClose, kTooDeep},
-       {"items in items", 50'000, kItemOfUndefinedLength, {}, kTooDeep},
-       {"defined lengths",
-        100'000,
-        {0x08, 0x00, 0x40, 0x11, 'S',  'Q',  0x00, 0x00, 0xFE, 0xFF,
-         0xFF, 0x7F, 0xFE, 0xFF, 0x00, 0xE0, 0xFE, 0xFF, 0xFF, 0x7F},
-        {},
-        kTooDeep},
+       {"sequences", {}, kSequenceOfUndefinedLength + kItemOfUndefinedLength, 257},
+       {"100,000 sequences", {}, kSequenceOfUndefinedLength + kItemOfUndefinedLength, 100'000},
+       {"items in items", {}, kItemOfUndefinedLength, 50'000},
+       {"untyped", kUnknown + kItemOfUndefinedLength, kImplicit + kItemOfUndefinedLength, 257},
    };
    for (const auto& aCase : kCases)
    {
       SCOPED_TRACE(aCase.itsName);
-      Bytes aBytes;
-      aBytes.reserve(static_cast<std::size_t>(aCase.itsDepth) * (aCase.itsOpen.size() + aCase.itsClose.size()));
-      for (int i = 0; i < aCase.itsDepth; ++i)
-      {
-         aBytes.insert(aBytes.end(), aCase.itsOpen.begin(), aCase.itsOpen.end());
-      }
-      for (int i = 0; i < aCase.itsDepth; ++i)
-      {
-         aBytes.insert(aBytes.end(), aCase.itsClose.begin(), aCase.itsClose.end());
-      }
-      const Decoded aResult = Decode(kLEE, aBytes);
-      EXPECT_EQ(aResult.itsError, aCase.itsError);
-      EXPECT_LE(aResult.itsConsumed, 257 * (kOpen.size() + kClose.size())) << "no more is read than is needed";
-      EXPECT_FALSE(aResult.itsIsCut);
+      const auto aDecoded = [&](int theDepth) {
+         Bytes aBytes = aCase.itsFirst;
+         for (int i = aBytes.empty() ? 0 : 1; i < theDepth; ++i)
+         {
+            aBytes.insert(aBytes.end(), aCase.itsOthers.begin(), aCase.itsOthers.end());
+         }
+         return Decode(kLEE, aBytes).itsError;
+      };
+      EXPECT_EQ(aDecoded(256), kNoStreamError);
+      EXPECT_EQ(aDecoded(aCase.itsTooMany), kTooDeep);
    }
 }
 } // namespace

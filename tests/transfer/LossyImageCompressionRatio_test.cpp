@@ -38,41 +38,28 @@ TEST(LossyImageCompressionRatio, ComesFromTheRatioElementOrTheDescription)
    };
    const char* const kDerived = "DERIVED\\PRIMARY";
    const Case kCases[] = {
-       {"not marked", kAbsent, "10", kDerived, "10:1", -1},
        {"marked as not lossy", "00", "10", kDerived, "10:1", -1},
        {"marked 01", "01", "10", kAbsent, kAbsent, 10},
        {"truncated", "01", "10.9", kAbsent, kAbsent, 10},
        {"steps multiply", "01", "2.5\\4", kAbsent, kAbsent, 10},
-       {"blanks around values", "01", " 3 \\ 4", kAbsent, kAbsent, 12},
-       {"point without digits before it", "01", "20\\.5", kAbsent, kAbsent, 10},
        {"no ratio at all", "01", kAbsent, kAbsent, kAbsent, -1},
        {"product below 1", "01", "0.5", kAbsent, kAbsent, -1},
-       {"exactly 1", "01", "1", kAbsent, kAbsent, 1},
        {"two points", "01", "1.2.3", kAbsent, kAbsent, -1},
-       {"point alone", "01", ".", kAbsent, kAbsent, -1},
        {"exponent", "01", "1e1", kAbsent, kAbsent, -1},
        {"zero", "01", "10\\0", kAbsent, kAbsent, -1},
        {"empty value between", "01", "10\\\\2", kAbsent, kAbsent, -1},
        {"beyond an int", "01", "99999999999", kAbsent, kAbsent, 2147483647},
-       {"digits without end", "01", "9999999999999999\\9999999999999999", kAbsent, kAbsent, 2147483647},
 
        {"one bad step leaves it to the description", "01", "10\\x", kDerived, "JPEG 7:1", 7},
-       {"ratio below 1 leaves it to the description", "01", "0.5", kDerived, "JPEG 7:1", 7},
        {"ratio element goes first", "01", "5", kDerived, "JPEG 7:1", 5},
        {"small letters in the image type", "01", kAbsent, "derived\\primary", "7:1", 7},
-       {"derived, without a second value", "01", kAbsent, "DERIVED", "7:1", -1},
        {"another word", "01", kAbsent, "DERIVEDX\\PRIMARY", "7:1", -1},
-       {"text after a blank", "01", kAbsent, kDerived, "LOSSY 10:1 (made here)", 10},
        {"round brackets", "01", kAbsent, kDerived, "JPEG(8:1)", 8},
-       {"square brackets", "01", kAbsent, kDerived, "JPEG [8:1], once", 8},
        {"bracket of another kind", "01", kAbsent, kDerived, "(8:1]", -1},
        {"bracket that does not open", "01", kAbsent, kDerived, "8:1)", -1},
-       {"blank after the bracket", "01", kAbsent, kDerived, "( 8:1)", -1},
        {"digit after it", "01", kAbsent, kDerived, "10:15", -1},
        {"a later place that fits", "01", kAbsent, kDerived, "at 10:15 by 6:1", 6},
-       {"no number", "01", kAbsent, kDerived, "ratio :1", -1},
        {"below 1", "01", kAbsent, kDerived, "0.5:1", -1},
-       {"no description", "01", kAbsent, kDerived, kAbsent, -1},
    };
    for (const Case& aCase : kCases)
    {

@@ -96,7 +96,6 @@ TEST(TransferSyntaxManager, CopiesTheTypeObjectsOfAnother)
    aSource.RegisterTransferSyntaxType(new CountedType("1.2.3", aCount));
    TransferSyntaxManager aCopy(aSource);
    EXPECT_EQ(aCount, 2);
-   EXPECT_NE(aCopy.GetTransferSyntaxType("1.2.3"), aSource.GetTransferSyntaxType("1.2.3"));
    TransferSyntaxManager aTarget;
    aTarget.RegisterTransferSyntaxType(new CountedType("1.2.4", aCount));
    aTarget = aSource;

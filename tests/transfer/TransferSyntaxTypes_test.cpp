@@ -85,6 +85,11 @@ TEST(TransferSyntaxTypes, AnswerAsTheStandardTabulatesThem)
    }
 }
 
+TEST(TransferSyntaxType, DeflatedIsNotUncompressed)
+{
+   EXPECT_FALSE(Type::IsUncompressed(Type::TSDeflatedUID));
+}
+
 TEST(TransferSyntaxTypes, MakeDecodersThatKnowTheirType)
 {
    for (const SyntaxCase& aCase : kSyntaxes)
@@ -122,28 +127,6 @@ TEST(TransferSyntaxTypes, CopyToTheirOwnClassAndCompareByUID)
       EXPECT_TRUE(aCopied == anOriginal);
       EXPECT_EQ(aCopied == LittleEndianExplicitTransferSyntaxType(), &aCase == &kSyntaxes[1]);
    }
-}
-
-TEST(TransferSyntaxType, TellsExplicitnessAndByteOrderOfABasicKind)
-{
-   const struct
-   {
-      Type::BasicTransferSyntaxType itsKind;
-      const char* itsText;
-      int itsIsExplicit, itsIsLittleEndian;
-   } kKinds[] = {{Type::UnknownBasicType, "", 0, 0},
-                 {Type::LittleEndianImplicit, "TSLEI", 0, 1},
-                 {Type::LittleEndianExplicit, "TSLEE", 1, 1},
-                 {Type::BigEndianExplicit, "TSBEE", 1, 0}};
-   for (const auto& aKind : kKinds)
-   {
-      EXPECT_EQ(Type::IsExplicit(aKind.itsKind), aKind.itsIsExplicit) << aKind.itsText;
-      EXPECT_EQ(Type::IsLittleEndian(aKind.itsKind), aKind.itsIsLittleEndian) << aKind.itsText;
-      EXPECT_EQ(Type::BasicTransferSyntaxTypeToString(aKind.itsKind), aKind.itsText);
-      EXPECT_EQ(Type::StringToBasicTransferSyntaxType(aKind.itsText), aKind.itsKind);
-   }
-   EXPECT_EQ(Type::StringToBasicTransferSyntaxType("tslei"), Type::UnknownBasicType);
-   EXPECT_FALSE(Type::IsUncompressed(Type::TSDeflatedUID));
 }
 
 TEST(TransferSyntaxType, OfAHostNeedsToSayNoMoreThanItKnows)

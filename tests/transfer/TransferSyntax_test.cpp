@@ -58,22 +58,14 @@ TEST_F(TransferSyntaxDictionary, StaysWhenItIsSetAgain)
 {
    PlainSyntax aSyntax;
    InstanceSpecificDataDictionary* const aDictionary = New();
-   aSyntax.SetDataDictionary(aDictionary);
+   aSyntax.SetDataDictionary(*aDictionary); // borrowed,
+   aSyntax.SetDataDictionary(aDictionary);  // then adopted
    aSyntax.SetDataDictionary(aDictionary);
    EXPECT_TRUE(KnowsTheBlock(aSyntax));
    aSyntax.SetDataDictionary(aSyntax.GetDataDictionary());
    EXPECT_TRUE(KnowsTheBlock(aSyntax));
    aSyntax.SetDataDictionary(static_cast<const InstanceSpecificDataDictionary&>(aSyntax.GetDataDictionary()));
    EXPECT_TRUE(KnowsTheBlock(aSyntax)) << "copied before the old one goes";
-}
-
-TEST_F(TransferSyntaxDictionary, IsAdoptedAfterItWasBorrowed)
-{
-   PlainSyntax aSyntax;
-   InstanceSpecificDataDictionary* const aDictionary = New();
-   aSyntax.SetDataDictionary(*aDictionary);
-   aSyntax.SetDataDictionary(aDictionary);
-   EXPECT_EQ(&aSyntax.GetDataDictionary(), aDictionary);
 }
 
 TEST_F(TransferSyntaxDictionary, IsSharedByCopies)
