@@ -6,8 +6,6 @@
 #include "support/CapturedErrorLog.h"
 #include "support/Decoding.h"
 #include "support/DefaultDictionary.h"
-#include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
-#include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
 #include "talvenor/transfer/TransferSyntaxTypes.h"
 
 namespace
