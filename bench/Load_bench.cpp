@@ -26,6 +26,18 @@ enum class WithEnd
    Yes
 };
 
+void TakeDown(benchmark::State& theState, std::unique_ptr<DICOMDataObject>& theObject, WithEnd theIsWithEnd)
+{
+   if (theIsWithEnd == WithEnd::Yes)
+   {
+      theObject.reset();
+      return;
+   }
+   theState.PauseTiming();
+   theObject.reset();
+   theState.ResumeTiming();
+}
+
 void LoadFromMemory(benchmark::State& theState, const DatasetBytes& theDataset, WithEnd theIsWithEnd)
 {
    LoadDictionaries();
@@ -37,33 +49,26 @@ void LoadFromMemory(benchmark::State& theState, const DatasetBytes& theDataset, 
       auto anObject = std::make_unique<DICOMDataObject>();
       DICOMObjectLoader(*anObject, aStream).Load();
       benchmark::DoNotOptimize(anObject->Entries());
-      if (theIsWithEnd == WithEnd::No)
-      {
-         theState.PauseTiming();
-      }
-      anObject.reset();
-      if (theIsWithEnd == WithEnd::No)
-      {
-         theState.ResumeTiming();
-      }
+      TakeDown(theState, anObject, theIsWithEnd);
    }
    Report(theState, theDataset.GetElementCount(), aFile.size());
 }
 
-void LoadFromFile(benchmark::State& theState, const DatasetBytes& theDataset, UINT16 theStopGroup)
+void LoadFromFile(benchmark::State& theState, const DatasetBytes& theDataset, UINT16 theStopGroup, WithEnd theIsWithEnd)
 {
    LoadDictionaries();
    const std::string aName = TemporaryFile(theDataset.File());
    for (auto _ : theState)
    {
-      DICOMDataObject anObject;
+      auto anObject = std::make_unique<DICOMDataObject>();
       UINT32 aSize;
       TNResultCode aResult;
       int anError;
-      if (!anObject.LoadFromFile(aName, aSize, aResult, anError, theStopGroup))
+      if (!anObject->LoadFromFile(aName, aSize, aResult, anError, theStopGroup))
       {
          theState.SkipWithError("cannot load");
       }
+      TakeDown(theState, anObject, theIsWithEnd);
    }
    Report(theState, theDataset.GetElementCount(), theDataset.GetBytes().size());
 }
@@ -81,25 +86,27 @@ void RegisterAll()
          LoadFromMemory(theState, CTImage(*anEncoding, 0), WithEnd::Yes);
       });
       benchmark::RegisterBenchmark(("CTHeader/file/" + aName).c_str(), [=](benchmark::State& theState) {
-         LoadFromFile(theState, CTImage(*anEncoding, 0), 0);
+         LoadFromFile(theState, CTImage(*anEncoding, 0), 0, WithEnd::Yes);
       });
    }
    for (const auto* anEncoding : {&kExplicit, &kExplicitDefined, &kImplicit, &kImplicitDefined})
    {
       for (const auto anEnd : {WithEnd::No, WithEnd::Yes})
       {
-         const std::string aName =
-             std::string("Report/memory/") + anEncoding->itsName + (anEnd == WithEnd::Yes ? "/and its end" : "");
-         benchmark::RegisterBenchmark(aName.c_str(), [=](benchmark::State& theState) {
+         const std::string aName = anEncoding->itsName + std::string(anEnd == WithEnd::Yes ? "/and its end" : "");
+         benchmark::RegisterBenchmark(("Report/memory/" + aName).c_str(), [=](benchmark::State& theState) {
             LoadFromMemory(theState, Report(*anEncoding, kReportItems), anEnd);
+         })->Unit(benchmark::kMillisecond);
+         benchmark::RegisterBenchmark(("Report/file/" + aName).c_str(), [=](benchmark::State& theState) {
+            LoadFromFile(theState, Report(*anEncoding, kReportItems), 0, anEnd);
          })->Unit(benchmark::kMillisecond);
       }
    }
    benchmark::RegisterBenchmark("CTImage/file/up to pixel data", [](benchmark::State& theState) {
-      LoadFromFile(theState, CTImage(kExplicit, kPixelBytes), kPixelGroup);
+      LoadFromFile(theState, CTImage(kExplicit, kPixelBytes), kPixelGroup, WithEnd::Yes);
    })->Unit(benchmark::kMicrosecond);
    benchmark::RegisterBenchmark("CTImage/file/whole", [](benchmark::State& theState) {
-      LoadFromFile(theState, CTImage(kExplicit, kPixelBytes), 0);
+      LoadFromFile(theState, CTImage(kExplicit, kPixelBytes), 0, WithEnd::Yes);
    })->Unit(benchmark::kMicrosecond);
 }
 
