@@ -72,24 +72,49 @@ void SetTag(ElementHeader& theHeader, const unsigned char* theBytes, TNEndian::E
    theHeader.itsGroup = TNEndian::Load<UINT16>(theBytes, theEndian);
    theHeader.itsElement = TNEndian::Load<UINT16>(theBytes + 2, theEndian);
 }
+
+// Every explicit header has eight bytes or more: the tag, then the type and a short length, or the length of a delimiter.
+constexpr unsigned int kTagSize = 4;
+constexpr unsigned int kShortSize = 8;
+constexpr unsigned int kLongSize = 12;
+
+// What follows the tag. theBytes holds the first eight bytes of the header and has room for all of a long one.
+void ReadTypeAndLength(InputStream& theStream, TNEndian::EndianType theEndian, unsigned char* theBytes,
+                       ElementHeader& theHeader)
+{
+   if (theHeader.itsGroup == ElementHeader::kDelimiterGroup)
+   {
+      theHeader.itsLength = TNEndian::Load<UINT32>(theBytes + kTagSize, theEndian);
+      return;
+   }
+   theHeader.itsTypeCode = TNEndian::Load<UINT16, TNEndian::BigEndian>(theBytes + kTagSize); // first letter first
+   if (!HasLongHeaderVRCode(theHeader.itsTypeCode))
+   {
+      theHeader.itsLength = TNEndian::Load<UINT16>(theBytes + 6, theEndian);
+      return;
+   }
+   const unsigned int aCount = theStream.ReadFully(theBytes + kShortSize, kLongSize - kShortSize);
+   if (aCount < kLongSize - kShortSize)
+   {
+      ThrowCut(kLongLayout, kShortSize + aCount);
+   }
+   theHeader.itsLength = TNEndian::Load<UINT32>(theBytes + kShortSize, theEndian);
+}
 } // namespace
 
 HeaderEnd ReadExplicitHeader(InputStream& theStream, TNEndian::EndianType theEndian, StopLimit theLimit,
                              ElementHeader& theHeader)
 {
-   // Every header has eight bytes or more. Where decoding may stop at this element, its tag is read alone first.
-   constexpr unsigned int kTagSize = 4;
-   constexpr unsigned int kShortSize = 8;
-   constexpr unsigned int kLongSize = 12;
+   // Where decoding may stop at this element, its tag is read alone first.
    unsigned char aBytes[kLongSize];
    const unsigned int aFirstRead = theLimit.IsSet() ? kTagSize : kShortSize;
    unsigned int aCount = theStream.ReadFully(aBytes, aFirstRead);
+   if (aCount == 0)
+   {
+      return HeaderEnd::EndOfStream;
+   }
    if (aCount < kTagSize)
    {
-      if (aCount == 0)
-      {
-         return HeaderEnd::EndOfStream;
-      }
       ThrowCut(kShortLayout, aCount);
    }
    SetTag(theHeader, aBytes, theEndian);
@@ -105,23 +130,7 @@ HeaderEnd ReadExplicitHeader(InputStream& theStream, TNEndian::EndianType theEnd
    {
       ThrowCut(LayoutOf(theHeader, aBytes, aCount), aCount);
    }
-   if (theHeader.itsGroup == ElementHeader::kDelimiterGroup)
-   {
-      theHeader.itsLength = TNEndian::Load<UINT32>(aBytes + kTagSize, theEndian);
-      return HeaderEnd::Whole;
-   }
-   theHeader.itsTypeCode = TNEndian::Load<UINT16, TNEndian::BigEndian>(aBytes + kTagSize); // first letter first
-   if (!HasLongHeaderVRCode(theHeader.itsTypeCode))
-   {
-      theHeader.itsLength = TNEndian::Load<UINT16>(aBytes + 6, theEndian);
-      return HeaderEnd::Whole;
-   }
-   aCount += theStream.ReadFully(aBytes + kShortSize, kLongSize - kShortSize);
-   if (aCount < kLongSize)
-   {
-      ThrowCut(kLongLayout, aCount);
-   }
-   theHeader.itsLength = TNEndian::Load<UINT32>(aBytes + kShortSize, theEndian);
+   ReadTypeAndLength(theStream, theEndian, aBytes, theHeader);
    return HeaderEnd::Whole;
 }
 
