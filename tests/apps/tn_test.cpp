@@ -330,6 +330,30 @@ TEST(TnDump, AFileThatEndsTooEarlyIsToldAfterWhatThereWas)
 
 // Where a top-level element ends nobody can tell a cut file from a whole one; a cut before the pixels is no concern of a
 // reader that stops there.
+// What has no "DICM" is taken for a dataset without meta information; these are none.
+TEST(TnDump, AFileThatIsNoDatasetIsRefused)
+{
+   const TemporaryDirectory aFolder;
+   const std::string aFile = aFolder.File("other.dcm");
+   const std::string anImage = ReadFile(Sample("ct-explicit.dcm"));
+   const std::pair<const char*, std::string> kCases[] = {
+       {"a preamble alone", anImage.substr(0, 128)},
+       {"a file that ends before its meta information", anImage.substr(0, 138)},
+       {"zeros", std::string(4096, '\0')},
+       {"another format", "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n\r\n<html></html>"},
+   };
+   for (const auto& [aName, aContent] : kCases)
+   {
+      WriteFile(aFile, aContent);
+      for (const char* anOption : {"dump ", "dump --elements "})
+      {
+         const Outcome anOutcome = Tn(anOption + aFile);
+         EXPECT_EQ(anOutcome.itsCode, 3) << anOption << aName;
+         EXPECT_EQ(LinesOf(anOutcome.itsErrors), 1u) << anOption << aName << "\n" << anOutcome.itsErrors;
+      }
+   }
+}
+
 TEST(TnDump, WhatIsCutBehindTheLastElementWantedIsNoFault)
 {
    const TemporaryDirectory aFolder;
