@@ -91,6 +91,9 @@
 #include "talvenor/transfer/VRInputStreamVR.h"
 
 #include "talvenor/pixel/EncapsulatedPixelVR.h"
+#include "talvenor/pixel/JP2FileInputStream.h"
+#include "talvenor/pixel/JPEGFileInputStream.h"
+#include "talvenor/pixel/LookAheadInputStream.h"
 #include "talvenor/pixel/PixelDataFragment.h"
 #include "talvenor/pixel/PixelDataFragmentInputStream.h"
 #include "talvenor/pixel/PixelDataFragmentInputStreamVR.h"
