@@ -1,28 +1,20 @@
 #include "talvenor/transfer/ConcreteInputTransferSyntaxes.h"
 
-#include "talvenor/transfer/TransferSyntaxTypes.h"
-
-namespace
-{
-// The native types have no state, so that one object of each serves every decoder.
-const LittleEndianImplicitTransferSyntaxType kLittleEndianImplicit;
-const LittleEndianExplicitTransferSyntaxType kLittleEndianExplicit;
-const BigEndianExplicitTransferSyntaxType kBigEndianExplicit;
-} // namespace
+#include "talvenor/transfer/NativeTransferSyntaxTypes.h"
 
 const TransferSyntaxType& LittleEndianImplicitInputTransferSyntax::GetTransferSyntaxType() const
 {
-   return kLittleEndianImplicit;
+   return kLittleEndianImplicitType;
 }
 
 const TransferSyntaxType& LittleEndianExplicitInputTransferSyntax::GetTransferSyntaxType() const
 {
-   return kLittleEndianExplicit;
+   return kLittleEndianExplicitType;
 }
 
 const TransferSyntaxType& BigEndianExplicitInputTransferSyntax::GetTransferSyntaxType() const
 {
-   return kBigEndianExplicit;
+   return kBigEndianExplicitType;
 }
 
 JPEGInputTransferSyntax::JPEGInputTransferSyntax(InputStream& theStream, const TransferSyntaxType& theType)

@@ -1,16 +1,71 @@
 // What datasets know of lossy compression (PS3.3 C.7.6.1.1.5).
+#include "talvenor/dataset/DICOMDataObject.h"
+
 #include <algorithm>
 #include <charconv>
+#include <forward_list>
+#include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
-#include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/DICOMObjectLock.h"
+#include "talvenor/dataset/SequenceVR.h"
+#include "talvenor/dictionary/VRType.h"
 #include "talvenor/transfer/TransferSyntaxType.h"
 
 namespace
 {
-constexpr double kLargestRatio = 2147483647.0;
+struct Attribute
+{
+   UINT16 itsGroup;
+   UINT16 itsElement;
+   UINT16 itsType;
+};
+constexpr Attribute kImageType = {0x0008, 0x0008, VRCode::CS};
+constexpr Attribute kSOPClassUID = {0x0008, 0x0016, VRCode::UI};
+constexpr Attribute kSOPInstanceUID = {0x0008, 0x0018, VRCode::UI};
+constexpr Attribute kDerivationDescription = {0x0008, 0x2111, VRCode::ST};
+constexpr Attribute kSourceImageSequence = {0x0008, 0x2112, VRCode::SQ};
+constexpr Attribute kPhotometricInterpretation = {0x0028, 0x0004, VRCode::CS};
+constexpr Attribute kNumberOfFrames = {0x0028, 0x0008, VRCode::IS};
+constexpr Attribute kLossyCompression = {0x0028, 0x2110, VRCode::CS};
+constexpr Attribute kLossyRatio = {0x0028, 0x2112, VRCode::DS};
+constexpr Attribute kLossyMethod = {0x0028, 0x2114, VRCode::CS};
+
+const char kPrivateCreator[] = "CORVAN0";
+
+// Empty when the attribute is absent, too: the operations below do not tell the two apart.
+RWCString TextOf(const DICOMDataObject& theObject, const Attribute& theAttribute)
+{
+   RWCString aText;
+   theObject.GetString(theAttribute.itsGroup, theAttribute.itsElement, aText);
+   return aText;
+}
+
+// Not left to the dictionary: a host may work without one.
+std::unique_ptr<VR> MakeTextVR(const Attribute& theAttribute, std::string_view theText, TNEndian::EndianType theEndian)
+{
+   auto aVR = std::make_unique<VR>(theAttribute.itsGroup, theAttribute.itsElement, theEndian);
+   aVR->SetTypeCode(theAttribute.itsType);
+   aVR->SetData(theText.data(), static_cast<UINT32>(theText.size()), theAttribute.itsType == VRCode::UI ? '\0' : ' ');
+   return aVR;
+}
+
+void Store(DICOMDataObject& theObject, const Attribute& theAttribute, std::string_view theText)
+{
+   theObject.ReplaceVR(MakeTextVR(theAttribute, theText, theObject.GetEndian()).release());
+}
+
+bool IsLossy(const TransferSyntaxType& theSyntax)
+{
+   return theSyntax.IsCompressed() && !theSyntax.IsLosslessCompressed();
+}
+
+bool IsMarkedLossy(std::string_view theLossyCompression)
+{
+   return theLossyCompression == "01" || theLossyCompression == "1";
+}
 
 bool IsDigit(char theCharacter)
 {
@@ -55,6 +110,7 @@ std::optional<double> ProductOfSteps(std::string_view theValues)
    return aProduct;
 }
 
+// In letters of either case, as some peers write it.
 bool IsDerived(std::string_view theImageType)
 {
    constexpr std::string_view kDerived = "DERIVED\\";
@@ -74,15 +130,27 @@ bool IsDerived(std::string_view theImageType)
    return true;
 }
 
+// The place where the digits with at most one point that end before theEnd begin.
+size_t StartOfNumber(std::string_view theText, size_t theEnd)
+{
+   size_t aStart = theEnd;
+   for (bool hasPoint = false; aStart > 0; --aStart)
+   {
+      const char aCharacter = theText[aStart - 1];
+      if (!IsDigit(aCharacter) && (aCharacter != '.' || hasPoint))
+      {
+         break;
+      }
+      hasPoint |= aCharacter == '.';
+   }
+   return aStart;
+}
+
 // The number before the ":1" at thePlace, which must end at a blank, at the end or at a bracket that opens right before
 // the number.
 std::optional<double> RatioBefore(std::string_view theText, size_t thePlace)
 {
-   size_t aStart = thePlace;
-   while (aStart > 0 && (IsDigit(theText[aStart - 1]) || theText[aStart - 1] == '.'))
-   {
-      --aStart;
-   }
+   const size_t aStart = StartOfNumber(theText, thePlace);
    const size_t aNext = thePlace + 2;
    if (aNext < theText.size() && theText[aNext] != ' ')
    {
@@ -115,8 +183,7 @@ std::optional<double> DescribedRatio(std::string_view theDescription)
 // (0028,0008), an integer string. 1 where it is absent or no number above 0.
 UINT32 NumberOfFrames(const DICOMDataObject& theObject)
 {
-   RWCString aText;
-   theObject.GetString(0x0028, 0x0008, aText);
+   const RWCString aText = TextOf(theObject, kNumberOfFrames);
    const std::string_view aNumber = WithoutBlanks(aText);
    UINT32 aFrames = 0;
    const auto [aRest, anError] = std::from_chars(aNumber.data(), aNumber.data() + aNumber.size(), aFrames);
@@ -139,34 +206,171 @@ std::optional<double> MeasuredRatio(const DICOMDataObject& theObject, UINT32 the
    }
    return aBits / 8 / theCompressedSize;
 }
+
+// A ratio below 1 is unknown.
+std::string RatioText(int theRatio, const char* theUnknown)
+{
+   return theRatio >= 1 ? std::to_string(theRatio) + ":1" : theUnknown;
+}
+
+// How the texts name a method of (0028,2114), PS3.3 C.7.6.1.1.5.1. The labels end with a blank where they are not empty.
+struct LossyMethod
+{
+   const char* itsName;
+   const char* itsLabel;
+   const char* itsShortLabel;
+};
+constexpr LossyMethod kNamedMethods[] = {
+    {"ISO_10918_1", "JPEG ", "JPEG "},
+    {"ISO_15444_1", "JPEG 2000 ", "JP2K "},
+};
+constexpr LossyMethod kOtherMethod = {"", "", ""};
+
+const LossyMethod& MethodOf(const TransferSyntaxType& theSyntax)
+{
+   const RWCString aName = theSyntax.GetLossyImageCompressionMethod();
+   const auto aMethod = std::find_if(std::begin(kNamedMethods), std::end(kNamedMethods),
+                                     [&](const LossyMethod& theMethod) { return aName == theMethod.itsName; });
+   return aMethod != std::end(kNamedMethods) ? *aMethod : kOtherMethod;
+}
+
+std::string DescriptionOf(const LossyMethod& theMethod, int theRatio)
+{
+   return std::string("LOSSY ") + theMethod.itsLabel + "COMPRESSION " + RatioText(theRatio, "UNKNOWN RATIO");
+}
+
+// Fills what is empty; nothing that stands there is overwritten but a marker of another form than "01".
+void MarkLossy(DICOMDataObject& theObject, const LossyMethod& theMethod, int theRatio)
+{
+   if (TextOf(theObject, kLossyCompression) != "01")
+   {
+      Store(theObject, kLossyCompression, "01");
+   }
+   if (*theMethod.itsName != '\0' && TextOf(theObject, kLossyMethod).empty())
+   {
+      Store(theObject, kLossyMethod, theMethod.itsName);
+   }
+   if (IsDerived(TextOf(theObject, kImageType)) && TextOf(theObject, kDerivationDescription).empty())
+   {
+      Store(theObject, kDerivationDescription, DescriptionOf(theMethod, theRatio));
+   }
+   if (theRatio >= 1 && TextOf(theObject, kLossyRatio).empty())
+   {
+      Store(theObject, kLossyRatio, std::to_string(theRatio));
+   }
+}
+
+// (0008,0008) of an image derived from one of theImageType: DERIVED in place of the first value, and theMarker as the
+// last one, which is never before the fourth.
+std::string DerivedImageType(std::string_view theImageType, std::string_view theMarker)
+{
+   const size_t aSecond = theImageType.find('\\');
+   const bool hasThird =
+       aSecond != std::string_view::npos && theImageType.find('\\', aSecond + 1) != std::string_view::npos;
+   std::string aDerived = "DERIVED";
+   aDerived += aSecond != std::string_view::npos ? theImageType.substr(aSecond) : "\\PRIMARY";
+   aDerived += hasThird ? "\\" : "\\\\";
+   aDerived += theMarker;
+   return aDerived;
+}
+
+// An item of (0008,2112) for the instance that was compressed; nothing without its two UIDs.
+void AddSourceImage(DICOMDataObject& theObject)
+{
+   const RWCString aClass = TextOf(theObject, kSOPClassUID);
+   RWCString anInstance;
+   theObject.GetString(kPrivateCreator, "OrigSOPInstUID", anInstance);
+   if (anInstance.empty())
+   {
+      anInstance = TextOf(theObject, kSOPInstanceUID);
+   }
+   if (aClass.empty() || anInstance.empty())
+   {
+      return;
+   }
+
+   const auto [aGroup, anElement, aType] = kSourceImageSequence;
+   const VR* aSource = theObject.GetVR(aGroup, anElement);
+   if (aSource != nullptr && (aSource->GetAsSequenceVR() == nullptr || aSource->GetTypeCode() != aType))
+   {
+      const std::unique_ptr<VR> aNoSequence(theObject.RemoveVR(aGroup, anElement));
+   }
+   auto aClassVR = MakeTextVR(kSOPClassUID, aClass, theObject.GetEndian());
+   auto anInstanceVR = MakeTextVR(kSOPInstanceUID, anInstance, theObject.GetEndian());
+   std::forward_list<VR*> anElements = {aClassVR.get(), anInstanceVR.get()};
+   aClassVR.release();
+   anInstanceVR.release();
+   theObject.AddSequenceItem(aGroup, anElement, anElements);
+}
+
+// A private version marker above 1 keeps the photometric interpretation as it is; no marker counts as version 1.
+bool NeedsYBR(const DICOMDataObject& theObject, const TransferSyntaxType& theSyntax)
+{
+   UINT16 aVersion = 1;
+   theObject.GetUINT16(kPrivateCreator, "CORVANDemoFileVersion", aVersion);
+   return aVersion <= 1 && theSyntax.GetUID() == TransferSyntaxType::TSJPEG50UID;
+}
 } // namespace
 
 int DICOMDataObject::GetLossyImageCompressionRatio(const TransferSyntaxType& theTransferSyntax, UINT32 theEnd,
                                                    UINT32 theStart) const
 {
+   constexpr double kLargestRatio = 2147483647.0;
    const DICOMObjectLock aLock(*this);
-   RWCString aText;
-   if (!GetString(0x0028, 0x2110, aText) || (aText != "01" && aText != "1"))
+   if (!IsMarkedLossy(TextOf(*this, kLossyCompression)))
    {
       return -1;
    }
 
-   std::optional<double> aRatio;
-   if (GetString(0x0028, 0x2112, aText))
-   {
-      aRatio = ProductOfSteps(aText);
-   }
+   std::optional<double> aRatio = ProductOfSteps(TextOf(*this, kLossyRatio));
    const bool isKnown = aRatio >= 1.0;
-   const bool isLossySyntax = theTransferSyntax.IsCompressed() && !theTransferSyntax.IsLosslessCompressed();
-   RWCString aDescription;
-   if (!isKnown && !isLossySyntax && GetString(0x0008, 0x0008, aText) && IsDerived(aText) &&
-       GetString(0x0008, 0x2111, aDescription))
+   const bool isLossySyntax = IsLossy(theTransferSyntax);
+   if (!isKnown && !isLossySyntax && IsDerived(TextOf(*this, kImageType)))
    {
-      aRatio = DescribedRatio(aDescription);
+      aRatio = DescribedRatio(TextOf(*this, kDerivationDescription));
    }
    if (!isKnown && isLossySyntax && theStart != 0 && theEnd > theStart)
    {
       aRatio = MeasuredRatio(*this, theEnd - theStart);
    }
    return aRatio >= 1.0 ? static_cast<int>(std::min(*aRatio, kLargestRatio)) : -1;
+}
+
+void DICOMDataObject::UpdateOutgoingLossyCompressionRelatedAttributes(const TransferSyntaxType& theTargetSyntax,
+                                                                      int theRatio, bool theAdjustPhotometric)
+{
+   const DICOMObjectLock aLock(*this);
+   if (IsLossy(theTargetSyntax) || IsMarkedLossy(TextOf(*this, kLossyCompression)))
+   {
+      MarkLossy(*this, MethodOf(theTargetSyntax), theRatio);
+   }
+   if (theAdjustPhotometric && NeedsYBR(*this, theTargetSyntax))
+   {
+      Store(*this, kPhotometricInterpretation, "YBR_FULL_422");
+   }
+}
+
+void DICOMDataObject::UpdateIncomingLossyCompressionRelatedAttributes(const TransferSyntaxType& theTransferSyntax,
+                                                                      bool theDerive, int theRatio)
+{
+   const DICOMObjectLock aLock(*this);
+   if (!theDerive || !IsLossy(theTransferSyntax))
+   {
+      UpdateOutgoingLossyCompressionRelatedAttributes(theTransferSyntax, theRatio, false);
+      return;
+   }
+   if (!TextOf(*this, kLossyMethod).empty())
+   {
+      return; // derived already
+   }
+
+   const LossyMethod& aMethod = MethodOf(theTransferSyntax);
+   if (*aMethod.itsName != '\0')
+   {
+      Store(*this, kLossyMethod, aMethod.itsName);
+   }
+   const std::string aMarker = aMethod.itsShortLabel + ("LOSSY " + RatioText(theRatio, "?:1"));
+   Store(*this, kImageType, DerivedImageType(TextOf(*this, kImageType), aMarker));
+   Store(*this, kDerivationDescription, DescriptionOf(aMethod, theRatio) + " (CORVAN)");
+   AddSourceImage(*this);
 }

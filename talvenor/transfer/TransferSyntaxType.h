@@ -1,5 +1,5 @@
 // The transfer syntaxes that the library serves (PS3.5 section 10 and annex A): one stateless class each, with its
-// properties and its decoders. Objects of one class are interchangeable, immutable and may be shared between threads;
+// properties, its decoders and its encoders. Objects of one class are interchangeable, immutable and may be shared between threads;
 // the registry (TransferSyntaxManager) holds one of each.
 #pragma once
 
@@ -9,6 +9,8 @@
 
 class InputStream;
 class InputTransferSyntax;
+class OutputStream;
+class OutputTransferSyntax;
 struct TransferSyntaxRow;
 
 class TALVENOR_API TransferSyntaxType : public BasicTransferSyntaxKind
@@ -66,6 +68,9 @@ public:
    virtual InputTransferSyntax* CreateInputTransferSyntax(InputStream* theStream) const;
    virtual InputTransferSyntax* CreateInputTransferSyntax(InputStream& theStream) const;
 
+   // A new encoder over the stream, likewise; the stream is borrowed.
+   virtual OutputTransferSyntax* CreateOutputTransferSyntax(OutputStream& theStream) const;
+
    bool operator==(const TransferSyntaxType& theOther) const { return GetUID() == theOther.GetUID(); }
    bool operator<(const TransferSyntaxType& theOther) const { return GetUID() < theOther.GetUID(); }
    unsigned int hash() const;
@@ -83,7 +88,7 @@ protected:
    TransferSyntaxType& operator=(const TransferSyntaxType&) = default;
 
    // The properties of a class of the library's own. A host's class overrides the operations above instead: those that
-   // it leaves alone answer for an unnamed, uncompressed syntax of unknown kind without decoders (StreamIOException,
+   // it leaves alone answer for an unnamed, uncompressed syntax of unknown kind without decoders and encoders (StreamIOException,
    // TN_TRANSFER_SYNTAX_UNSUPPORTED).
    virtual const TransferSyntaxRow& GetRow() const;
 };

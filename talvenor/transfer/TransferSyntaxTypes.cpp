@@ -5,8 +5,9 @@
 
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/transfer/ConcreteInputTransferSyntaxes.h"
+#include "talvenor/transfer/ConcreteOutputTransferSyntaxes.h"
 
-// One served transfer syntax. A compressed one gives its own type object to its decoders.
+// One served transfer syntax. A compressed one gives its own type object to its decoders and encoders.
 struct TransferSyntaxRow
 {
    const RWCString* itsUID;
@@ -16,25 +17,27 @@ struct TransferSyntaxRow
    const char* itsLossyMethod;
    InputTransferSyntax* (*itsBorrowingDecoder)(InputStream&, const TransferSyntaxType&);
    InputTransferSyntax* (*itsOwningDecoder)(InputStream*, const TransferSyntaxType&);
+   OutputTransferSyntax* (*itsEncoder)(OutputStream&, const TransferSyntaxType&);
 };
 
 namespace
 {
-template <class Decoder, class Stream>
-InputTransferSyntax* MakeNative(Stream theStream, const TransferSyntaxType&)
+// Codec is a decoder or an encoder; Base is what is returned.
+template <class Base, class Codec, class Stream>
+Base* MakeNative(Stream theStream, const TransferSyntaxType&)
 {
-   return new Decoder(theStream);
+   return new Codec(theStream);
 }
 
-template <class Decoder, class Stream>
-InputTransferSyntax* MakeCompressed(Stream theStream, const TransferSyntaxType& theType)
+template <class Base, class Codec, class Stream>
+Base* MakeCompressed(Stream theStream, const TransferSyntaxType& theType)
 {
-   return new Decoder(theStream, theType);
+   return new Codec(theStream, theType);
 }
 
 using Type = TransferSyntaxType;
 
-template <class Decoder>
+template <class Decoder, class Encoder>
 constexpr TransferSyntaxRow CompressedRow(const RWCString& theUID, bool theIsLossless, const char* theLossyMethod)
 {
    return {&theUID,
@@ -42,38 +45,58 @@ constexpr TransferSyntaxRow CompressedRow(const RWCString& theUID, bool theIsLos
            true,
            theIsLossless,
            theLossyMethod,
-           MakeCompressed<Decoder, InputStream&>,
-           MakeCompressed<Decoder, InputStream*>};
+           MakeCompressed<InputTransferSyntax, Decoder, InputStream&>,
+           MakeCompressed<InputTransferSyntax, Decoder, InputStream*>,
+           MakeCompressed<OutputTransferSyntax, Encoder, OutputStream&>};
 }
 
-template <class Decoder>
+template <class Decoder, class Encoder>
 constexpr TransferSyntaxRow NativeRow(const RWCString& theUID, Type::BasicTransferSyntaxType theType)
 {
-   return {&theUID, theType, false, false, "", MakeNative<Decoder, InputStream&>, MakeNative<Decoder, InputStream*>};
+   return {&theUID,
+           theType,
+           false,
+           false,
+           "",
+           MakeNative<InputTransferSyntax, Decoder, InputStream&>,
+           MakeNative<InputTransferSyntax, Decoder, InputStream*>,
+           MakeNative<OutputTransferSyntax, Encoder, OutputStream&>};
 }
 
 // PS3.5 annex A. Lossy methods: PS3.3 C.7.6.1.1.5.1.
 constexpr TransferSyntaxRow kImplicitLE =
-    NativeRow<LittleEndianImplicitInputTransferSyntax>(Type::TSLEImplicitUID, Type::LittleEndianImplicit);
+    NativeRow<LittleEndianImplicitInputTransferSyntax, LittleEndianImplicitOutputTransferSyntax>(
+        Type::TSLEImplicitUID, Type::LittleEndianImplicit);
 constexpr TransferSyntaxRow kExplicitLE =
-    NativeRow<LittleEndianExplicitInputTransferSyntax>(Type::TSLEExplicitUID, Type::LittleEndianExplicit);
+    NativeRow<LittleEndianExplicitInputTransferSyntax, LittleEndianExplicitOutputTransferSyntax>(
+        Type::TSLEExplicitUID, Type::LittleEndianExplicit);
 constexpr TransferSyntaxRow kExplicitBE =
-    NativeRow<BigEndianExplicitInputTransferSyntax>(Type::TSBEExplicitUID, Type::BigEndianExplicit);
-using JPEG = JPEGInputTransferSyntax;
-constexpr TransferSyntaxRow kJPEG50 = CompressedRow<JPEG>(Type::TSJPEG50UID, false, "ISO_10918_1");
-constexpr TransferSyntaxRow kJPEG51 = CompressedRow<JPEG>(Type::TSJPEG51UID, false, "ISO_10918_1");
-constexpr TransferSyntaxRow kJPEG57 = CompressedRow<JPEG>(Type::TSJPEG57UID, true, "");
-constexpr TransferSyntaxRow kJPEG70 = CompressedRow<JPEG>(Type::TSJPEG70UID, true, "");
-constexpr TransferSyntaxRow kJPEGLS = CompressedRow<JPEG>(Type::TSJPEGLSUID, true, "");
-constexpr TransferSyntaxRow kJPEGNLS = CompressedRow<JPEG>(Type::TSJPEGNLSUID, false, "ISO_14495_1");
-constexpr TransferSyntaxRow kJPEG2KLossless = CompressedRow<JPEG>(Type::TSJPEG2KLosslessUID, true, "");
-constexpr TransferSyntaxRow kJPEG2K = CompressedRow<JPEG>(Type::TSJPEG2KUID, false, "ISO_15444_1");
-constexpr TransferSyntaxRow kRLE = CompressedRow<RLEInputTransferSyntax>(Type::TSRLEUID, true, "");
+    NativeRow<BigEndianExplicitInputTransferSyntax, BigEndianExplicitOutputTransferSyntax>(Type::TSBEExplicitUID,
+                                                                                           Type::BigEndianExplicit);
+using JPEGIn = JPEGInputTransferSyntax;
+using JPEG = JPEGOutputTransferSyntax;
+using JPEG2K = JPEG2KOutputTransferSyntax;
+constexpr TransferSyntaxRow kJPEG50 = CompressedRow<JPEGIn, JPEG>(Type::TSJPEG50UID, false, "ISO_10918_1");
+constexpr TransferSyntaxRow kJPEG51 = CompressedRow<JPEGIn, JPEG>(Type::TSJPEG51UID, false, "ISO_10918_1");
+constexpr TransferSyntaxRow kJPEG57 = CompressedRow<JPEGIn, JPEG>(Type::TSJPEG57UID, true, "");
+constexpr TransferSyntaxRow kJPEG70 = CompressedRow<JPEGIn, JPEG>(Type::TSJPEG70UID, true, "");
+constexpr TransferSyntaxRow kJPEGLS = CompressedRow<JPEGIn, JPEG>(Type::TSJPEGLSUID, true, "");
+constexpr TransferSyntaxRow kJPEGNLS = CompressedRow<JPEGIn, JPEG>(Type::TSJPEGNLSUID, false, "ISO_14495_1");
+constexpr TransferSyntaxRow kJPEG2KLossless = CompressedRow<JPEGIn, JPEG>(Type::TSJPEG2KLosslessUID, true, "");
+constexpr TransferSyntaxRow kJPEG2K = CompressedRow<JPEGIn, JPEG2K>(Type::TSJPEG2KUID, false, "ISO_15444_1");
+constexpr TransferSyntaxRow kRLE =
+    CompressedRow<RLEInputTransferSyntax, RLEOutputTransferSyntax>(Type::TSRLEUID, true, "");
 
 template <class Stream>
 InputTransferSyntax* RefuseDecoder(Stream, const TransferSyntaxType&)
 {
    throw StreamIOException("TransferSyntaxType::CreateInputTransferSyntax(): this transfer syntax has no decoder",
+                           TN_TRANSFER_SYNTAX_UNSUPPORTED, 0);
+}
+
+OutputTransferSyntax* RefuseEncoder(OutputStream&, const TransferSyntaxType&)
+{
+   throw StreamIOException("TransferSyntaxType::CreateOutputTransferSyntax(): this transfer syntax has no encoder",
                            TN_TRANSFER_SYNTAX_UNSUPPORTED, 0);
 }
 } // namespace
@@ -84,7 +107,8 @@ const TransferSyntaxRow& TransferSyntaxType::GetRow() const
 {
    static const RWCString aNoUID;
    static const TransferSyntaxRow aRow = {
-       &aNoUID, UnknownBasicType, false, false, "", RefuseDecoder<InputStream&>, RefuseDecoder<InputStream*>};
+       &aNoUID,      UnknownBasicType, false, false, "", RefuseDecoder<InputStream&>, RefuseDecoder<InputStream*>,
+       RefuseEncoder};
    return aRow;
 }
 
@@ -141,6 +165,11 @@ InputTransferSyntax* TransferSyntaxType::CreateInputTransferSyntax(InputStream* 
 InputTransferSyntax* TransferSyntaxType::CreateInputTransferSyntax(InputStream& theStream) const
 {
    return GetRow().itsBorrowingDecoder(theStream, *this);
+}
+
+OutputTransferSyntax* TransferSyntaxType::CreateOutputTransferSyntax(OutputStream& theStream) const
+{
+   return GetRow().itsEncoder(theStream, *this);
 }
 
 unsigned int TransferSyntaxType::hash() const
