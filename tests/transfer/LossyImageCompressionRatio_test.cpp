@@ -59,6 +59,7 @@ TEST(LossyImageCompressionRatio, ComesFromTheRatioElementOrTheDescription)
        {"bracket that does not open", "01", kAbsent, kDerived, "8:1)", -1},
        {"digit after it", "01", kAbsent, kDerived, "10:15", -1},
        {"a later place that fits", "01", kAbsent, kDerived, "at 10:15 by 6:1", 6},
+       {"a second point is not of the number", "01", kAbsent, kDerived, "no.9.5:1", 9},
        {"below 1", "01", kAbsent, kDerived, "0.5:1", -1},
    };
    for (const Case& aCase : kCases)
