@@ -74,7 +74,11 @@ bool LockedOpen::TryOpen(LFStream& theStream) const
 
 bool LockedOpen::TryLock(LFStream& theStream) const
 {
-   return theStream.LockNB(itsMode) && (itsMode != LFStream::Exclusive || theStream.Truncate(0));
+   if (!theStream.LockNB(itsMode))
+   {
+      return false;
+   }
+   return itsMode != LFStream::Exclusive || theStream.Truncate(0) || errno == EINVAL; // a device has no length to cut
 }
 
 void LockedOpen::Throw(const char* theText, TNResultCode theCode, int theError) const

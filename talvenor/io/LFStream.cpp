@@ -288,3 +288,11 @@ void LFStream::EndedShort(bool hasFailed)
       errno = anError;
    }
 }
+
+bool LFStream::LostBytes()
+{
+   const int anError = itsBuffer.GetError();
+   setstate(std::ios_base::badbit);
+   errno = anError;
+   return false;
+}

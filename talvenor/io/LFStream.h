@@ -113,6 +113,14 @@ public:
       return aCount;
    }
 
+   // Writes likewise: all of it, into the buffer or, where it is large, to the file; FlushBytes writes what is buffered.
+   // False with errno, and badbit is set, when not all could be written.
+   bool WriteBytes(const unsigned char* theBytes, std::size_t theCount)
+   {
+      return itsBuffer.WriteBytes(theBytes, theCount) || LostBytes();
+   }
+   bool FlushBytes() { return itsBuffer.Synchronise() || LostBytes(); }
+
    // 64-bit positions, as fast. SetPosition clears eofbit and failbit; false with errno.
    UINT64 GetPosition() const { return itsBuffer.GetPosition(); }
    bool SetPosition(UINT64 thePosition);
@@ -141,6 +149,7 @@ private:
    int InterProcessLock(const Patience& thePatience, bool isExclusive);
    bool Told(bool hasSucceeded);
    void EndedShort(bool hasFailed);
+   bool LostBytes();
    static LFStreamLockTable& LockTable();
 
    static unsigned int itsDefaultLockWaitTime;
