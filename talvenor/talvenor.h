@@ -106,6 +106,7 @@
 #include "talvenor/pixel/PixelDataFragmentInputStreamVR.h"
 #include "talvenor/pixel/PixelInputStreamVR.h"
 
+#include "talvenor/file/DICOMDirUtilities.h"
 #include "talvenor/file/DICOMObjectLoader.h"
 #include "talvenor/file/Part10FileInputStream.h"
 #include "talvenor/file/Part10FileOutputStream.h"

@@ -18,6 +18,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "talvenor/dataset/DICOMFileType.h"
 #include "talvenor/dataset/DICOMNode.h"
 #include "talvenor/dataset/GroupLengthEncodingType.h"
 #include "talvenor/dictionary/MAttributeTag.h"
@@ -31,6 +32,7 @@ class DICOMDataObject;
 class DICOMObjectIterator;
 class InstanceSpecificDataDictionary;
 class LogStream;
+class UID;
 class VR;
 
 class TALVENOR_API DICOMObject
@@ -260,6 +262,18 @@ public:
                     DICOMCluster* theCluster = nullptr);
    int LoadFromFile(const RWCString& theFileName, TNResultCode& theResult, int& theSystemError);
    int LoadFromFile(const RWCString& theFileName);
+
+   // Writes the dataset to a file (PS3.10) with meta information for these UIDs; an empty one is taken from the dataset,
+   // (0008,0016) or (0008,0018). Returns 1, or 0 with the cause in theResult and theSystemError and a line in the error
+   // log: the file is then untouched when the fault is in what was asked for, and not whole when writing failed.
+   // theTransferSyntax, borrowed, may be null; pixel data is not compressed or decompressed for it. theImplementation has
+   // no effect: the file names this library as its writer.
+   int SaveToFile(const RWCString& theFileName, DICOMFileType theType, const RWCString& theImplementation,
+                  TNResultCode& theResult, int& theSystemError, const RWCString& theSOPClassUID = RWCString(),
+                  const RWCString& theSOPInstanceUID = RWCString(), const UID* theTransferSyntax = nullptr);
+   int SaveToFile(const RWCString& theFileName, DICOMFileType theType, TNResultCode& theResult, int& theSystemError);
+   int SaveToFile(const RWCString& theFileName, DICOMFileType theType,
+                  const RWCString& theImplementation = RWCString());
 
    // The dictionary that types elements and records private blocks; by default one over the default dictionaries. The
    // pointer form adopts, the reference form borrows (it must outlive the dataset), the const reference form copies.
