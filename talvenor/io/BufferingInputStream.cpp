@@ -14,20 +14,35 @@ constexpr unsigned int kBlockSize = 8192;
 unsigned int BufferingInputStream::Read(unsigned char* theBuffer, unsigned int theCount)
 {
    const unsigned int aCount = itsStream.Read(theBuffer, theCount);
-   unsigned int aRecorded = 0;
-   while (aRecorded < aCount)
+   Record(theBuffer, aCount);
+   while (!itsBlocks.empty() && itsBytesAvailable - itsBlocks.front().GetBytesAvailable() >= itsRecordingLimit)
    {
-      ByteBuffer& aBlock = BlockWithSpace();
-      const unsigned int aPart = std::min(aCount - aRecorded, aBlock.GetAvailableFreeSpace());
-      aBlock.CopyIn(theBuffer + aRecorded, aPart);
-      itsBytesAvailable += aPart;
-      aRecorded += aPart;
+      SkipBufferedData(itsBlocks.front().GetBytesAvailable());
    }
    return aCount;
 }
 
+void BufferingInputStream::Record(const unsigned char* theBytes, unsigned int theCount)
+{
+   unsigned int aRecorded = 0;
+   while (aRecorded < theCount)
+   {
+      ByteBuffer& aBlock = BlockWithSpace();
+      const unsigned int aPart = std::min(theCount - aRecorded, aBlock.GetAvailableFreeSpace());
+      aBlock.CopyIn(theBytes + aRecorded, aPart);
+      itsBytesAvailable += aPart;
+      aRecorded += aPart;
+   }
+}
+
 unsigned int BufferingInputStream::Skip(unsigned int theCount)
 {
+   if (itsRecordingLimit != kNoLimit)
+   {
+      itsBlocks.clear();
+      itsBytesAvailable = 0;
+      return itsStream.Skip(theCount);
+   }
    unsigned int aSkipped = 0;
    while (aSkipped < theCount)
    {
@@ -64,9 +79,19 @@ unsigned int BufferingInputStream::SkipBufferedData(unsigned int theCount)
    return Replay(nullptr, theCount);
 }
 
+unsigned int BufferingInputStream::ReadOnward(unsigned char* theBuffer, unsigned int theCount)
+{
+   return itsBytesAvailable != 0 ? ReadBufferedData(theBuffer, theCount) : itsStream.Read(theBuffer, theCount);
+}
+
+unsigned int BufferingInputStream::SkipOnward(unsigned int theCount)
+{
+   return itsBytesAvailable != 0 ? SkipBufferedData(theCount) : itsStream.Skip(theCount);
+}
+
 unsigned int BufferingInputStream::Replay(unsigned char* theBuffer, unsigned int theCount)
 {
-   const unsigned int aTotal = std::min(theCount, itsBytesAvailable);
+   const auto aTotal = static_cast<unsigned int>(std::min<UINT64>(theCount, itsBytesAvailable));
    unsigned int aReplayed = 0;
    while (aReplayed < aTotal)
    {

@@ -6,6 +6,7 @@
 #include "talvenor/foundation/Exceptions.h"
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/io/EndianHandlingReader.h"
+#include "talvenor/io/SeekTo.h"
 #include "talvenor/pixel/EncapsulatedPixelVR.h"
 #include "talvenor/pixel/PixelDataFragmentInputStream.h"
 #include "talvenor/transfer/ElementHeader.h"
@@ -146,4 +147,21 @@ std::unique_ptr<VR> PixelDataFragmentInputStreamVR::Materialise(std::exception_p
 void PixelDataFragmentInputStreamVR::Seek(unsigned int)
 {
    throw StreamIOException("PixelDataFragmentInputStreamVR does not support Seek(size_t)", TN_UNSUPPORTED, 0);
+}
+
+int PixelDataFragmentInputStreamVR::CanSeekToItem() const
+{
+   return itsReader.CanSeek();
+}
+
+unsigned int PixelDataFragmentInputStreamVR::GetItemPosition() const
+{
+   return itsReader.GetStreamPosition();
+}
+
+void PixelDataFragmentInputStreamVR::SeekToItem(unsigned int thePosition, UINT32 theDistance)
+{
+   SeekTo(itsReader, UINT64{thePosition} + theDistance);
+   itsHasBegun = true;
+   itsHasEnded = false;
 }

@@ -33,6 +33,15 @@ public:
 
    void Seek(unsigned int thePosition); // throws: not supported
 
+   // Additions for access to items out of order. Whether the decoder's stream can seek, and its position: between two
+   // items, and behind the delimiter, the place to come back to. Positions are the stream's, 32 bits.
+   int CanSeekToItem() const;
+   unsigned int GetItemPosition() const;
+
+   // Goes theDistance bytes on from a position, to where the header of an item stands; NextFragment reads it, also when
+   // it has returned null before. The sum may be beyond 32 bits: what is beyond is skipped.
+   void SeekToItem(unsigned int thePosition, UINT32 theDistance);
+
    int IsStreamBuffered() const override { return 1; }
    PixelDataFragmentInputStreamVR* GetAsPixelDataFragmentInputStreamVR() override { return this; }
    std::unique_ptr<VR> Materialise(std::exception_ptr& theFailure) override;
