@@ -18,6 +18,11 @@ timespec Read(clockid_t theClock)
    return aTime;
 }
 
+std::int64_t Nanoseconds(const timespec& theTime)
+{
+   return std::int64_t{theTime.tv_sec} * 1000000000 + theTime.tv_nsec;
+}
+
 } // namespace
 
 std::int64_t WallClockMilliseconds()
@@ -28,8 +33,18 @@ std::int64_t WallClockMilliseconds()
 
 std::int64_t MonotonicNanoseconds()
 {
-   const timespec aTime = Read(CLOCK_MONOTONIC);
-   return std::int64_t{aTime.tv_sec} * 1000000000 + aTime.tv_nsec;
+   return Nanoseconds(Read(CLOCK_MONOTONIC));
+}
+
+bool ReadPerformanceCounter(std::int64_t& theTicks)
+{
+   timespec aTime = {};
+   if (clock_gettime(CLOCK_MONOTONIC, &aTime) != 0)
+   {
+      return false;
+   }
+   theTicks = Nanoseconds(aTime);
+   return true;
 }
 
 std::uint64_t ProcessorClockCount()
