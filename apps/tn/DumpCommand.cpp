@@ -4,6 +4,7 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "apps/tn/DatasetChecks.h"
 #include "apps/tn/Dictionaries.h"
 #include "apps/tn/ElementLister.h"
 #include "apps/tn/ErrorText.h"
@@ -13,23 +14,13 @@
 #include "talvenor/dataset/DICOMObjectDumper.h"
 #include "talvenor/dataset/DICOMObjectIterator.h"
 #include "talvenor/dataset/VR.h"
-#include "talvenor/dictionary/MUIDDictionary.h"
-#include "talvenor/dictionary/MUIDDictionaryEntry.h"
 #include "talvenor/file/DICOMObjectLoader.h"
 #include "talvenor/foundation/LogStream.h"
 #include "talvenor/foundation/OneLine.h"
-#include "talvenor/foundation/StreamIOException.h"
-#include "talvenor/transfer/TransferSyntaxManager.h"
+#include "talvenor/transfer/InputTransferSyntax.h"
 
 namespace
 {
-// What is wrong with a file whose elements could be read.
-class Incomplete : public std::runtime_error
-{
-public:
-   using std::runtime_error::runtime_error;
-};
-
 std::optional<UINT32> ParseTag(const std::string& theText)
 {
    unsigned int aGroup = 0;
@@ -40,47 +31,6 @@ std::optional<UINT32> ParseTag(const std::string& theText)
       return std::nullopt;
    }
    return aGroup << 16 | anElement;
-}
-
-// Says which transfer syntax it is that is not served.
-void CheckTransferSyntax(const Part10InputStream& theStream)
-{
-   const RWCString& aUID = theStream.GetTransferSyntaxUID();
-   if (TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(aUID) == nullptr)
-   {
-      const MUIDDictionaryEntry* const anEntry = MUIDDictionary::GetDefaultUIDDictionary().FindUID(aUID);
-      throw Incomplete("its transfer syntax is not supported: " + aUID +
-                       (anEntry != nullptr ? " (" + anEntry->GetDescription() + ")" : ""));
-   }
-}
-
-std::string At(const InputTransferSyntax& theDecoder, const Part10InputStream& theStream)
-{
-   const std::string aPlace = "byte " + std::to_string(theStream.GetStreamPosition());
-   return theDecoder.GetFaultPath().empty() ? aPlace : "in " + theDecoder.GetFaultPath() + ", " + aPlace;
-}
-
-// A decoder ends quietly where its bytes end between two elements; a file that is not whole is to be told.
-void CheckEnd(const InputTransferSyntax& theDecoder, Part10InputStream& theStream, size_t theCount)
-{
-   if (theDecoder.IsCut())
-   {
-      throw Incomplete("the file ends inside " + theDecoder.GetFaultPath() + ": a delimiter or a part is missing");
-   }
-   if (theDecoder.GetItemCount() != 0)
-   {
-      throw Incomplete("an item stands outside any sequence; its elements are shown as the dataset's own");
-   }
-   unsigned char aByte;
-   if (theDecoder.GetLevelEnd() == InputTransferSyntax::AtDelimiter && theStream.Read(&aByte, 1) == 1)
-   {
-      throw Incomplete("a delimiter at the top of the dataset ends it before byte " +
-                       std::to_string(theStream.GetStreamPosition() - 1) + "; what follows was not read");
-   }
-   if (theCount == 0 && theStream.GetPart10Header() == nullptr)
-   {
-      throw Incomplete("not a DICOM file");
-   }
 }
 
 void RemoveFrom(DICOMObject& theObject, UINT32 theTag)
@@ -94,36 +44,22 @@ void RemoveFrom(DICOMObject& theObject, UINT32 theTag)
       }
    }
 }
-
-// Decodes and, when that fails, says where.
-template <class Action>
-void Decode(const InputTransferSyntax& theDecoder, const Part10InputStream& theStream, Action theAction)
-{
-   try
-   {
-      theAction();
-   }
-   catch (const ExceptionBase& anException)
-   {
-      throw Incomplete(ErrorText(anException) + " (" + At(theDecoder, theStream) + ")");
-   }
-}
 } // namespace
 
 DumpCommand::~DumpCommand() = default;
 
 DumpCommand::DumpCommand(CLI::App& theProgram)
+    : Command(theProgram, "dump", "Print the meta information and the dataset of DICOM files")
 {
-   CLI::App& aCommand = *theProgram.add_subcommand("dump", "Print the meta information and the dataset of DICOM files");
-   aCommand.add_option("FILE", itsFiles, "Files to print; - is standard input")->required();
-   CLI::Option* const anElements = aCommand.add_flag(
+   itsOptions.add_option("FILE", itsFiles, "Files to print; - is standard input")->required();
+   CLI::Option* const anElements = itsOptions.add_flag(
        "--elements", itsElementsOnly, "One tab-separated line an element: path, tag, VR, length, CRC-32 of the value");
-   aCommand.add_option("--until", itsUntil, "Stop before this tag")->type_name("gggg,eeee");
-   aCommand.add_flag("--known-only", itsKnownOnly, "Leave out private elements that no dictionary knows")
+   itsOptions.add_option("--until", itsUntil, "Stop before this tag")->type_name("gggg,eeee");
+   itsOptions.add_flag("--known-only", itsKnownOnly, "Leave out private elements that no dictionary knows")
        ->excludes(anElements);
-   aCommand.add_flag("--meta", itsMetaOnly, "The meta information alone");
-   aCommand.add_option("--data", itsData, "Folder of the dictionaries")->type_name("DIR");
-   aCommand.footer("Example:\n  tn dump --until 7fe0,0010 image.dcm");
+   itsOptions.add_flag("--meta", itsMetaOnly, "The meta information alone");
+   itsOptions.add_option("--data", itsData, "Folder of the dictionaries")->type_name("DIR");
+   itsOptions.footer("Example:\n  tn dump --until 7fe0,0010 image.dcm");
 }
 
 int DumpCommand::Run()
@@ -206,13 +142,13 @@ void DumpCommand::DumpElements(InputFile& theFile)
    {
       return;
    }
-   CheckTransferSyntax(aStream);
+   CheckIsServed(aStream);
    const size_t aMetaCount = aLister.GetCount();
    const std::unique_ptr<InputTransferSyntax> aDecoder = aStream.CreateDecoder();
    aDecoder->SetStopAtGroup(GetStopGroup());
    aDecoder->SetStopAtElement(GetStopElement());
-   Decode(*aDecoder, aStream, [&] { aLister.List(*aDecoder, itsEnd); });
-   CheckEnd(*aDecoder, aStream, aLister.GetCount() - aMetaCount);
+   DecodeWhole(*aDecoder, aStream, [&] { aLister.List(*aDecoder, itsEnd); });
+   CheckIsWhole(*aDecoder, aStream, aLister.GetCount() - aMetaCount);
 }
 
 void DumpCommand::DumpSets(InputFile& theFile)
@@ -226,7 +162,7 @@ void DumpCommand::DumpSets(InputFile& theFile)
    {
       return;
    }
-   CheckTransferSyntax(aStream);
+   CheckIsServed(aStream);
    itsObject = std::make_unique<DICOMDataObject>();
    DICOMObjectLoader aLoader(*itsObject, aStream);
    aLoader.SetStopAt(GetStopGroup(), GetStopElement());
@@ -234,9 +170,9 @@ void DumpCommand::DumpSets(InputFile& theFile)
    std::exception_ptr aFailure;
    try
    {
-      Decode(aLoader.GetDecoder(), aStream, [&] { aLoader.Load(); });
+      DecodeWhole(aLoader.GetDecoder(), aStream, [&] { aLoader.Load(); });
    }
-   catch (const Incomplete&)
+   catch (const IncompleteDataset&)
    {
       aFailure = std::current_exception(); // what had been read is printed first
    }
@@ -250,7 +186,7 @@ void DumpCommand::DumpSets(InputFile& theFile)
    {
       std::rethrow_exception(aFailure);
    }
-   CheckEnd(aLoader.GetDecoder(), aStream, itsObject->Entries());
+   CheckIsWhole(aLoader.GetDecoder(), aStream, itsObject->Entries());
 }
 
 void DumpCommand::PrintSet(const DICOMDataObject& theSet)

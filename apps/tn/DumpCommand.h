@@ -7,21 +7,19 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
+#include "apps/tn/Command.h"
 #include "talvenor/foundation/BasicTypes.h"
 
 class DICOMDataObject;
 class InputFile;
 
-class DumpCommand
+class DumpCommand : public Command
 {
 public:
    explicit DumpCommand(CLI::App& theProgram);
-   ~DumpCommand();
+   ~DumpCommand() override;
 
-   // Returns the exit code of the program.
-   int Run();
+   int Run() override;
 
 private:
    void DumpFile(const std::string& theName);

@@ -1,9 +1,11 @@
 // tn: the DICOM toolkit on the command line.
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 
 #include <CLI/CLI.hpp>
 
+#include "apps/tn/ConvertCommand.h"
 #include "apps/tn/DumpCommand.h"
 #include "apps/tn/ExitCode.h"
 #include "talvenor/foundation/TNXInitializer.h"
@@ -27,7 +29,10 @@ int Run(int theCount, char** theArguments)
    CLI::App aProgram("tn, the DICOM toolkit on the command line", "tn");
    aProgram.set_version_flag("--version", "tn " TN_VERSION);
    aProgram.require_subcommand(1);
-   DumpCommand aDump(aProgram);
+   const std::unique_ptr<Command> aCommands[] = {
+       std::make_unique<DumpCommand>(aProgram),
+       std::make_unique<ConvertCommand>(aProgram),
+   };
    try
    {
       aProgram.parse(theCount, theArguments);
@@ -37,7 +42,14 @@ int Run(int theCount, char** theArguments)
       return aProgram.exit(anError) == 0 ? ExitCode::kDone : ExitCode::kWrongUse;
    }
    TNXInitializer::SetDefaultFileBufferSize(kFileBuffer);
-   End(aDump.Run());
+   for (const std::unique_ptr<Command>& aCommand : aCommands)
+   {
+      if (aCommand->IsChosen())
+      {
+         End(aCommand->Run());
+      }
+   }
+   return ExitCode::kWrongUse;
 }
 } // namespace
 

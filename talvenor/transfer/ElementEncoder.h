@@ -302,15 +302,20 @@ private:
                  });
    }
 
+   // Headers of the other form have other sizes: group lengths would no longer be true, and are left out.
    void SaveStreamedItem(VRInputStreamVR& theItem, OutputStream& theStream, LengthPatchingOutputStream* thePatcher)
    {
+      const bool isSameForm = theItem.IsExplicit() == Policy::kIsExplicit;
       SaveNested(Base().MakeItemHeader(ElementHeader::kItem, VR::kUndefinedLength), theItem.GetLength(),
                  ElementHeader::kItemDelimitation, theStream, thePatcher,
                  [&](OutputStream& theInnerStream, LengthPatchingOutputStream* theInnerPatcher) {
                     const auto anEncoder = Base().CloneForItem(theInnerStream, theInnerPatcher);
-                    while (VR* const aVR = theItem.NextVR())
+                    while (std::unique_ptr<VR> aVR{theItem.NextVR()})
                     {
-                       anEncoder->SaveVR(aVR);
+                       if (isSameForm || aVR->GetElement() != 0)
+                       {
+                          anEncoder->SaveVR(aVR.release());
+                       }
                     }
                  });
    }

@@ -64,6 +64,7 @@ bool OutputTransferSyntax::PassesGroupFilter(VR& theVR, UINT32& theTag)
    {
       return true;
    }
+   ++itsRoot->itsLeftOutCount;
    if (theVR.IsStreamBuffered())
    {
       GetNullEncoder().SaveVR(theVR); // the stream behind it must move past it
@@ -111,10 +112,11 @@ OutputTransferSyntax& OutputTransferSyntax::GetNullEncoder()
 }
 
 std::unique_ptr<OutputTransferSyntax> OutputTransferSyntax::CloneForItem(OutputStream& theStream,
-                                                                         LengthPatchingOutputStream* thePatcher) const
+                                                                         LengthPatchingOutputStream* thePatcher)
 {
    std::unique_ptr<OutputTransferSyntax> anEncoder(Clone(theStream));
    anEncoder->itsPatcher = thePatcher;
+   anEncoder->itsRoot = itsRoot;
    return anEncoder;
 }
 

@@ -45,6 +45,8 @@ public:
    using VROutputStream::SaveVR;
    void SaveVR(VR* theVR) override;
 
+   // Additions: the number of elements that this encoder and those of its items left out, and the stream.
+   UINT32 GetLeftOutCount() const { return itsLeftOutCount; }
    OutputStream& GetStream() const { return itsStream; }
 
 protected:
@@ -58,7 +60,7 @@ protected:
    virtual unsigned int GetMaximumOutputBlockSize() const;
 
    // theStream is borrowed and must outlive the encoder. A copy writes to the same stream, shares the dictionary and
-   // knows the private creators that were written.
+   // knows the private creators that were written. It counts anew what is left out.
    explicit OutputTransferSyntax(OutputStream& theStream) : itsStream(theStream) {}
    OutputTransferSyntax(const OutputTransferSyntax& theOther);
    OutputTransferSyntax& operator=(const OutputTransferSyntax&) = delete;
@@ -84,8 +86,7 @@ private:
    OutputTransferSyntax& GetNullEncoder();
 
    // An encoder for the content of an item that goes to theStream.
-   std::unique_ptr<OutputTransferSyntax> CloneForItem(OutputStream& theStream,
-                                                      LengthPatchingOutputStream* thePatcher) const;
+   std::unique_ptr<OutputTransferSyntax> CloneForItem(OutputStream& theStream, LengthPatchingOutputStream* thePatcher);
 
    HeaderBytes MakeItemHeader(UINT32 theTag, UINT32 theLength);
 
@@ -97,6 +98,9 @@ private:
    OutputStream& itsStream;
    std::unordered_set<PrivateAllocation, HashAllocation> itsWrittenAllocations;
    std::unique_ptr<OutputTransferSyntax> itsNullEncoder; // null until something is drained
+
+   UINT32 itsLeftOutCount = 0;
+   OutputTransferSyntax* itsRoot = this; // the encoder that counts, the outermost one
 
    // Where the defined lengths around this item are settled; null when none is.
    LengthPatchingOutputStream* itsPatcher = nullptr;

@@ -3,6 +3,7 @@
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/transfer/ElementHeader.h"
 #include "talvenor/transfer/InputTransferSyntax.h"
+#include "talvenor/transfer/TransferSyntaxType.h"
 
 VRInputStreamVR::VRInputStreamVR(UINT32 theLength, std::unique_ptr<InputTransferSyntax> theContent)
     : VR(TNEndian::NativeEndian()), itsContent(std::move(theContent))
@@ -31,4 +32,9 @@ void VRInputStreamVR::Pushback(VR* theVR)
       throw StreamIOException("VRInputStreamVR::Pushback(VR*): unable to do pushback", TN_INTERNAL_ERROR, 0);
    }
    itsContent->Pushback(aVR.release());
+}
+
+bool VRInputStreamVR::IsExplicit() const
+{
+   return itsContent != nullptr && itsContent->GetTransferSyntaxType().IsExplicit();
 }

@@ -1,0 +1,216 @@
+#include "apps/tn/Conversion.h"
+
+#include "apps/tn/AtomicFile.h"
+#include "apps/tn/DatasetChecks.h"
+#include "apps/tn/ErrorText.h"
+#include "apps/tn/InputFile.h"
+#include "talvenor/dataset/VR.h"
+#include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
+#include "talvenor/dictionary/MUIDDictionary.h"
+#include "talvenor/dictionary/MUIDDictionaryEntry.h"
+#include "talvenor/file/Part10FileOutputStream.h"
+#include "talvenor/file/Part10Header.h"
+#include "talvenor/foundation/LibraryIdentity.h"
+#include "talvenor/transfer/InputTransferSyntax.h"
+#include "talvenor/transfer/OutputTransferSyntax.h"
+#include "talvenor/transfer/TransferSyntaxManager.h"
+
+namespace
+{
+constexpr UINT32 kSOPClassUID = 0x00080016;
+constexpr UINT32 kSOPInstanceUID = 0x00080018;
+
+using Elements = std::vector<std::unique_ptr<VR>>;
+
+// Tells a failure of the output from one of the input: streamed elements are read and written in one call.
+template <class Action>
+void Writing(Action theAction)
+{
+   try
+   {
+      theAction();
+   }
+   catch (const ExceptionBase& anException)
+   {
+      throw WriteFailure(ErrorText(anException));
+   }
+}
+
+class Output : public OutputStream
+{
+public:
+   explicit Output(OutputStream& theStream) : itsStream(theStream) {}
+
+   using OutputStream::Write;
+   void Write(const unsigned char* theBytes, unsigned int theCount) override
+   {
+      Writing([&] { itsStream.Write(theBytes, theCount); });
+   }
+   void Flush() override
+   {
+      Writing([&] { itsStream.Flush(); });
+   }
+   void Close() override
+   {
+      Writing([&] { itsStream.Close(); });
+   }
+
+private:
+   OutputStream& itsStream;
+};
+
+RWCString NameOf(const RWCString& theUID)
+{
+   const MUIDDictionaryEntry* const anEntry = MUIDDictionary::GetDefaultUIDDictionary().FindUID(theUID);
+   return anEntry != nullptr ? anEntry->GetDescription() : theUID;
+}
+
+RWCString ValueOf(const VR& theVR)
+{
+   RWCString aText(reinterpret_cast<const char*>(theVR.GetData()), theVR.GetData() != nullptr ? theVR.GetLength() : 0);
+   aText.erase(aText.find_last_not_of(std::string_view(" \0", 2)) + 1);
+   return aText;
+}
+
+// A file without meta information names its object in the dataset only: reads that far, and keeps what it read.
+Elements ReadIdentity(InputTransferSyntax& theDecoder, RWCString& theClass, RWCString& theInstance)
+{
+   Elements anElements;
+   while (std::unique_ptr<VR> aVR{theDecoder.NextVR()})
+   {
+      if (aVR->IsStreamBuffered())
+      {
+         if (aVR->GetTag() > kSOPInstanceUID)
+         {
+            anElements.push_back(std::move(aVR));
+            break;
+         }
+         std::exception_ptr aFailure;
+         aVR = aVR->Materialise(aFailure);
+         if (aFailure)
+         {
+            std::rethrow_exception(aFailure);
+         }
+         if (!aVR)
+         {
+            throw IncompleteDataset("an item stands outside any sequence");
+         }
+      }
+      if (aVR->GetTag() == kSOPClassUID && theClass.empty())
+      {
+         theClass = ValueOf(*aVR);
+      }
+      if (aVR->GetTag() == kSOPInstanceUID && theInstance.empty())
+      {
+         theInstance = ValueOf(*aVR);
+      }
+      const bool isBehind = aVR->GetTag() >= kSOPInstanceUID;
+      anElements.push_back(std::move(aVR));
+      if (isBehind)
+      {
+         break;
+      }
+   }
+   return anElements;
+}
+
+// That of the source, as far as it has one. The preamble may hold another file format's view of the source, which will
+// not be true of the copy.
+Part10Header MakeHeader(const Part10Header* theSource, const RWCString& theClass, const RWCString& theInstance,
+                        const TransferSyntaxType& theType)
+{
+   Part10Header aHeader = theSource != nullptr ? *theSource : Part10Header("", "", "", "", "");
+   aHeader.SetPreamble(nullptr);
+   aHeader.SetSOPClassUID(theClass);
+   aHeader.SetSOPInstanceUID(theInstance);
+   aHeader.SetTransferSyntaxUID(theType.GetUID());
+   aHeader.SetImplementationClassUID(kImplementationClassUID);
+   aHeader.SetImplementationVersionName(kImplementationVersionName);
+   return aHeader;
+}
+} // namespace
+
+void Conversion::Convert(const std::string& theSource, const std::string& theTarget)
+{
+   itsLeftOutCount = 0;
+   InputFile aFile(theSource);
+   Part10InputStream& aStream = aFile.GetStream();
+   CheckIsServed(aStream);
+   const TransferSyntaxType& aType =
+       *TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(aStream.GetTransferSyntaxUID());
+   Copy(aStream, ChooseSyntax(aType), theTarget);
+}
+
+const TransferSyntaxType& Conversion::ChooseSyntax(const TransferSyntaxType& theSource) const
+{
+   if (itsSyntax.empty() || itsSyntax == theSource.GetUID())
+   {
+      return theSource;
+   }
+   if (theSource.IsEncapsulated())
+   {
+      throw ConversionRefused("its pixel data is compressed (" + NameOf(theSource.GetUID()) +
+                              ") and stays so: only --to same is possible");
+   }
+   return *TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(itsSyntax);
+}
+
+void Conversion::Copy(Part10InputStream& theStream, const TransferSyntaxType& theType, const std::string& theTarget)
+{
+   // One dictionary for both: the creators that the encoder writes type the private elements behind them.
+   InstanceSpecificDataDictionary aDictionary(
+       InstanceSpecificDataDictionary::GetDefaultInstanceSpecificDataDictionary());
+   const std::unique_ptr<InputTransferSyntax> aDecoder = theStream.CreateDecoder();
+   aDecoder->SetDataDictionary(aDictionary);
+   const bool isSameForm = theType.IsExplicit() == aDecoder->GetTransferSyntaxType().IsExplicit();
+
+   const Part10Header* const aSource = theStream.GetPart10Header();
+   RWCString aClass = aSource != nullptr ? aSource->GetSOPClassUID() : RWCString();
+   RWCString anInstance = aSource != nullptr ? aSource->GetSOPInstanceUID() : RWCString();
+   Elements aLeading;
+   if (aClass.empty() || anInstance.empty())
+   {
+      DecodeWhole(*aDecoder, theStream, [&] { aLeading = ReadIdentity(*aDecoder, aClass, anInstance); });
+      if (aClass.empty() || anInstance.empty())
+      {
+         throw IncompleteDataset(aLeading.empty() && aSource == nullptr
+                                     ? "not a DICOM file"
+                                     : "it has no SOP class UID and instance UID, which every DICOM file needs");
+      }
+   }
+
+   AtomicFile aFile(theTarget);
+   const Part10Header aHeader = MakeHeader(aSource, aClass, anInstance, theType);
+   std::unique_ptr<Part10FileOutputStream> aFileStream;
+   Writing([&] { aFileStream = std::make_unique<Part10FileOutputStream>(aFile.GetTemporaryPath(), aHeader); });
+   Output anOutput(*aFileStream);
+   const std::unique_ptr<OutputTransferSyntax> anEncoder(theType.CreateOutputTransferSyntax(anOutput));
+   anEncoder->SetDataDictionary(aDictionary);
+
+   std::size_t aCount = 0;
+   const auto aSave = [&](std::unique_ptr<VR> theVR) {
+      ++aCount;
+      if (theVR->GetAsVRInputStreamVR() != nullptr)
+      {
+         throw IncompleteDataset("an item stands outside any sequence");
+      }
+      if (isSameForm || theVR->GetElement() != 0) // group lengths would no longer be true
+      {
+         anEncoder->SaveVR(theVR.release());
+      }
+   };
+   DecodeWhole(*aDecoder, theStream, [&] {
+      for (std::unique_ptr<VR>& aVR : aLeading)
+      {
+         aSave(std::move(aVR));
+      }
+      while (std::unique_ptr<VR> aVR{aDecoder->NextVR()})
+      {
+         aSave(std::move(aVR));
+      }
+   });
+   CheckIsWhole(*aDecoder, theStream, aCount);
+   itsLeftOutCount = anEncoder->GetLeftOutCount();
+   anOutput.Close();
+   aFile.Commit();
+}

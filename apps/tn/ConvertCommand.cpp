@@ -1,0 +1,202 @@
+#include "apps/tn/ConvertCommand.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+#include "apps/tn/Conversion.h"
+#include "apps/tn/DatasetChecks.h"
+#include "apps/tn/Dictionaries.h"
+#include "apps/tn/ErrorText.h"
+#include "apps/tn/ExitCode.h"
+#include "apps/tn/Progress.h"
+#include "talvenor/foundation/OneLine.h"
+#include "talvenor/transfer/TransferSyntaxType.h"
+
+namespace fs = std::filesystem;
+
+namespace
+{
+struct SyntaxName
+{
+   const char* itsName;
+   const RWCString& itsUID;
+};
+
+const RWCString kSame;
+const SyntaxName kSyntaxes[] = {
+    {"same", kSame},
+    {"implicit", TransferSyntaxType::TSLEImplicitUID},
+    {"explicit", TransferSyntaxType::TSLEExplicitUID},
+    {"big-endian", TransferSyntaxType::TSBEExplicitUID},
+};
+
+std::vector<std::string> Names()
+{
+   std::vector<std::string> aNames;
+   for (const SyntaxName& aSyntax : kSyntaxes)
+   {
+      aNames.push_back(aSyntax.itsName);
+   }
+   return aNames;
+}
+
+const RWCString& FindUID(const std::string& theName)
+{
+   return std::find_if(std::begin(kSyntaxes), std::end(kSyntaxes),
+                       [&](const SyntaxName& theSyntax) { return theSyntax.itsName == theName; })
+       ->itsUID;
+}
+
+// The regular files below theFolder, in order. Links are not followed: they may lead in circles.
+std::vector<fs::path> FilesBelow(const fs::path& theFolder)
+{
+   std::vector<fs::path> aFiles;
+   for (const fs::directory_entry& anEntry : fs::recursive_directory_iterator(theFolder))
+   {
+      if (anEntry.is_regular_file())
+      {
+         aFiles.push_back(anEntry.path());
+      }
+   }
+   std::sort(aFiles.begin(), aFiles.end());
+   return aFiles;
+}
+
+void Tell(const std::string& theFile, const std::string& theText)
+{
+   std::cerr << OnOneLine("tn convert: " + theFile + ": " + theText) << "\n";
+}
+} // namespace
+
+ConvertCommand::ConvertCommand(CLI::App& theProgram)
+    : Command(theProgram, "convert", "Write DICOM files in another transfer syntax")
+{
+   itsOptions.add_option("IN", itsSource, "File to read; - is standard input; with -r a folder")->required();
+   itsOptions.add_option("OUT", itsTarget, "File to write, may be IN; a folder to write into under the name of IN")
+       ->required();
+   itsOptions.add_option("--to", itsSyntax, "Transfer syntax; compressed files can only stay the same")
+       ->check(CLI::IsMember(Names()))
+       ->capture_default_str();
+   itsOptions.add_flag("-r,--recursive", itsIsRecursive, "All files below the folder IN, into the same tree below OUT");
+   itsOptions.add_option("--data", itsData, "Folder of the dictionaries")->type_name("DIR");
+   itsOptions.footer("Files of any size pass in a few megabytes of memory, and appear whole or not at all.\n\n"
+                     "Examples:\n  tn convert --to explicit old.dcm new.dcm\n"
+                     "  tn convert -r --to implicit archive/ converted/");
+}
+
+int ConvertCommand::Run()
+{
+   try
+   {
+      LoadDictionaries(itsData);
+      Conversion aConversion(FindUID(itsSyntax));
+      return itsIsRecursive ? ConvertFolder(aConversion) : ConvertOne(aConversion);
+   }
+   catch (const std::exception& anError)
+   {
+      std::cerr << "tn convert: " << anError.what() << "\n";
+      return ExitCode::kCouldNotRead;
+   }
+}
+
+int ConvertCommand::ConvertOne(Conversion& theConversion)
+{
+   fs::path aTarget = itsTarget;
+   if (fs::is_directory(aTarget))
+   {
+      aTarget /= fs::path(itsSource).filename();
+   }
+   std::string aFault;
+   const Result aResult = ConvertFile(theConversion, itsSource, aTarget.string(), aFault);
+   if (aResult != Result::Done)
+   {
+      Tell(aResult == Result::CouldNotWrite ? aTarget.string() : itsSource, aFault);
+   }
+   switch (aResult)
+   {
+   case Result::Done: return ExitCode::kDone;
+   case Result::Refused: return ExitCode::kSomeFailed;
+   case Result::CouldNotWrite: return ExitCode::kCouldNotWrite;
+   default: return ExitCode::kCouldNotRead;
+   }
+}
+
+int ConvertCommand::ConvertFolder(Conversion& theConversion)
+{
+   const std::vector<fs::path> aFiles = FilesBelow(itsSource);
+   std::vector<std::pair<std::string, std::string>> aFailures;
+   std::size_t aStrangers = 0;
+   {
+      Progress aProgress(aFiles.size());
+      for (const fs::path& aFile : aFiles)
+      {
+         aProgress.Begin(aFile.string());
+         const fs::path aTarget = itsTarget / aFile.lexically_relative(itsSource);
+         std::string aFault;
+         switch (ConvertFile(theConversion, aFile.string(), aTarget.string(), aFault))
+         {
+         case Result::Done: break;
+         case Result::NotDICOM: ++aStrangers; break;
+         default: aFailures.emplace_back(aFile.string(), aFault);
+         }
+         std::error_code anIgnored;
+         aProgress.End(fs::file_size(aFile, anIgnored));
+      }
+   }
+   std::cout << aFiles.size() - aFailures.size() - aStrangers << " files converted, " << aFailures.size() << " failed";
+   if (aStrangers != 0)
+   {
+      std::cout << ", " << aStrangers << " are no DICOM files";
+   }
+   std::cout << std::endl;
+   for (const auto& [aFile, aFault] : aFailures)
+   {
+      Tell(aFile, aFault);
+   }
+   return aFailures.empty() ? ExitCode::kDone : ExitCode::kSomeFailed;
+}
+
+ConvertCommand::Result ConvertCommand::ConvertFile(Conversion& theConversion, const std::string& theSource,
+                                                   const std::string& theTarget, std::string& theFault)
+{
+   Result aResult = Result::Done;
+   try
+   {
+      if (const fs::path aFolder = fs::path(theTarget).parent_path(); itsIsRecursive && !aFolder.empty())
+      {
+         fs::create_directories(aFolder);
+      }
+      theConversion.Convert(theSource, theTarget);
+      if (const UINT32 aCount = theConversion.GetLeftOutCount(); aCount != 0)
+      {
+         Tell(theSource, std::to_string(aCount) + " elements that no dataset may hold were left out "
+                                                  "(private ones without their creator, or illegal groups)");
+      }
+      return Result::Done;
+   }
+   catch (const ExceptionBase& anException)
+   {
+      theFault = ErrorText(anException);
+      aResult = Result::CouldNotRead;
+   }
+   catch (const ConversionRefused& anError)
+   {
+      theFault = anError.what();
+      aResult = Result::Refused;
+   }
+   catch (const IncompleteDataset& anError)
+   {
+      theFault = anError.what();
+      aResult = Result::CouldNotRead;
+   }
+   catch (const std::exception& anError) // of the output: a folder or a file that cannot be made
+   {
+      theFault = anError.what();
+      aResult = Result::CouldNotWrite;
+   }
+   return aResult;
+}
