@@ -16,6 +16,8 @@
 
 #include "talvenor/pixel/LookAheadInputStream.h"
 
+class CodestreamDump;
+
 class TALVENOR_API JP2FileInputStream : public LookAheadInputStream
 {
 public:
@@ -47,7 +49,7 @@ public:
    // Types of boxes: four characters.
    enum BoxType
    {
-      kCodestreamBox = 0x6A703263 // "jp2c"
+      B_JP2C = 0x6A703263 // "jp2c"
    };
 
    // theLengthLimit, in bytes, ends the stream; 0 is no limit. A stream passed by reference is borrowed and must outlive
@@ -76,7 +78,7 @@ public:
 
    // A marker, and the length of its segment as it is there (the two bytes of the length counted; 0 for a marker that
    // has no segment). Whatever stands at the position is taken for a marker. Returns the number of bytes consumed, 2 or
-   // 4; -1 when the stream ends first. Throws for a length of 0 or 1.
+   // 4; -1 when the stream ends first.
    int readMarkerHeader(int& theMarkerTypeReturn, int& theLengthReturn);
 
    // The eight bytes behind the length of SOT; returns 8, -1 when the stream ends first. theTileLengthReturn counts from
@@ -116,10 +118,16 @@ public:
    void dumpJP2CodestreamBox(std::ostream& theOutput, INT64 theMaxLength = 0);
 
 private:
-   INT64 SkipTilePart(INT64 theOffset, INT64 theMaxLength, int& theNextMarkerReturn);
-   INT64 FindEndOfCodestream(INT64 theOffset, INT64 theMaxLength);
-   void DumpBoxes(INT64 theEnd, int theDepth);
+   INT64 WalkCodestream(INT64 theOffset, INT64 theMaxLength, INT64 theMaxTilePartEnd);
+   INT64 SkipTilePart(INT64 theOffset, int theSOTLength, INT64 theMaxEnd);
+   INT64 SearchPacketData();
+   bool SkipSegment(int theType, int theLength, const char* theMethod);
 
-   std::ostream* itsDump = nullptr; // where the markers are printed that are walked over
-   int itsDumpDepth = 0;
+   bool DumpBoxes(INT64 theEnd);
+   bool DumpBox(int theType, INT64 theEnd);
+   void DumpCodestream(INT64 theEnd);
+   void PrintBox(INT64 thePosition, INT64 theLength, int theType);
+   void PrintMarker(int theType, int theLength);
+
+   CodestreamDump* itsDump = nullptr; // while a dump goes on
 };

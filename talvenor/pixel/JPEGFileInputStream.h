@@ -1,18 +1,21 @@
 // Finds the markers of JPEG data (ISO 10918-1 Annex B), in a file or in the fragments of encapsulated pixel data (PS3.5
-// A.4.1): where an image starts (SOI) and where it ends (EOI). JPEG-LS has markers of the same form. Nothing is decoded.
+// A.4.1): where an image starts (SOI) and where it ends (EOI). Nothing is decoded.
 //
 //    JPEGFileInputStream aScanner(aFile);
 //    INT64 aLength = 0;
 //    if (aScanner.FindCodestreamPosition(JPEGFileInputStream::M_SOI, anOffset)
 //        && aScanner.FindCodestreamPosition(JPEGFileInputStream::M_EOI, aLength)) ...   // an image of aLength bytes
 //
-// Segments are skipped by their lengths, so that the markers of a thumbnail inside an APPn segment are not met. Failures
+// JPEG-LS (ISO 14495-1) has the same markers, but its data can contain 0xFF and a byte below 0x80, which only the dump
+// knows. Segments are skipped by their lengths, so that the markers of a thumbnail inside an APPn segment are not met. Failures
 // of the stream pass through. See LookAheadInputStream for what is read ahead. Not locked: one thread at a time.
 #pragma once
 
 #include <ostream>
 
 #include "talvenor/pixel/LookAheadInputStream.h"
+
+class CodestreamDump;
 
 class TALVENOR_API JPEGFileInputStream : public LookAheadInputStream
 {
@@ -21,11 +24,6 @@ public:
    enum Marker
    {
       M_TEM = 0x01,
-      M_SOF0 = 0xC0,
-      M_DHT = 0xC4,
-      M_JPG = 0xC8,
-      M_DAC = 0xCC,
-      M_SOF15 = 0xCF,
       M_RST0 = 0xD0,
       M_RST7 = 0xD7,
       M_SOI = 0xD8,
@@ -76,6 +74,10 @@ public:
    void dumpJPEGMarkers(std::ostream& theOutput);
 
 private:
+   // readMarker, to which bytes below theFirstCode are data.
+   INT64 ReadMarker(int theFirstCode, int& theMarkerReturn, int& theLengthReturn);
+
    // Skips what readMarker has not read of a segment; false at the end of the stream.
    bool SkipSegment(int theMarker, int theLength, const char* theMethod);
+   void PrintMarker(CodestreamDump& theDump, int theMarker, int theLength);
 };

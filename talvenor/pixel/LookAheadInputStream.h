@@ -8,10 +8,12 @@
 // allocated when something is searched. Not locked: one thread at a time.
 #pragma once
 
+#include <cstddef>
 #include <limits>
 #include <memory>
 
 #include "talvenor/io/InputStream.h"
+#include "talvenor/io/TNEndian.h"
 
 class TALVENOR_API LookAheadInputStream : public InputStream
 {
@@ -39,7 +41,7 @@ public:
    INT64 GetPosition() const { return itsSourcePosition - GetLookAheadCount(); }
 
    // The number of bytes that have been taken from the wrapped stream and not been delivered:
-   unsigned int GetLookAheadCount() const { return itsEnd - itsBegin; }
+   unsigned int GetLookAheadCount() const { return static_cast<unsigned int>(itsEnd - itsBegin); }
 
    // Drops what was read ahead or pushed back, when the wrapped stream has been moved. Position and limit count from
    // here.
@@ -56,7 +58,7 @@ protected:
        : itsStream(theStream), itsOwnedStream(theStream), itsLimit(theLimit)
    {}
 
-   // Each of these returns false when the stream ends first, having consumed what there was.
+   // These return false when the stream ends first, having consumed what there was. A value is an integer, big endian.
    bool NextByte(unsigned char& theByte)
    {
       if (itsBegin == itsEnd && !Fill(kFieldBlock))
@@ -67,10 +69,20 @@ protected:
       return true;
    }
    bool NextBytes(unsigned char* theBytes, unsigned int theCount);
-
-   // A big-endian integer.
    template <class T>
-   bool NextValue(T& theValue);
+   bool NextValue(T& theValue)
+   {
+      unsigned char aField[sizeof(T)];
+      if (!NextBytes(aField, sizeof aField))
+      {
+         return false;
+      }
+      theValue = TNEndian::Load<T, TNEndian::BigEndian>(aField);
+      return true;
+   }
+
+   // Delivers bytes without consuming them; returns their number, less at the end of the stream.
+   unsigned int Peek(unsigned char* theBytes, unsigned int theCount);
 
    // Consumes up to and including the next 0xFF.
    bool SkipPastFF();
@@ -78,8 +90,9 @@ protected:
    // Consumes theCount bytes. Where the wrapped stream skips without noticing its end, this does notice.
    bool SkipFully(INT64 theCount);
 
-   // Consumes theCount bytes by reading them: for the short, where a seek would cost more.
-   bool ReadAway(INT64 theCount);
+   // Consumes theCount bytes by reading them, for stretches so short that a seek would cost more. Returns their number,
+   // less at the end of the stream.
+   INT64 ReadAway(INT64 theCount);
 
 private:
    static constexpr unsigned int kFieldBlock = 4096;   // read ahead for a field
@@ -88,16 +101,20 @@ private:
 
    // Reads a block when nothing is left of the last one; false at the end.
    bool Fill(unsigned int theCount);
-   unsigned int ReadSource(unsigned char* theBuffer, UINT64 theCount);
-   unsigned int Clip(UINT64 theCount) const;
+
+   // Within the limit.
+   unsigned int ReadSource(unsigned char* theBuffer, unsigned int theCount);
+   unsigned int SkipSource(unsigned int theCount);
+   unsigned int Clip(unsigned int theCount) const;
+
    void MakeRoomInFront(unsigned int theCount);
 
    InputStream* itsStream;
    std::unique_ptr<InputStream> itsOwnedStream; // the same stream when it is owned
    INT64 itsLimit;
-   INT64 itsSourcePosition = 0; // bytes taken from the wrapped stream, less foreign ones pushed back
-   unsigned int itsBegin = 0;   // what was read ahead or pushed back: itsBlock[itsBegin, itsEnd)
-   unsigned int itsEnd = 0;
-   unsigned int itsCapacity = 0;
+   INT64 itsSourcePosition = 0; // bytes taken from the wrapped stream
+   std::size_t itsBegin = 0;    // what was read ahead or pushed back: itsBlock[itsBegin, itsEnd)
+   std::size_t itsEnd = 0;
+   std::size_t itsCapacity = 0;
    std::unique_ptr<unsigned char[]> itsBlock;
 };
