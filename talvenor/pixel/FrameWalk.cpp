@@ -1,9 +1,11 @@
 #include "talvenor/pixel/FrameWalk.h"
 
 #include <algorithm>
+#include <cassert>
 #include <string>
 
 #include "talvenor/foundation/StreamIOException.h"
+#include "talvenor/io/TNEndian.h"
 #include "talvenor/pixel/JP2FileInputStream.h"
 #include "talvenor/pixel/JPEGFileInputStream.h"
 
@@ -12,8 +14,8 @@ namespace
 // Lengths and offsets of 32 bits.
 constexpr INT64 kLengthLimit = INT64{1} << 32;
 
-// What a scanner reads ahead, and the marker that it may put back in front of that.
-constexpr unsigned int kMaximumLookAhead = 65536 + 2;
+// More than a scanner reads ahead (64 KiB) and puts back in front of that (a marker).
+constexpr unsigned int kMaximumLookAhead = 65536 + 4096;
 
 void CheckLength(INT64 theLength, const char* theSubject)
 {
@@ -46,6 +48,7 @@ protected:
 
    void DropScanned()
    {
+      assert(itsRecording.GetBufferedBytesAvailable() >= itsScanner.GetLookAheadCount());
       while (itsRecording.GetBufferedBytesAvailable() > itsScanner.GetLookAheadCount())
       {
          const UINT64 aCount = itsRecording.GetBufferedBytesAvailable() - itsScanner.GetLookAheadCount();
@@ -102,9 +105,10 @@ public:
 protected:
    bool Find(bool theIsKept, Frame& theFrame) override
    {
-      if (IsAtPadByte())
+      RecordFrame(false);
+      if (IsAtEndOfFragment())
       {
-         SkipData(1);
+         SkipPadByte();
       }
       DropScanned();
       theFrame.itsOffset = static_cast<UINT64>(itsScanner.GetPosition());
@@ -121,13 +125,24 @@ protected:
    }
 
 private:
-   // A fragment with a codestream of odd length has one byte more, PS3.5 A.4.
-   bool IsAtPadByte() const
+   // Whether one byte is left in a fragment that had bytes of the last frame.
+   bool IsAtEndOfFragment() const
    {
       const auto anOffset = static_cast<UINT64>(itsScanner.GetPosition());
       const INT32 aFragment = itsData.FindFragment(anOffset);
       return GetFrameCount() > 0 && aFragment >= 0 && anOffset + 1 == itsData.GetFragmentEnd(aFragment) &&
              anOffset > itsData.GetFragmentEnd(aFragment - 1);
+   }
+
+   // A fragment has a byte more than a codestream of odd length, PS3.5 A.4. It is no pad byte when a codestream begins
+   // with it, which the standard does not allow either.
+   void SkipPadByte()
+   {
+      unsigned char aMarker[2];
+      const unsigned int aCount = itsScanner.ReadFully(aMarker, sizeof aMarker);
+      const bool isSOC = aCount == 2 && LoadUINT16<TNEndian::BigEndian>(aMarker) == JP2FileInputStream::M_SOC;
+      const unsigned int aSkipped = isSOC ? 0 : 1;
+      itsScanner.Pushback(aMarker + aSkipped, aCount - aSkipped);
    }
 };
 

@@ -195,7 +195,8 @@ void ImageFrameInputStream::NoteFrame()
    }
 }
 
-// For data that had none. Offsets beyond 32 bits are no offsets: there is no table then.
+// For data that had none. Offsets beyond 32 bits are no offsets: there is no table then. A table begins with 0: fragments
+// in front of the first frame, empty ones or padding, count as the frame's.
 void ImageFrameInputStream::BuildTable()
 {
    const bool isNeeded = itsTable == nullptr || itsTable->IsEmpty();
@@ -209,6 +210,7 @@ void ImageFrameInputStream::BuildTable()
    {
       anIndices.push_back(aStart.itsFragment);
    }
+   anIndices.front() = 0;
    auto aTable = std::make_unique<BasicOffsetTable>(itsNumberOfFrames);
    aTable->Init(itsWalk->GetData().GetFragmentLengthTable(), anIndices);
    itsOwnTable = std::move(aTable);

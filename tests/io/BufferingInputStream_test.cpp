@@ -57,3 +57,31 @@ TEST(BufferingInputStream, RecordingGoesOnAfterAReplay)
    EXPECT_EQ(aBytes[0], Pattern(20)[3]);
    EXPECT_EQ(aBytes[2], Pattern(20)[5]);
 }
+
+TEST(BufferingInputStream, KeepsTheLastBytesWhenTheRecordingIsLimited)
+{
+   const std::vector<unsigned char> aSource = Pattern(200000);
+   PiecewiseInputStream aStream(aSource);
+   BufferingInputStream aRecorder(aStream);
+   aRecorder.SetRecordingLimit(10000);
+   std::vector<unsigned char> aBytes(200000);
+   for (const unsigned int aCount : {1U, 9999U, 30000U, 20000U, 100U})
+   {
+      aRecorder.Read(aBytes.data(), aCount);
+      EXPECT_LE(aRecorder.GetBufferedBytesAvailable(), 10000U + 8192U);
+   }
+   aRecorder.SkipBufferedData(static_cast<unsigned int>(aRecorder.GetBufferedBytesAvailable()) - 10000);
+   EXPECT_EQ(aRecorder.ReadBufferedData(aBytes.data(), 20000), 10000U);
+   EXPECT_TRUE(std::equal(aBytes.begin(), aBytes.begin() + 10000, aSource.begin() + 50100));
+
+   aRecorder.Read(aBytes.data(), 100);
+   EXPECT_EQ(aRecorder.Skip(50000), 50000U);
+   EXPECT_EQ(aRecorder.GetBufferedBytesAvailable(), 0U) << "what is skipped is not recorded, nor what is before it";
+   aRecorder.SetRecordingLimit(BufferingInputStream::kNoLimit);
+   aRecorder.Read(aBytes.data(), 30);
+   EXPECT_EQ(aRecorder.ReadOnward(aBytes.data(), 20), 20U);
+   EXPECT_EQ(aRecorder.SkipOnward(20), 10U);
+   EXPECT_EQ(aRecorder.ReadOnward(aBytes.data(), 20), 20U);
+   EXPECT_EQ(aBytes[0], aSource[110230]);
+   EXPECT_EQ(aRecorder.GetBufferedBytesAvailable(), 0U) << "what is read onward is not recorded";
+}
