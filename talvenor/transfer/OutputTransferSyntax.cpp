@@ -64,7 +64,7 @@ bool OutputTransferSyntax::PassesGroupFilter(VR& theVR, UINT32& theTag)
    {
       return true;
    }
-   ++itsRoot->itsLeftOutCount;
+   itsRoot->itsLeftOutCount += theVR.GetElement() != 0; // nobody misses a group length
    if (theVR.IsStreamBuffered())
    {
       GetNullEncoder().SaveVR(theVR); // the stream behind it must move past it
