@@ -138,7 +138,18 @@ void Conversion::Convert(const std::string& theSource, const std::string& theTar
    CheckIsServed(aStream);
    const TransferSyntaxType& aType =
        *TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(aStream.GetTransferSyntaxUID());
-   Copy(aStream, ChooseSyntax(aType), theTarget);
+   try
+   {
+      Copy(aStream, ChooseSyntax(aType), theTarget);
+   }
+   catch (const IncompleteDataset& anError)
+   {
+      if (aStream.GetPart10Header() != nullptr)
+      {
+         throw;
+      }
+      throw NoDICOMFile(std::string("not a DICOM file, or a damaged one without meta information: ") + anError.what());
+   }
 }
 
 const TransferSyntaxType& Conversion::ChooseSyntax(const TransferSyntaxType& theSource) const
@@ -173,9 +184,7 @@ void Conversion::Copy(Part10InputStream& theStream, const TransferSyntaxType& th
       DecodeWhole(*aDecoder, theStream, [&] { aLeading = ReadIdentity(*aDecoder, aClass, anInstance); });
       if (aClass.empty() || anInstance.empty())
       {
-         throw IncompleteDataset(aLeading.empty() && aSource == nullptr
-                                     ? "not a DICOM file"
-                                     : "it has no SOP class UID and instance UID, which every DICOM file needs");
+         throw IncompleteDataset("it has no SOP class UID and instance UID, which every DICOM file needs");
       }
    }
 

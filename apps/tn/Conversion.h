@@ -16,6 +16,13 @@ public:
    using std::runtime_error::runtime_error;
 };
 
+// The file has no meta information, and what it has instead cannot be read as a dataset.
+class NoDICOMFile : public std::runtime_error
+{
+public:
+   using std::runtime_error::runtime_error;
+};
+
 // The output cannot be written.
 class WriteFailure : public std::runtime_error
 {
@@ -29,8 +36,8 @@ public:
    // theSyntax is the UID of a native transfer syntax, or empty for that of each file.
    explicit Conversion(RWCString theSyntax) : itsSyntax(std::move(theSyntax)) {}
 
-   // Writes theTarget, which appears whole or not at all and may be theSource. Throws ConversionRefused, WriteFailure,
-   // ExceptionBase or IncompleteDataset.
+   // Writes theTarget, which appears whole or not at all and may be theSource. Throws ConversionRefused, NoDICOMFile,
+   // WriteFailure, ExceptionBase or IncompleteDataset.
    void Convert(const std::string& theSource, const std::string& theTarget);
 
    // The elements of the last file that no dataset may hold (private ones without a creator, illegal groups) and that

@@ -110,11 +110,11 @@ int ConvertCommand::ConvertOne(Conversion& theConversion)
    {
       aTarget /= fs::path(itsSource).filename();
    }
-   std::string aFault;
-   const Result aResult = ConvertFile(theConversion, itsSource, aTarget.string(), aFault);
-   if (aResult != Result::Done)
+   std::string aText;
+   const Result aResult = ConvertFile(theConversion, itsSource, aTarget.string(), aText);
+   if (!aText.empty())
    {
-      Tell(aResult == Result::CouldNotWrite ? aTarget.string() : itsSource, aFault);
+      Tell(aResult == Result::CouldNotWrite ? aTarget.string() : itsSource, aText);
    }
    switch (aResult)
    {
@@ -128,7 +128,8 @@ int ConvertCommand::ConvertOne(Conversion& theConversion)
 int ConvertCommand::ConvertFolder(Conversion& theConversion)
 {
    const std::vector<fs::path> aFiles = FilesBelow(itsSource);
-   std::vector<std::pair<std::string, std::string>> aFailures;
+   std::vector<std::pair<std::string, std::string>> aRemarks; // on files, in order
+   std::size_t aDone = 0;
    std::size_t aStrangers = 0;
    {
       Progress aProgress(aFiles.size());
@@ -136,34 +137,30 @@ int ConvertCommand::ConvertFolder(Conversion& theConversion)
       {
          aProgress.Begin(aFile.string());
          const fs::path aTarget = itsTarget / aFile.lexically_relative(itsSource);
-         std::string aFault;
-         switch (ConvertFile(theConversion, aFile.string(), aTarget.string(), aFault))
+         std::string aText;
+         const Result aResult = ConvertFile(theConversion, aFile.string(), aTarget.string(), aText);
+         aDone += aResult == Result::Done;
+         aStrangers += aResult == Result::NoDICOMFile;
+         if (!aText.empty())
          {
-         case Result::Done: break;
-         case Result::NotDICOM: ++aStrangers; break;
-         default: aFailures.emplace_back(aFile.string(), aFault);
+            aRemarks.emplace_back(aFile.string(), aText);
          }
          std::error_code anIgnored;
          aProgress.End(fs::file_size(aFile, anIgnored));
       }
    }
-   std::cout << aFiles.size() - aFailures.size() - aStrangers << " files converted, " << aFailures.size() << " failed";
-   if (aStrangers != 0)
+   for (const auto& [aFile, aText] : aRemarks)
    {
-      std::cout << ", " << aStrangers << " are no DICOM files";
+      Tell(aFile, aText);
    }
-   std::cout << std::endl;
-   for (const auto& [aFile, aFault] : aFailures)
-   {
-      Tell(aFile, aFault);
-   }
-   return aFailures.empty() ? ExitCode::kDone : ExitCode::kSomeFailed;
+   const std::size_t aFailed = aFiles.size() - aDone - aStrangers;
+   std::cout << aDone << " converted, " << aFailed << " failed, " << aStrangers << " not DICOM files" << std::endl;
+   return aFailed == 0 ? ExitCode::kDone : ExitCode::kSomeFailed;
 }
 
 ConvertCommand::Result ConvertCommand::ConvertFile(Conversion& theConversion, const std::string& theSource,
-                                                   const std::string& theTarget, std::string& theFault)
+                                                   const std::string& theTarget, std::string& theText)
 {
-   Result aResult = Result::Done;
    try
    {
       if (const fs::path aFolder = fs::path(theTarget).parent_path(); itsIsRecursive && !aFolder.empty())
@@ -173,30 +170,35 @@ ConvertCommand::Result ConvertCommand::ConvertFile(Conversion& theConversion, co
       theConversion.Convert(theSource, theTarget);
       if (const UINT32 aCount = theConversion.GetLeftOutCount(); aCount != 0)
       {
-         Tell(theSource, std::to_string(aCount) + " elements that no dataset may hold were left out "
-                                                  "(private ones without their creator, or illegal groups)");
+         theText = "converted without " + std::to_string(aCount) +
+                   (aCount == 1 ? " element that no dataset may hold" : " elements that no dataset may hold") +
+                   " (private without its creator, creator twice, or an illegal group)";
       }
       return Result::Done;
    }
    catch (const ExceptionBase& anException)
    {
-      theFault = ErrorText(anException);
-      aResult = Result::CouldNotRead;
-   }
-   catch (const ConversionRefused& anError)
-   {
-      theFault = anError.what();
-      aResult = Result::Refused;
+      theText = ErrorText(anException);
+      return Result::CouldNotRead;
    }
    catch (const IncompleteDataset& anError)
    {
-      theFault = anError.what();
-      aResult = Result::CouldNotRead;
+      theText = anError.what();
+      return Result::CouldNotRead;
+   }
+   catch (const NoDICOMFile& anError)
+   {
+      theText = anError.what();
+      return Result::NoDICOMFile;
+   }
+   catch (const ConversionRefused& anError)
+   {
+      theText = anError.what();
+      return Result::Refused;
    }
    catch (const std::exception& anError) // of the output: a folder or a file that cannot be made
    {
-      theFault = anError.what();
-      aResult = Result::CouldNotWrite;
+      theText = anError.what();
+      return Result::CouldNotWrite;
    }
-   return aResult;
 }

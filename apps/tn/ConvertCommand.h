@@ -18,13 +18,14 @@ private:
    {
       Done,
       Refused,
-      NotDICOM,
+      NoDICOMFile,
       CouldNotRead,
       CouldNotWrite
    };
 
+   // theText is what there is to say of the file, empty when all is well.
    Result ConvertFile(Conversion& theConversion, const std::string& theSource, const std::string& theTarget,
-                      std::string& theFault);
+                      std::string& theText);
    int ConvertOne(Conversion& theConversion);
    int ConvertFolder(Conversion& theConversion);
 
