@@ -8,32 +8,14 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/DatasetBytes.h"
+#include "bench/LoadedDataset.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/DICOMObjectDumper.h"
 #include "talvenor/dataset/VR.h"
-#include "talvenor/file/DICOMObjectLoader.h"
-#include "talvenor/file/Part10MemoryInputStream.h"
 #include "talvenor/foundation/LogStream.h"
 
 namespace
 {
-std::unique_ptr<DICOMDataObject> Load(const DatasetBytes& theDataset)
-{
-   LoadDictionaries();
-   const std::string aFile = theDataset.File();
-   const auto* const aBytes = reinterpret_cast<const unsigned char*>(aFile.data());
-   Part10MemoryInputStream aStream(static_cast<UINT32>(aFile.size()), aBytes);
-   auto anObject = std::make_unique<DICOMDataObject>();
-   DICOMObjectLoader(*anObject, aStream).Load();
-   return anObject;
-}
-
-void PerElement(benchmark::State& theState, size_t theElements)
-{
-   theState.counters["element"] = benchmark::Counter(
-       static_cast<double>(theElements), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-}
-
 void TypedGetter(benchmark::State& theState)
 {
    const std::unique_ptr<DICOMDataObject> anObject = Load(CTImage(kExplicit, 0));
