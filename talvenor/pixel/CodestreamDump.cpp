@@ -35,7 +35,8 @@ void CodestreamDump::Line(INT64 theOffset, const RWCString& theName, INT64 theLe
 RWCString CodestreamDump::Columns(INT64 theOffset, const RWCString& theName, INT64 theLength,
                                   const RWCString& theDescription)
 {
-   return Aligned(std::to_string(theOffset), theName, theLength >= 0 ? std::to_string(theLength) : "", theDescription);
+   const auto aText = [](INT64 theNumber) { return theNumber >= 0 ? std::to_string(theNumber) : ""; };
+   return Aligned(aText(theOffset), theName, aText(theLength), theDescription);
 }
 
 UINT32 SegmentBody::Number(std::size_t theOffset, std::size_t theCount) const

@@ -18,7 +18,7 @@ public:
    void Leave() { --itsDepth; }
    int GetDepth() const { return itsDepth; }
 
-   // No length is printed below 0.
+   // No offset and no length is printed below 0.
    void Line(INT64 theOffset, const RWCString& theName, INT64 theLength, const RWCString& theDescription);
 
    // What Line prints, as text without an end of line.

@@ -117,7 +117,7 @@ void JP2FileInputStream::dumpJP2Boxes(std::ostream& theOutput)
    const WhileDumping aScope(itsDump, aDump);
    if (!DumpBoxes(kNoLimit))
    {
-      aDump.Line(GetPosition(), "-", -1, "The data ends here, inside a box");
+      aDump.Line(-1, "-", -1, "The data ends inside a box");
    }
 }
 
@@ -174,7 +174,7 @@ void JP2FileInputStream::DumpCodestream(INT64 theEnd)
 {
    if (WalkCodestream(GetPosition(), theEnd, theEnd) < 0)
    {
-      itsDump->Line(GetPosition(), "-", -1, "The codestream does not end where its lengths say, or without EOC");
+      itsDump->Line(-1, "-", -1, "The codestream ends without EOC");
    }
 }
 
