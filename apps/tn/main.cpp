@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "apps/tn/ConvertCommand.h"
+#include "apps/tn/DicomdirCommand.h"
 #include "apps/tn/DumpCommand.h"
 #include "apps/tn/ExitCode.h"
 #include "talvenor/foundation/TNXInitializer.h"
@@ -32,6 +33,7 @@ int Run(int theCount, char** theArguments)
    const std::unique_ptr<Command> aCommands[] = {
        std::make_unique<DumpCommand>(aProgram),
        std::make_unique<ConvertCommand>(aProgram),
+       std::make_unique<DicomdirCommand>(aProgram),
    };
    try
    {
