@@ -12,49 +12,15 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <zlib.h>
 
+#include "support/RunTn.h"
 #include "support/TemporaryDirectory.h"
 
 using namespace std::string_literals;
 
 namespace
 {
-struct Outcome
-{
-   int itsCode;
-   std::string itsOutput;
-   std::string itsErrors;
-};
-
-std::string Sample(const std::string& theName)
-{
-   return TALVENOR_SOURCE_DIR "/data/samples/" + theName;
-}
-
-// The program under a shell, as users call it. Arguments with blanks are to be quoted by the caller.
-Outcome Tn(const std::string& theArguments, const std::string& theInput = "/dev/null")
-{
-   const TemporaryDirectory aFolder;
-   const std::string anOutput = aFolder.File("output");
-   const std::string anErrors = aFolder.File("errors");
-   const std::string aCommand =
-       "'" TN_PROGRAM "' " + theArguments + " < '" + theInput + "' > '" + anOutput + "' 2> '" + anErrors + "'";
-   const int aStatus = std::system(aCommand.c_str());
-   return {WIFEXITED(aStatus) ? WEXITSTATUS(aStatus) : -1, ReadFile(anOutput), ReadFile(anErrors)};
-}
-
-size_t LinesOf(const std::string& theText)
-{
-   return static_cast<size_t>(std::count(theText.begin(), theText.end(), '\n'));
-}
-
-bool Contains(const std::string& theText, const std::string& thePart)
-{
-   return theText.find(thePart) != std::string::npos;
-}
-
 // A row of tn dump --elements with a value in memory.
 std::string Row(const std::string& thePath, const std::string& theTag, const std::string& theVR,
                 const std::string& theValue)
