@@ -122,6 +122,89 @@ def elements_seeds():
             yield f"{NAMES[kind]}-{decision}", dataset(kind) + bytes([decision]) * 58 + b"\0\1\0\1\0" + bytes([number])
 
 
+# FuzzJPEG and FuzzJP2 take the size of the pieces in which data arrives from the first byte.
+def segment(marker, body=b""):
+    return struct.pack(">HH", marker, len(body) + 2) + body
+
+
+def jpeg_image(scan):
+    return (b"\xff\xd8" + segment(0xFFE1, b"Exif\0\xff\xd8\xff\xd9") + segment(0xFFFE, b"\xff\xd9")
+            + segment(0xFFC0, b"\x08\0\x08\0\x08\1\1\x11\0") + segment(0xFFDA, b"\1\1\0\0\x3f\0") + scan + b"\xff\xd9")
+
+
+def jpeg_seeds():
+    image = jpeg_image(b"\x12\xff\0\x34\xff\xd0\x56")
+    yield "image", b"\0" + image
+    yield "two-in-pieces", b"\3" + image + b"\0" + image + b"\0"
+    yield "fill-bytes", b"\1" + b"\xff" * 9 + image.replace(b"\xff\xd9", b"\xff\xff\xff\xd9")
+    yield "jpeg-ls", b"\7" + jpeg_image(b"\xff\x7f\xff\1").replace(b"\xff\xc0", b"\xff\xf7")
+    yield "bare-and-reserved", b"\0\xff\xd8\xff\1\xff\2\0\2\xff\xbf\0\3\0\xff\xd9"
+    yield "bad-length", b"\0\xff\xd8\xff\xe0\0\1\xff\xd9"
+
+
+def tile_part(data, header=b"", length=None, tile=0):
+    length = 14 + len(header) + len(data) if length is None else length
+    return segment(0xFF90, struct.pack(">HIBB", tile, length, 0, 1)) + header + b"\xff\x93" + data
+
+
+def codestream(*tile_parts):
+    size = segment(0xFF51, struct.pack(">HIIIIIIIIHBBB", 0, 8, 8, 0, 0, 8, 8, 0, 0, 1, 7, 1, 1))
+    style = segment(0xFF52, b"\0\0\0\1\0\5\4\4\0\1") + segment(0xFF5C, b"\x40\x40")
+    return b"\xff\x4f" + size + style + segment(0xFF64, b"\0\1comment") + b"".join(tile_parts) + b"\xff\xd9"
+
+
+def box(kind, content, length=None):
+    return struct.pack(">I", len(content) + 8 if length is None else length) + kind + content
+
+
+def jp2_seeds():
+    packets = b"\x12\xff\x91\0\4\xff\x90\xff\x92\xff\x7f\x34"
+    image = codestream(tile_part(b"\xff\x90\xff\xd9data"), tile_part(packets, segment(0xFF58, b"\0\1"), 0, 1))
+    head = (box(b"jP  ", b"\r\n\x87\n") + box(b"ftyp", b"jp2 \0\0\0\0jp2 ")
+            + box(b"jp2h", box(b"ihdr", struct.pack(">IIHBBBB", 8, 8, 1, 7, 7, 0, 0))
+                  + box(b"colr", b"\1\0\0" + struct.pack(">I", 17)) + box(b"res ", box(b"resc", bytes(10)))))
+    yield "codestream", b"\0" + image
+    yield "codestream-in-pieces", b"\5" + image
+    yield "empty-tile-parts", b"\0" + codestream(tile_part(b""), tile_part(b"", tile=1), tile_part(packets, length=0))
+    yield "bad-tile-length", b"\0" + codestream(tile_part(b"data", length=13))
+    yield "file", b"\0" + head + box(b"jp2c", image)
+    yield "file-to-the-end", b"\2" + head + box(b"jp2c", image, 0)
+    yield "extended-length", b"\0" + head + box(b"jp2c", struct.pack(">Q", len(image) + 16) + image, 1)
+    yield "huge-box", b"\0" + head + box(b"xml ", struct.pack(">Q", 1 << 62) + b"<x/>", 1)
+    yield "deep", b"\0" + b"".join(box(b"jp2h", b"", 8 * n) for n in range(40, 0, -1))
+
+
+# FuzzFrames takes its decisions as FuzzElements does; from the end: the compression, the way the number of frames is told
+# (even for one of 0 to 20), that number, the size of the pieces.
+def frames_seeds():
+    w = Writer(EXPLICIT)
+
+    def items(data, size, *offsets):
+        fragments = [data[i:i + size] for i in range(0, len(data), size)]
+        table = b"".join(struct.pack("<I", offset) for offset in offsets)
+        return b"".join(w.element(0xFFFEE000, b"", item) for item in [table] + fragments) + w.element(0xFFFEE0DD, b"")
+
+    def decisions(kind, frames, first):
+        return bytes((first + 37 * i) % 256 for i in range(54)) + b"\0\0\0\x04" + bytes([frames, 0, kind])
+
+    jpeg = (b"\xff\xd8\xff\xe1\x00\x08\xff\xd8\x01\x02\xff\xd9\xff\xda\x00\x08\x01\x01\x00\x00\x3f\x00"
+            b"\x12\xff\x00\x34\xff\xd0\x56\xff\xd9")
+    tile = b"\xff\x90\x00\x0a\x00\x00\x00\x00\x00%c\x00\x02\xff\x93"
+    jpeg2000 = (b"\xff\x4f\xff\x52\x00\x05\x01\x02\x03" + tile % 19 + b"\x01\x02\x03\xff\xd9" + tile % 0 +
+                b"\x04\x05\x06\xff\x91\x00\x04\x00\x01\xff\x92\x07\xff\xd9")
+    for size in (2, 5, 40, 1000):
+        yield f"jpeg-{size}", items((jpeg + b"\0") * 3, size) + decisions(0, 3, size)
+        yield f"jpeg2000-{size}", items(jpeg2000 * 3, size) + decisions(1, 3, size)
+        yield f"rle-{size}", items(bytes(range(64)) * 2, size) + decisions(2, -(-128 // size), size)
+    for kind, frame in enumerate((jpeg + b"\0", jpeg2000)):
+        step = len(frame) + 8
+        yield f"table-{kind}", items(frame * 4, len(frame), 0, step, 2 * step, 3 * step) + decisions(kind, 4, kind)
+        yield f"table-lies-{kind}", items(frame * 4, len(frame), 0, 0, step + 1, 1 << 31) + decisions(kind, 4, kind)
+        yield f"cut-{kind}", items(frame * 2, 30)[:-20] + decisions(kind, 2, 1)
+    yield "one-frame", items(jpeg, 12) + decisions(0, 1, 1)
+    yield "unknown", items(jpeg, 12) + decisions(3, 1, 1)
+
+
 def lines(name, first, count):
     text = (DATA / name).read_text().splitlines()
     return [line for line in text if line and not line.startswith("//")][first:first + count]
@@ -146,7 +229,8 @@ def uid_seeds():
 
 
 def main():
-    targets = {"FuzzPart10": part10_seeds, "FuzzElements": elements_seeds, "FuzzDataDictionary": dictionary_seeds,
+    targets = {"FuzzPart10": part10_seeds, "FuzzElements": elements_seeds, "FuzzFrames": frames_seeds,
+               "FuzzJPEG": jpeg_seeds, "FuzzJP2": jp2_seeds, "FuzzDataDictionary": dictionary_seeds,
                "FuzzUIDDictionary": uid_seeds}
     for target, seeds in targets.items():
         folder = HERE / "corpus" / target
