@@ -129,11 +129,9 @@ TEST(TnDicomdirCreate, ChoosesTheTypeOfRecordByTheClass)
       std::string itsClass; // behind the root of storage classes
       const char* itsType;
    } kCases[] = {
-       {"1", "IMAGE"},        {"481.1", "IMAGE"},       {"481.2", "RT DOSE"},         {"481.3", "RT STRUCTURE SET"},
-       {"481.5", "RT PLAN"},  {"481.8", "RT PLAN"},     {"481.4", "RT TREAT RECORD"}, {"11.1", "PRESENTATION"},
-       {"9.1.1", "WAVEFORM"}, {"88.33", "SR DOCUMENT"}, {"88.59", "KEY OBJECT DOC"},  {"4.2", "SPECTROSCOPY"},
-       {"66", "RAW DATA"},    {"66.1", "REGISTRATION"}, {"66.2", "FIDUCIAL"},         {"66.4", "IMAGE"},
-       {"66.5", "SURFACE"},   {"67", "VALUE MAP"},      {"77.1.5.3", "STEREOMETRIC"}, {"77.1.5.1", "IMAGE"},
+       {"1", "IMAGE"},     {"9.1.1", "WAVEFORM"},       {"66", "RAW DATA"},      {"66.1", "REGISTRATION"},
+       {"66.4", "IMAGE"},  {"78.6", "SR DOCUMENT"},     {"78.7", "MEASUREMENT"}, {"88.33", "SR DOCUMENT"},
+       {"481.1", "IMAGE"}, {"88.59", "KEY OBJECT DOC"}, {"481.5", "RT PLAN"},    {"481.12", "RADIOTHERAPY"},
    };
    const TemporaryDirectory aFolder;
    int aNumber = 0;

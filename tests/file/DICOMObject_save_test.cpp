@@ -87,7 +87,7 @@ TEST(SaveToFile, WritesMetaInformationAndDatasetInTheSyntaxOfTheType)
    }
 }
 
-TEST(SaveToFile, WritesPrivateElementsSequencesAndWhatHasNoType)
+TEST(SaveToFile, WritesSequencesAndPrivateElementsUnderTheirBlocks)
 {
    DICOMDataObject anObject;
    FillObject(anObject);
