@@ -2,13 +2,14 @@
 // A.4.1): where an image starts (SOI) and where it ends (EOI). Nothing is decoded.
 //
 //    JPEGFileInputStream aScanner(aFile);
-//    INT64 aLength = 0;
-//    if (aScanner.FindCodestreamPosition(JPEGFileInputStream::M_SOI, anOffset)
-//        && aScanner.FindCodestreamPosition(JPEGFileInputStream::M_EOI, aLength)) ...   // an image of aLength bytes
+//    INT64 aBegin = 0;    // bytes in front of the image
+//    INT64 aLength = 0;   // bytes of the image
+//    if (aScanner.FindCodestreamPosition(JPEGFileInputStream::M_SOI, aBegin) &&
+//        aScanner.FindCodestreamPosition(JPEGFileInputStream::M_EOI, aLength)) ...
 //
-// JPEG-LS (ISO 14495-1) has the same markers, but its data can contain 0xFF and a byte below 0x80, which only the dump
-// knows. Segments are skipped by their lengths, so that the markers of a thumbnail inside an APPn segment are not met. Failures
-// of the stream pass through. See LookAheadInputStream for what is read ahead. Not locked: one thread at a time.
+// Segments are skipped by their lengths, so that the markers of a thumbnail inside an APPn segment are not met. JPEG-LS
+// (ISO 14495-1) has the same markers, but its data can contain 0xFF and a byte below 0x80, which only the dump knows.
+// Failures of the stream pass through. See LookAheadInputStream for what is read ahead. Not locked: one thread at a time.
 #pragma once
 
 #include <ostream>

@@ -4,8 +4,8 @@
 // Bytes read ahead are kept, and come first in whatever is read, skipped or searched next. The wrapped stream is
 // therefore GetLookAheadCount bytes further than this one: what a BufferingInputStream below has recorded ends that many
 // bytes behind GetPosition. Plain Read and Skip take no more from the wrapped stream than was asked for. Reads end at the
-// limit, and nothing beyond it is taken from the wrapped stream. At most 64 KiB is read ahead, and memory for it only
-// allocated when something is searched. Not locked: one thread at a time.
+// limit, and nothing beyond it is taken from the wrapped stream. At most 64 KiB is read ahead, 4 KiB for a field. Not
+// locked: one thread at a time.
 #pragma once
 
 #include <cstddef>
