@@ -1,5 +1,5 @@
-// Walks boxes and codestreams of JPEG 2000 and dumps them. The first byte says in which pieces the rest arrives; a stream
-// that can seek must end where one that cannot does.
+// Walks boxes and codestreams of JPEG 2000 and dumps them. The first byte says in which pieces the rest arrives; a
+// stream that can seek must end where one that cannot does.
 #include <functional>
 
 #include "fuzz/Fuzzing.h"

@@ -1,5 +1,5 @@
-// Searches JPEG data for its images and dumps it. The first byte says in which pieces the rest arrives. What is found must
-// be what a search byte by byte finds.
+// Searches JPEG data for its images and dumps it. The first byte says in which pieces the rest arrives. What is found
+// must be what a search byte by byte finds.
 #include "fuzz/Fuzzing.h"
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/io/BufferingInputStream.h"

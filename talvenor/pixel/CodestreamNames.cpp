@@ -8,7 +8,8 @@ namespace CodestreamNames
 namespace
 {
 
-// Second bytes of markers: ISO 10918-1 Table B.1; SOF55 and LSE, which took the place of JPG7 and JPG8: ISO 14495-1 C.1.1.
+// Second bytes of markers: ISO 10918-1 Table B.1; SOF55 and LSE, which took the place of JPG7 and JPG8: ISO 14495-1
+// C.1.1.
 constexpr Row kJPEGMarkers[] = {
     {0x01, 0x01, "TEM", 0, "For temporary private use in arithmetic coding"},
     {0x02, 0xBF, "", 0, "Reserved"},

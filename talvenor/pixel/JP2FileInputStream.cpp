@@ -51,8 +51,8 @@ bool IsIn(bool HeaderMarker::*theHeader, int theType)
                       [=](const HeaderMarker& theRow) { return theRow.itsType == theType && theRow.*theHeader; });
 }
 
-// Markers alone, without a segment: delimiters and 0xFF30 to 0xFF3F (ISO 15444-1 A.1.3). What does not begin with 0xFF is
-// no marker.
+// Markers alone, without a segment: delimiters and 0xFF30 to 0xFF3F (ISO 15444-1 A.1.3). What does not begin with 0xFF
+// is no marker.
 bool HasSegment(int theType)
 {
    switch (theType)
@@ -225,8 +225,8 @@ bool JP2FileInputStream::SkipSegment(int theType, int theLength, const char* the
    return skipData(theLength - 2) == theLength - 2;
 }
 
-// From behind the length of SOT to behind the data of the tile-part. A length of 0, or one that leaves no data, does not
-// say where that is: the data is searched for the marker behind it.
+// From behind the length of SOT to behind the data of the tile-part. A length of 0, or one that leaves no data, does
+// not say where that is: the data is searched for the marker behind it.
 INT64 JP2FileInputStream::SkipTilePart(INT64 theOffset, int theSOTLength, INT64 theMaxEnd)
 {
    if (theSOTLength != kSOTLength)
@@ -315,8 +315,8 @@ INT64 JP2FileInputStream::readTileLength()
    return aLength;
 }
 
-// Packet data contains no marker above 0xFF8F but SOP, which is followed by its length and a packet number, and EPH (ISO
-// 15444-1 A.8, B.10.1).
+// Packet data contains no marker above 0xFF8F but SOP, which is followed by its length and a packet number, and EPH
+// (ISO 15444-1 A.8, B.10.1).
 INT64 JP2FileInputStream::findNextSotOrEocMarkerInCodestream(int& theMarkerTypeReturn)
 {
    const INT64 aBegin = GetPosition();

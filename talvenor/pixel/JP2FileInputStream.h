@@ -1,6 +1,6 @@
-// Walks the boxes of a JP2 file (ISO 15444-1 Annex I) and the markers of a JPEG 2000 codestream (Annex A), which is also
-// what encapsulated pixel data holds, without boxes (PS3.5 A.4.4): finds where a codestream starts and ends. Nothing is
-// decoded. All integers are big endian.
+// Walks the boxes of a JP2 file (ISO 15444-1 Annex I) and the markers of a JPEG 2000 codestream (Annex A), which is
+// also what encapsulated pixel data holds, without boxes (PS3.5 A.4.4): finds where a codestream starts and ends.
+// Nothing is decoded. All integers are big endian.
 //
 //    JP2FileInputStream aFile(aSource);
 //    if (aFile.seekToStartOfCodestream() >= 0)
@@ -9,7 +9,8 @@
 //    }
 //
 // Tile-parts are skipped by their lengths. What is wrong in the data throws StreamIOException with TN_INVALID_ENCODING;
-// failures of the stream pass through. See LookAheadInputStream for what is read ahead. Not locked: one thread at a time.
+// failures of the stream pass through. See LookAheadInputStream for what is read ahead. Not locked: one thread at a
+// time.
 #pragma once
 
 #include <ostream>
@@ -52,8 +53,8 @@ public:
       B_JP2C = 0x6A703263 // "jp2c"
    };
 
-   // theLengthLimit, in bytes, ends the stream; 0 is no limit. A stream passed by reference is borrowed and must outlive
-   // this one, one passed by pointer is owned.
+   // theLengthLimit, in bytes, ends the stream; 0 is no limit. A stream passed by reference is borrowed and must
+   // outlive this one, one passed by pointer is owned.
    explicit JP2FileInputStream(InputStream& theStream, INT64 theLengthLimit = 0);
    explicit JP2FileInputStream(InputStream* theStream, INT64 theLengthLimit = 0);
 
@@ -81,8 +82,8 @@ public:
    // 4; -1 when the stream ends first.
    int readMarkerHeader(int& theMarkerTypeReturn, int& theLengthReturn);
 
-   // The eight bytes behind the length of SOT; returns 8, -1 when the stream ends first. theTileLengthReturn counts from
-   // the first byte of the SOT marker; 0 for a tile-part that reaches to EOC. theTilePartCountReturn is 0 when the
+   // The eight bytes behind the length of SOT; returns 8, -1 when the stream ends first. theTileLengthReturn counts
+   // from the first byte of the SOT marker; 0 for a tile-part that reaches to EOC. theTilePartCountReturn is 0 when the
    // tile-part does not say how many the tile has.
    int readSOTBody(int& theTileIndexReturn, INT64& theTileLengthReturn, int& theTilePartIndexReturn,
                    int& theTilePartCountReturn);
@@ -109,9 +110,9 @@ public:
    static RWCString getMarkerName(int theMarkerType);
    static RWCString getMarkerDescription(int theMarkerType);
 
-   // Prints a line for each box up to the end of the stream: position, name, length, description; the boxes inside a box
-   // indented below it, and the markers of each codestream. A stream that is a bare codestream is printed as one. Throws
-   // where the data is at fault, after the lines of what stands before.
+   // Prints a line for each box up to the end of the stream: position, name, length, description; the boxes inside a
+   // box indented below it, and the markers of each codestream. A stream that is a bare codestream is printed as one.
+   // Throws where the data is at fault, after the lines of what stands before.
    void dumpJP2Boxes(std::ostream& theOutput);
 
    // The same for a codestream at the present position, to behind its EOC. theMaxLength is in bytes, 0 is no maximum.

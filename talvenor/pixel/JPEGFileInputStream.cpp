@@ -26,8 +26,8 @@ INT64 JPEGFileInputStream::readMarker(int& theMarkerReturn, int& theLengthReturn
    return ReadMarker(0x01, theMarkerReturn, theLengthReturn);
 }
 
-// A marker is 0xFF, any number of which may stand before it to fill up, and a byte that is neither 0xFF nor 0; 0xFF 0x00
-// is a byte of entropy-coded data (ISO 10918-1 B.1.1.2, B.1.1.5).
+// A marker is 0xFF, any number of which may stand before it to fill up, and a byte that is neither 0xFF nor 0; 0xFF
+// 0x00 is a byte of entropy-coded data (ISO 10918-1 B.1.1.2, B.1.1.5).
 INT64 JPEGFileInputStream::ReadMarker(int theFirstCode, int& theMarkerReturn, int& theLengthReturn)
 {
    const INT64 aBegin = GetPosition();

@@ -9,7 +9,8 @@
 //
 // Segments are skipped by their lengths, so that the markers of a thumbnail inside an APPn segment are not met. JPEG-LS
 // (ISO 14495-1) has the same markers, but its data can contain 0xFF and a byte below 0x80, which only the dump knows.
-// Failures of the stream pass through. See LookAheadInputStream for what is read ahead. Not locked: one thread at a time.
+// Failures of the stream pass through. See LookAheadInputStream for what is read ahead. Not locked: one thread at a
+// time.
 #pragma once
 
 #include <ostream>
@@ -33,14 +34,14 @@ public:
       M_SOF55 = 0xF7, // start of frame of JPEG-LS (ISO 14495-1)
    };
 
-   // theLengthLimit, in bytes, ends the stream; 0xFFFFFFFF is no limit. A stream passed by reference is borrowed and must
-   // outlive this one, one passed by pointer is owned.
+   // theLengthLimit, in bytes, ends the stream; 0xFFFFFFFF is no limit. A stream passed by reference is borrowed and
+   // must outlive this one, one passed by pointer is owned.
    explicit JPEGFileInputStream(InputStream& theStream, unsigned int theLengthLimit = 0xFFFFFFFF);
    explicit JPEGFileInputStream(InputStream* theStream, unsigned int theLengthLimit = 0xFFFFFFFF);
 
    // The next marker, whatever stands before it, and the length of its segment as it is there (the two bytes of the
-   // length counted; 0 for a marker that has no segment). The stream then stands behind the length. Returns the number of
-   // bytes consumed, -1 when the stream ends first.
+   // length counted; 0 for a marker that has no segment). The stream then stands behind the length. Returns the number
+   // of bytes consumed, -1 when the stream ends first.
    INT64 readMarker(int& theMarkerReturn, int& theLengthReturn);
 
    // A big-endian 16-bit number and a byte; -1 at the end of the stream.
@@ -48,15 +49,16 @@ public:
    int readByte();
 
    // thePositionMarker is M_SOI or M_EOI (else StreamIOException, TN_INTERNAL_ERROR). The stream then stands at the SOI
-   // or behind the EOI; returned is the number of bytes from where it stood before to there. When the stream ends first:
-   // -1 inside a segment or when no marker came at all, else the number of bytes up to the end of the last one, which is
-   // why FindCodestreamPosition is better. A segment of length 0 or 1 throws StreamIOException (TN_INVALID_ENCODING).
+   // or behind the EOI; returned is the number of bytes from where it stood before to there. When the stream ends
+   // first: -1 inside a segment or when no marker came at all, else the number of bytes up to the end of the last one,
+   // which is why FindCodestreamPosition is better. A segment of length 0 or 1 throws StreamIOException
+   // (TN_INVALID_ENCODING).
    INT64 seekToCodestreamPosition(int thePositionMarker);
    INT64 seekToStartOfCodestream() { return seekToCodestreamPosition(M_SOI); }
    INT64 seekToEndOfCodestream() { return seekToCodestreamPosition(M_EOI); }
 
-   // An addition to the listed operations: the same, and tells whether the marker is there. When it is not, theOffset is
-   // what seekToCodestreamPosition returns.
+   // An addition to the listed operations: the same, and tells whether the marker is there. When it is not, theOffset
+   // is what seekToCodestreamPosition returns.
    bool FindCodestreamPosition(int thePositionMarker, INT64& theOffset);
 
    // False for SOI, EOI, TEM and RST0 to RST7.

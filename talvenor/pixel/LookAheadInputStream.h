@@ -1,11 +1,11 @@
-// What the scanners of compressed images, JPEGFileInputStream and JP2FileInputStream, share: big-endian fields and a fast
-// search for 0xFF, made on blocks that are read ahead of the position.
+// What the scanners of compressed images, JPEGFileInputStream and JP2FileInputStream, share: big-endian fields and a
+// fast search for 0xFF, made on blocks that are read ahead of the position.
 //
 // Bytes read ahead are kept, and come first in whatever is read, skipped or searched next. The wrapped stream is
-// therefore GetLookAheadCount bytes further than this one: what a BufferingInputStream below has recorded ends that many
-// bytes behind GetPosition. Plain Read and Skip take no more from the wrapped stream than was asked for. Reads end at the
-// limit, and nothing beyond it is taken from the wrapped stream. At most 64 KiB is read ahead, 4 KiB for a field. Not
-// locked: one thread at a time.
+// therefore GetLookAheadCount bytes further than this one: what a BufferingInputStream below has recorded ends that
+// many bytes behind GetPosition. Plain Read and Skip take no more from the wrapped stream than was asked for. Reads end
+// at the limit, and nothing beyond it is taken from the wrapped stream. At most 64 KiB is read ahead, 4 KiB for a
+// field. Not locked: one thread at a time.
 #pragma once
 
 #include <cstddef>
@@ -36,8 +36,8 @@ public:
    // Closes the wrapped stream.
    void Close() override;
 
-   // Additions to the listed operations. The number of bytes delivered, skipped or searched since construction or Reset,
-   // less those pushed back (negative when more were pushed back than delivered):
+   // Additions to the listed operations. The number of bytes delivered, skipped or searched since construction or
+   // Reset, less those pushed back (negative when more were pushed back than delivered):
    INT64 GetPosition() const { return itsSourcePosition - GetLookAheadCount(); }
 
    // The number of bytes that have been taken from the wrapped stream and not been delivered:

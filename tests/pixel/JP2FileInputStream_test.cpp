@@ -111,8 +111,16 @@ const WalkCase kWalks[] = {
     {"counted from elsewhere", MAIN SOT("00000012") "FF93 11223344 FFD9 00", 5000000000, 0, "5000000033"},
     {"markers in its data", MAIN SOT("00000012") "FF93 FF90FFD9 FFD9", 0, 0, "33"},
     {"markers in its header", MAIN SOT("00000018") "FF58 0004 FF93 FF93 11223344 FFD9", 0, 0, "39"},
+    {"all that a main header holds",
+     "FF4F FF510002 FF520002 FF530002 FF5C0002 FF5D0002 FF5E0002 FF5F0002 FF600002 FF570002 FF550002 FF630002 FF640002 "
+     "FFD9",
+     0, 0, "52"},
+    {"all that a tile header holds",
+     MAIN SOT("00000036") "FF520002 FF530002 FF5C0002 FF5D0002 FF5E0002 FF5F0002 FF580002 FF610002 FF640002 FF93 "
+                          "11223344 FFD9",
+     0, 0, "69"},
     {"two tile-parts", MAIN SOT("00000010") "FF93 1122 " SOT("0000000F") "FF93 33 FFD9", 0, 0, "46"},
-    {"length 0", MAIN SOT("00000000") "FF93 11FF8F FF92 FF910004FF90 22 FFD9 00", 0, 0, "41"},
+    {"length 0", MAIN SOT("00000000") "FF93 11FF8F FF92 FF91000400FF FFD9 00", 0, 0, "40"},
     {"length 0, then another", MAIN SOT("00000000") "FF93 1122 " SOT("0000000F") "FF93 33 FFD9", 0, 0, "46"},
     {"length without data", MAIN SOT("0000000E") "FF93 1122 FFD9", 0, 0, "31"},
     {"length less than the header", MAIN SOT("00000010") "FF64 0006 00010203 FF93 1122 FFD9", 0, 0, "39"},
