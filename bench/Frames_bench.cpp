@@ -1,5 +1,5 @@
-// Finding the frames of encapsulated pixel data of 256 MiB: one after another, kept and read or only passed, and with an
-// offset table in any order. From memory, and from a file that is in the cache of the system.
+// Finding the frames of encapsulated pixel data of 256 MiB: one after another, kept and read or only passed, and with
+// an offset table in any order. From memory, and from a file that is in the cache of the system.
 #include <memory>
 #include <random>
 

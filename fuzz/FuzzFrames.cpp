@@ -1,7 +1,7 @@
 // Takes the frames of encapsulated pixel data: one after another, from memory and in pieces, which must make no
 // difference; by the offset table that was built on the way, which must give the same frames; and in any order, with
-// whatever offset table the data has. What is done is chosen by the last bytes of the input, the compression by the very
-// last.
+// whatever offset table the data has. What is done is chosen by the last bytes of the input, the compression by the
+// very last.
 #include <memory>
 
 #include <fuzzer/FuzzedDataProvider.h>

@@ -1,5 +1,5 @@
-// The basic offset table of encapsulated pixel data (PS3.5 A.4): for each frame the distance in bytes from the first byte
-// of the first fragment item's tag to the first byte of the tag of the item in which the frame starts. Frames and
+// The basic offset table of encapsulated pixel data (PS3.5 A.4): for each frame the distance in bytes from the first
+// byte of the first fragment item's tag to the first byte of the tag of the item in which the frame starts. Frames and
 // fragments count from 0; the item of the table itself is no fragment. Not locked.
 #pragma once
 
@@ -19,9 +19,10 @@ public:
 
    // Each Init gives the table its offsets. One that throws StreamIOException leaves the table as it was.
 
-   // From the lengths in bytes of the fragments and, for each frame, the index of the fragment in which it starts. Frames
-   // that start in the same fragment get the same offset. Throws (TN_INTERNAL_ERROR) when the indices do not begin with
-   // 0, are fewer than the frames, decrease or point behind the fragments, and for an offset that 32 bits cannot hold.
+   // From the lengths in bytes of the fragments and, for each frame, the index of the fragment in which it starts.
+   // Frames that start in the same fragment get the same offset. Throws (TN_INTERNAL_ERROR) when the indices do not
+   // begin with 0, are fewer than the frames, decrease or point behind the fragments, and for an offset that 32 bits
+   // cannot hold.
    void Init(const RWTValOrderedVector<UINT32>& theFragmentLengths, const RWTValOrderedVector<INT32>& theStartIndices);
 
    // From the value of the item, theLength bytes of which 4 for each frame are read. An empty one gives the only frame
@@ -34,7 +35,8 @@ public:
    // kUnknownOffset when there is no such frame or no offset; 0 always for the first frame.
    UINT32 GetOffset(INT32 theFrame) const;
 
-   // The value of the item, owned by the caller: 4 bytes for each frame, little endian, zeros when there are no offsets.
+   // The value of the item, owned by the caller: 4 bytes for each frame, little endian, zeros when there are no
+   // offsets.
    MemoryBufferedPixelDataFragment* GetAsPixelDataFragment() const;
 
    // Whether there are no offsets.

@@ -1,5 +1,6 @@
 // The fragments of encapsulated pixel data (PS3.5 A.4) as one continuous stream: their bytes one after another, without
-// the headers of their items. The item of the basic offset table is no fragment: whoever makes this stream has taken it.
+// the headers of their items. The item of the basic offset table is no fragment: whoever makes this stream has taken
+// it.
 //
 // Which fragments there were is kept, 12 bytes of memory for each. Fragments count from 0 where this stream began;
 // offsets count bytes of data, item headers not included, unless said otherwise.

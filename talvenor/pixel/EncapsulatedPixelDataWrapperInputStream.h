@@ -1,5 +1,5 @@
-// One compressed frame as a complete element of encapsulated pixel data (PS3.5 A.4), for what reads such elements from a
-// stream. Of a source that holds nothing but the frame it delivers
+// One compressed frame as a complete element of encapsulated pixel data (PS3.5 A.4), for what reads such elements from
+// a stream. Of a source that holds nothing but the frame it delivers
 //
 //    E0 7F 10 00  'O' 'B'  00 00  FF FF FF FF    (7FE0,0010)
 //    FE FF 00 E0  04 00 00 00  00 00 00 00       the basic offset table of one frame
@@ -17,17 +17,17 @@
 class TALVENOR_API EncapsulatedPixelDataWrapperInputStream : public InputStream
 {
 public:
-   // theSource stands at the first byte of the frame, theLength bytes of which are read. It is owned in the pointer form;
-   // in the reference form it is borrowed and must outlive this stream. Throws StreamIOException (TN_INTERNAL_ERROR) for
-   // a length of 0xFFFFFFFF, which no fragment can have.
+   // theSource stands at the first byte of the frame, theLength bytes of which are read. It is owned in the pointer
+   // form; in the reference form it is borrowed and must outlive this stream. Throws StreamIOException
+   // (TN_INTERNAL_ERROR) for a length of 0xFFFFFFFF, which no fragment can have.
    EncapsulatedPixelDataWrapperInputStream(InputStream& theSource, UINT32 theLength, unsigned char thePadByte);
    EncapsulatedPixelDataWrapperInputStream(InputStream* theSource, UINT32 theLength, unsigned char thePadByte);
 
    // Throws StreamIOException (TN_INTERNAL_ERROR) when the source ends inside the frame.
    unsigned int Read(unsigned char* theBuffer, unsigned int theCount) override;
 
-   // Positions are those of the element delivered; one beyond its end is its end. Throws (TN_UNSUPPORTED) when the source
-   // cannot seek.
+   // Positions are those of the element delivered; one beyond its end is its end. Throws (TN_UNSUPPORTED) when the
+   // source cannot seek.
    void Seek(unsigned int thePosition) override;
    int CanSeek() const override { return itsSource.CanSeek(); }
    INT64 Length() const override { return static_cast<INT64>(GetTotalLength()); }

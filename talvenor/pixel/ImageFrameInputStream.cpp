@@ -195,8 +195,8 @@ void ImageFrameInputStream::NoteFrame()
    }
 }
 
-// For data that had none. Offsets beyond 32 bits are no offsets: there is no table then. A table begins with 0: fragments
-// in front of the first frame, empty ones or padding, count as the frame's.
+// For data that had none. Offsets beyond 32 bits are no offsets: there is no table then. A table begins with 0:
+// fragments in front of the first frame, empty ones or padding, count as the frame's.
 void ImageFrameInputStream::BuildTable()
 {
    const bool isNeeded = itsTable == nullptr || itsTable->IsEmpty();

@@ -7,14 +7,14 @@
 //
 // Frames count from 0. With an offset table, and a stream that can seek, GetFrame reaches any frame at once.
 //
-// A frame of JPEG or JPEG 2000 is in memory while it is the current one, because its end must be found before its length
-// can be told; frames that are skipped are not. Offsets have 32 bits, as the table does, and so have positions in the
-// stream: a frame beyond 4 GiB in the stream is reached by skipping forward from there.
+// A frame of JPEG or JPEG 2000 is in memory while it is the current one, because its end must be found before its
+// length can be told; frames that are skipped are not. Offsets have 32 bits, as the table does, and so have positions
+// in the stream: a frame beyond 4 GiB in the stream is reached by skipping forward from there.
 //
 // Failures throw StreamIOException, those of the streams below included. What the data says is not trusted: the number
 // of frames costs no memory, and an offset that leads to no item throws (TN_INVALID_DELIMITER). After a failure the
-// position is undefined, except that a basic offset table at fault has been passed: NextFrame goes on without it. A JPEG
-// 2000 frame that is cut counts as none: who finds fewer frames than there should be has lost some.
+// position is undefined, except that a basic offset table at fault has been passed: NextFrame goes on without it. A
+// JPEG 2000 frame that is cut counts as none: who finds fewer frames than there should be has lost some.
 // Not locked: one thread at a time.
 #pragma once
 
@@ -53,12 +53,13 @@ public:
    ImageFrameInputStream& operator=(const ImageFrameInputStream&) = delete;
    ~ImageFrameInputStream();
 
-   // The next frame in the stream, owned by the caller; null behind the last one. It cannot seek backwards, its Length is
-   // that of the frame. It may be destroyed at any time; it delivers nothing more once another frame has been asked for
-   // or this object is gone.
+   // The next frame in the stream, owned by the caller; null behind the last one. It cannot seek backwards, its Length
+   // is that of the frame. It may be destroyed at any time; it delivers nothing more once another frame has been asked
+   // for or this object is gone.
    //
-   // Behind frame theNumberOfFrames - 1 of JPEG and JPEG 2000 the rest of the pixel data is skipped, so that the decoder
-   // stands at the next element. When that fails, this frame is good all the same; the failure is thrown by the next call.
+   // Behind frame theNumberOfFrames - 1 of JPEG and JPEG 2000 the rest of the pixel data is skipped, so that the
+   // decoder stands at the next element. When that fails, this frame is good all the same; the failure is thrown by the
+   // next call.
    InputStream* NextFrame();
 
    // Skips one frame and returns non-zero when there was one. With random access only the index of the current frame
@@ -97,13 +98,13 @@ public:
    // What the transfer syntax and the form of the pixel data tell.
    CompressionType GetCompressionType() const { return itsCompressionType; }
 
-   // Passes over the next frame in the stream as NextFrame finds it, without keeping its bytes, and returns non-zero when
-   // there was one. Length and place are then those of the frame passed over. SkipNextFrame does this without random
-   // access; this one does it with random access too, for who wants to know where all frames are.
+   // Passes over the next frame in the stream as NextFrame finds it, without keeping its bytes, and returns non-zero
+   // when there was one. Length and place are then those of the frame passed over. SkipNextFrame does this without
+   // random access; this one does it with random access too, for who wants to know where all frames are.
    int PassNextFrame();
 
-   // Where the current frame lies. Numbers that are not known are -1: indices and offsets in the data, after GetFrame has
-   // jumped to a frame that does not start with the pixel data; all of them when there is no current frame.
+   // Where the current frame lies. Numbers that are not known are -1: indices and offsets in the data, after GetFrame
+   // has jumped to a frame that does not start with the pixel data; all of them when there is no current frame.
    struct FramePlace
    {
       // Index of the fragment in which the frame starts, from 0; the table of offsets is no fragment.

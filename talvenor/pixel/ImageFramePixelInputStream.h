@@ -11,8 +11,8 @@ class BufferingInputStream;
 class TALVENOR_API ImageFramePixelInputStream : public InputStream
 {
 public:
-   // The frame is the next theLength bytes: first those that theStream has recorded and not replayed, then those that it
-   // reads. theStream is borrowed, until End is called.
+   // The frame is the next theLength bytes: first those that theStream has recorded and not replayed, then those that
+   // it reads. theStream is borrowed, until End is called.
    ImageFramePixelInputStream(BufferingInputStream& theStream, UINT64 theLength);
 
    // A copy is the same view: what is read from one of them has been read from all.

@@ -1,6 +1,6 @@
-// Encapsulated pixel data, (7FE0,0010), still in the stream of the decoder that returned it (PS3.5 A.4). Read it item by
-// item with NextFragment, skip it with SkipToEOF, or have it built in memory with GetVR, before the decoder is asked for
-// the next element.
+// Encapsulated pixel data, (7FE0,0010), still in the stream of the decoder that returned it (PS3.5 A.4). Read it item
+// by item with NextFragment, skip it with SkipToEOF, or have it built in memory with GetVR, before the decoder is asked
+// for the next element.
 #pragma once
 
 #include <memory>
