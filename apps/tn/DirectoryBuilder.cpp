@@ -9,6 +9,7 @@
 
 #include "apps/tn/DirectoryRecordTypes.h"
 #include "apps/tn/InstanceHeader.h"
+#include "apps/tn/Tags.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/dataset/VR.h"
@@ -16,6 +17,8 @@
 #include "talvenor/dictionary/MDataDictionary.h"
 #include "talvenor/dictionary/VRType.h"
 #include "talvenor/file/DICOMDirUtilities.h"
+#include "talvenor/foundation/StreamIOException.h"
+#include "talvenor/transfer/ConcreteOutputTransferSyntaxes.h"
 
 namespace
 {
@@ -48,16 +51,6 @@ constexpr DirectoryKey kCharacterSet = {0x00080005, VRCode::CS, DirectoryKey::kI
 // As long as that of the calculation of offsets: they shift with it.
 constexpr char kSourceAETitle[] = "TNDICOMDIR";
 static_assert(sizeof kSourceAETitle == sizeof DICOMDirUtilities::kSourceAETitle);
-
-UINT16 GroupOf(UINT32 theTag)
-{
-   return static_cast<UINT16>(theTag >> 16);
-}
-
-UINT16 ElementOf(UINT32 theTag)
-{
-   return static_cast<UINT16>(theTag);
-}
 
 // --- Elements --------------------------------------------------------------------------------------------------------
 
@@ -93,13 +86,6 @@ std::unique_ptr<VR> MakeEmpty(const DirectoryKey& theKey)
                                      : MakeText(theKey.itsTag, theKey.itsVR, "");
 }
 
-RWCString TextOf(const DICOMObject& theObject, UINT32 theTag)
-{
-   RWCString aText;
-   theObject.GetString(GroupOf(theTag), ElementOf(theTag), aText);
-   return aText;
-}
-
 // --- Keys ------------------------------------------------------------------------------------------------------------
 
 // Of the content of a document a record repeats what modifies its title (PS3.3 F.5.25). Null when there is none.
@@ -116,10 +102,24 @@ std::unique_ptr<VR> CopyModifiers(const SequenceVR& theContent)
    return aCopy->IsEmpty() ? nullptr : std::move(aCopy);
 }
 
+// Some values that implicit VR holds, explicit VR does not: texts beyond its 16-bit lengths.
+bool IsWritable(VR& theVR)
+{
+   try
+   {
+      LittleEndianExplicitOutputTransferSyntax(OutputTransferSyntax::NullOutputStream).SaveVR(theVR);
+      return true;
+   }
+   catch (const StreamIOException&)
+   {
+      return false;
+   }
+}
+
 // The key as the instance has it; null when it has none, or a value that cannot be one.
 std::unique_ptr<VR> CopyKey(const DirectoryKey& theKey, const InstanceHeader& theInstance)
 {
-   const VR* const aVR = theInstance.GetElements().GetVR(GroupOf(theKey.itsTag), ElementOf(theKey.itsTag));
+   const VR* const aVR = FindVR(theInstance.GetElements(), theKey.itsTag);
    if (aVR == nullptr || aVR->IsEmpty())
    {
       return nullptr;
@@ -131,7 +131,8 @@ std::unique_ptr<VR> CopyKey(const DirectoryKey& theKey, const InstanceHeader& th
    }
    if (aSequence != nullptr && theKey.itsTag == kContentSequence)
    {
-      return CopyModifiers(*aSequence);
+      std::unique_ptr<VR> aModifiers = CopyModifiers(*aSequence);
+      return aModifiers && IsWritable(*aModifiers) ? std::move(aModifiers) : nullptr;
    }
    const bool isText = aSequence == nullptr && theKey.itsVR != VRCode::US && theKey.itsVR != VRCode::UL;
    if (isText && theInstance.GetText(theKey.itsTag).empty())
@@ -140,7 +141,7 @@ std::unique_ptr<VR> CopyKey(const DirectoryKey& theKey, const InstanceHeader& th
    }
    std::unique_ptr<VR> aCopy(aVR->Copy());
    aCopy->SetTypeCode(theKey.itsVR);
-   return aCopy;
+   return IsWritable(*aCopy) ? std::move(aCopy) : nullptr;
 }
 
 // The study's, the series', the acquisition's, the content's.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "apps/tn/FileID.h"
+#include "apps/tn/Tags.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/VR.h"
 #include "talvenor/foundation/OneLine.h"
@@ -56,30 +57,30 @@ const TypeRow& RowOf(std::string_view theType)
    return theOther;
 }
 
-// The value as it stands there, NULs included, without padding.
-std::string TextOf(const DICOMObject& theObject, UINT32 theTag)
+// The value without padding, but with the NULs inside it.
+std::string WholeTextOf(const DICOMObject& theObject, UINT32 theTag)
 {
-   const VR* const aVR = theObject.GetVR(static_cast<UINT16>(theTag >> 16), static_cast<UINT16>(theTag));
+   const VR* const aVR = FindVR(theObject, theTag);
    if (aVR == nullptr || aVR->GetAsSequenceVR() != nullptr || aVR->GetData() == nullptr)
    {
       return "";
    }
    std::string aText(reinterpret_cast<const char*>(aVR->GetData()), aVR->GetLength());
-   aText.erase(aText.find_last_not_of(' ') + 1);
+   aText.erase(aText.find_last_not_of(std::string_view(" \0", 2)) + 1);
    return aText;
 }
 
 UINT32 NumberOf(const DICOMObject& theObject, UINT32 theTag)
 {
    UINT32 aNumber = 0;
-   theObject.GetUINT32(static_cast<UINT16>(theTag >> 16), static_cast<UINT16>(theTag), aNumber);
+   theObject.GetUINT32(GroupOf(theTag), ElementOf(theTag), aNumber);
    return aNumber;
 }
 
 bool IsInUse(const DICOMDataObject& theRecord)
 {
    UINT16 aFlag = 0xFFFF;
-   theRecord.GetUINT16(static_cast<UINT16>(kInUse >> 16), static_cast<UINT16>(kInUse), aFlag);
+   theRecord.GetUINT16(GroupOf(kInUse), ElementOf(kInUse), aFlag);
    return aFlag != 0;
 }
 } // namespace
@@ -96,7 +97,7 @@ DirectoryLister::DirectoryLister(const DICOMDataObject& theDirectory, const DICO
                                  std::ostream& theOutput, Fault theFault)
     : itsDirectory(theDirectory), itsOffsets(theOffsets), itsOutput(theOutput), itsFault(std::move(theFault))
 {
-   const VR* const aVR = theDirectory.GetVR(static_cast<UINT16>(kRecords >> 16), static_cast<UINT16>(kRecords));
+   const VR* const aVR = FindVR(theDirectory, kRecords);
    const SequenceVR* const aSequence = aVR != nullptr ? aVR->GetAsSequenceVR() : nullptr;
    if (aSequence != nullptr && !aSequence->IsEmpty())
    {
@@ -163,17 +164,17 @@ void DirectoryLister::ListRecord(std::size_t theRecord, std::size_t theDepth)
 {
    itsIsListed[theRecord] = true;
    const DICOMDataObject& aRecord = RecordAt(theRecord);
-   const std::string aType = TextOf(aRecord, kRecordType);
+   const std::string aType = WholeTextOf(aRecord, kRecordType);
    std::string aLine(2 * std::min(theDepth, kDeepestIndentation), ' ');
    aLine += aType.empty() ? "(no type)" : aType;
    for (const Field& aField : RowOf(aType).itsFields)
    {
-      if (const std::string aText = TextOf(aRecord, aField.itsTag); !aText.empty())
+      if (const std::string aText = WholeTextOf(aRecord, aField.itsTag); !aText.empty())
       {
          aLine += aField.itsBefore + aText + aField.itsAfter;
       }
    }
-   const std::string aFileID = TextOf(aRecord, kReferencedFileID);
+   const std::string aFileID = WholeTextOf(aRecord, kReferencedFileID);
    if (!aFileID.empty())
    {
       aLine += "  " + JoinFileID(SplitFileID(aFileID, '\\'), '/');
@@ -219,7 +220,7 @@ void DirectoryLister::ListTheRest()
       if (!itsIsListed[aRecord] && IsInUse(RecordAt(aRecord)))
       {
          itsOutput << (aCount++ == 0 ? "# No offset leads to:\n" : "");
-         ListRecord(aRecord, RowOf(TextOf(RecordAt(aRecord), kRecordType)).itsDepth);
+         ListRecord(aRecord, RowOf(WholeTextOf(RecordAt(aRecord), kRecordType)).itsDepth);
       }
    }
    if (aCount != 0)

@@ -5,6 +5,7 @@
 
 #include "apps/tn/DirectoryRecordTypes.h"
 #include "apps/tn/ErrorText.h"
+#include "apps/tn/Tags.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/VR.h"
 #include "talvenor/file/DICOMDirUtilities.h"
@@ -24,16 +25,6 @@ constexpr UINT32 kRows = 0x00280010;
 // The syntaxes whose datasets are compressed as a whole (PS3.5 A.5, A.7 and A.9).
 constexpr const char* kDeflatedSyntaxes[] = {"1.2.840.10008.1.2.1.99", "1.2.840.10008.1.2.4.95",
                                              "1.2.840.10008.1.2.4.205"};
-
-UINT16 GroupOf(UINT32 theTag)
-{
-   return static_cast<UINT16>(theTag >> 16);
-}
-
-UINT16 ElementOf(UINT32 theTag)
-{
-   return static_cast<UINT16>(theTag);
-}
 
 // A syntax that the library does not serve still has a header that it can read: every other syntax of the standard is
 // explicit VR little endian outside the pixel data.
@@ -161,7 +152,5 @@ void InstanceHeader::Require(const RWCString& theUID, const char* theName) const
 
 RWCString InstanceHeader::GetText(UINT32 theTag) const
 {
-   RWCString aText;
-   itsElements->GetString(GroupOf(theTag), ElementOf(theTag), aText);
-   return aText;
+   return TextOf(*itsElements, theTag);
 }

@@ -204,6 +204,23 @@ TEST(TnDicomdirCreate, TellsWhatItSkipsLeavesOutAndMakesUp)
    }
 }
 
+// One file must not keep the others from their directory.
+TEST(TnDicomdirCreate, LeavesOutValuesThatADirectoryCannotHold)
+{
+   const TemporaryDirectory aFolder;
+   InstanceFile(kCT, "1").Usual("P1", "1", "1").Image().Save(aFolder, "A");
+   InstanceFile(kCT, "2", Encoding::Implicit)
+       .Text(0x00100010, "PN", std::string(40000, 'x'))
+       .Text(0x00100020, "LO", "P2")
+       .Text(0x0020000D, "UI", "1.2")
+       .Text(0x0020000E, "UI", "1.3")
+       .Image()
+       .Save(aFolder, "B");
+   const Outcome anOutcome = Create(aFolder);
+   EXPECT_EQ(anOutcome.itsCode, 0) << anOutcome.itsErrors;
+   EXPECT_TRUE(Contains(List(aFolder.Path().string()).itsOutput, "\nPATIENT  [P2]\n"));
+}
+
 TEST(TnDicomdirCreate, WritesNothingWhereThereIsNothingToWriteOrNoPlace)
 {
    const TemporaryDirectory aFolder;
@@ -400,6 +417,7 @@ TEST(TnDicomdirList, FlagsFilesOutsideTheMedium)
        {"empty part", "A\\\\B", true},
        {"drive", "C:\\A", true},
        {"NUL", "A\0B"s, true},
+       {"padded with NUL", "A\\B\0"s, false},
        {"2001 parts", Even(aLong, ' '), true},
        {"dot", ".", true},
    };
