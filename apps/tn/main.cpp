@@ -9,6 +9,7 @@
 #include "apps/tn/DicomdirCommand.h"
 #include "apps/tn/DumpCommand.h"
 #include "apps/tn/ExitCode.h"
+#include "apps/tn/FramesCommand.h"
 #include "talvenor/foundation/TNXInitializer.h"
 
 namespace
@@ -33,6 +34,7 @@ int Run(int theCount, char** theArguments)
    const std::unique_ptr<Command> aCommands[] = {
        std::make_unique<DumpCommand>(aProgram),
        std::make_unique<ConvertCommand>(aProgram),
+       std::make_unique<FramesCommand>(aProgram),
        std::make_unique<DicomdirCommand>(aProgram),
    };
    try

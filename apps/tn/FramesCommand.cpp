@@ -1,0 +1,399 @@
+#include "apps/tn/FramesCommand.h"
+
+#include <algorithm>
+#include <iostream>
+#include <stdexcept>
+#include <vector>
+
+#include "apps/tn/AtomicFile.h"
+#include "apps/tn/Codestreams.h"
+#include "apps/tn/DatasetChecks.h"
+#include "apps/tn/Dictionaries.h"
+#include "apps/tn/ErrorText.h"
+#include "apps/tn/ExitCode.h"
+#include "apps/tn/FragmentFrames.h"
+#include "apps/tn/FrameLister.h"
+#include "apps/tn/PixelData.h"
+#include "talvenor/foundation/OneLine.h"
+#include "talvenor/foundation/StreamIOException.h"
+#include "talvenor/io/LFStream.h"
+#include "talvenor/pixel/BasicOffsetTable.h"
+#include "talvenor/pixel/ImageFrameInputStream.h"
+#include "talvenor/pixel/PixelDataFragmentInputStream.h"
+#include "talvenor/pixel/PixelDataFragmentInputStreamVR.h"
+#include "talvenor/pixel/PixelInputStreamVR.h"
+#include "talvenor/transfer/InputTransferSyntax.h"
+#include "talvenor/transfer/TransferSyntaxType.h"
+
+namespace
+{
+constexpr unsigned int kBlock = 65536; // bytes
+constexpr UINT32 kItemHeader = 8;
+
+// The output could not be written.
+class OutputFailure : public std::runtime_error
+{
+public:
+   using std::runtime_error::runtime_error;
+};
+
+// A file to write to, or standard output for the name "-".
+class FrameOutput
+{
+public:
+   explicit FrameOutput(const std::string& theName)
+   {
+      if (theName != "-")
+      {
+         itsFile = std::make_unique<AtomicFile>(theName);
+         itsStream.open(itsFile->GetTemporaryPath().c_str(), std::ios_base::out | std::ios_base::binary);
+      }
+   }
+
+   // Copies up to theLength bytes and returns how many there were.
+   UINT64 Copy(InputStream& theSource, UINT64 theLength)
+   {
+      const auto aBlock = std::make_unique<unsigned char[]>(kBlock);
+      UINT64 aCopied = 0;
+      while (aCopied < theLength)
+      {
+         const auto aWanted = static_cast<unsigned int>(std::min<UINT64>(theLength - aCopied, kBlock));
+         const unsigned int aCount = theSource.ReadFully(aBlock.get(), aWanted);
+         Target().write(reinterpret_cast<const char*>(aBlock.get()), aCount);
+         aCopied += aCount;
+         if (aCount < aWanted)
+         {
+            break;
+         }
+      }
+      return aCopied;
+   }
+
+   void Commit()
+   {
+      Target().flush();
+      if (!Target())
+      {
+         throw OutputFailure("cannot write");
+      }
+      if (itsFile)
+      {
+         itsStream.close();
+         itsFile->Commit();
+      }
+   }
+
+private:
+   std::ostream& Target() { return itsFile ? static_cast<std::ostream&>(itsStream) : std::cout; }
+
+   std::unique_ptr<AtomicFile> itsFile; // null for standard output
+   LFStream itsStream;
+};
+
+void ListFound(ImageFrameInputStream& theFrames, FrameLister& theLister)
+{
+   while (theFrames.PassNextFrame())
+   {
+      const ImageFrameInputStream::FramePlace aPlace = theFrames.GetCurrentFramePlace();
+      theLister.Add(aPlace.itsItemOffset, static_cast<UINT64>(theFrames.GetCurrentFrameLength()),
+                    static_cast<UINT32>(aPlace.itsFirstFragment),
+                    static_cast<UINT32>(aPlace.itsFragmentLengths.size()));
+   }
+}
+
+bool IsFindable(const ImageFrameInputStream& theFrames)
+{
+   return theFrames.GetCompressionType() <= ImageFrameInputStream::RLE; // the kinds below are listed first
+}
+} // namespace
+
+FramesCommand::FramesCommand(CLI::App& theProgram)
+    : Command(theProgram, "frames", "List the frames of pixel data, or take one out")
+{
+   itsOptions.add_option("FILE", itsFile, "DICOM file (- is standard input), JPEG file or JPEG 2000 file")->required();
+   CLI::Option* const aTable = itsOptions.add_flag(
+       "--offset-table", itsShowsTable, "The basic offset table in the data, beside one built from the frames");
+   CLI::Option* const aMarkers =
+       itsOptions.add_flag("--markers", itsShowsMarkers, "The markers or boxes of the codestreams")->excludes(aTable);
+   CLI::Option* const anOutput =
+       itsOptions.add_option("-o,--output", itsOutput, "Where to write; - is standard output")->type_name("OUT");
+   CLI::Option* const anExtract =
+       itsOptions.add_option("--extract", itsExtracted, "Write the bytes of one frame; frames count from 1")
+           ->type_name("N")
+           ->check(CLI::PositiveNumber)
+           ->needs(anOutput)
+           ->excludes(aTable)
+           ->excludes(aMarkers);
+   anOutput->needs(anExtract);
+   itsOptions.add_flag("--scan", itsScans, "Find frames by their codestreams, whatever the offset table says");
+   itsOptions.add_option("--data", itsData, "Folder of the dictionaries")->type_name("DIR");
+   itsOptions.footer(
+       "Offsets are in bytes: of compressed frames those that a basic offset table holds, of native ones in\n"
+       "the pixel data. With an offset table a length is that of the fragments, without one that of the\n"
+       "codestream.\n\nExample:\n  tn frames --extract 3 -o frame.jpg ultrasound.dcm");
+}
+
+int FramesCommand::Run()
+{
+   try
+   {
+      LoadDictionaries(itsData);
+      ShowFile();
+      std::cout.flush();
+      if (!std::cout)
+      {
+         throw OutputFailure("cannot write to standard output");
+      }
+      return itsHasWarned ? ExitCode::kSomeFailed : ExitCode::kDone;
+   }
+   catch (const OutputFailure& anError)
+   {
+      std::cerr << OnOneLine("tn frames: " + (itsOutput.empty() ? "" : itsOutput + ": ") + anError.what()) << "\n";
+      return ExitCode::kCouldNotWrite;
+   }
+   catch (const ExceptionBase& anException)
+   {
+      std::cout.flush();
+      std::cerr << OnOneLine("tn frames: " + itsFile + ": " + ErrorText(anException)) << "\n";
+   }
+   catch (const std::exception& anError)
+   {
+      std::cout.flush();
+      std::cerr << OnOneLine("tn frames: " + itsFile + ": " + anError.what()) << "\n";
+   }
+   return ExitCode::kCouldNotRead;
+}
+
+void FramesCommand::ShowFile()
+{
+   const CodestreamKind aKind = itsFile == "-" ? CodestreamKind::None : KindOfFile(itsFile);
+   if (aKind != CodestreamKind::None)
+   {
+      if (itsExtracted != 0 || itsShowsTable)
+      {
+         throw std::runtime_error(
+             "not a DICOM file: a codestream on its own has no offset table, and nothing to take out");
+      }
+      itsShowsMarkers ? PrintMarkersOfFile(itsFile, aKind, std::cout) : ListCodestreams(itsFile, aKind, std::cout);
+      return;
+   }
+   PixelData aPixels(itsFile);
+   if (aPixels.GetNativePixels() == nullptr)
+   {
+      ShowEncapsulated(aPixels);
+   }
+   else if (itsShowsTable || itsShowsMarkers)
+   {
+      throw std::runtime_error("its pixel data is not encapsulated");
+   }
+   else
+   {
+      itsExtracted != 0 ? ExtractNative(aPixels) : ShowNative(aPixels);
+   }
+}
+
+void FramesCommand::ShowNative(PixelData& thePixels)
+{
+   const UINT64 aSize = thePixels.GetNativeFrameSize();
+   const UINT64 aTotal = thePixels.GetNativePixels()->VR::GetLength();
+   if (aSize == 0)
+   {
+      throw IncompleteDataset("the size of a frame is not computable from its header");
+   }
+   FrameLister aLister(std::cout, false, nullptr);
+   const INT32 aFrames = thePixels.GetNumberOfFrames();
+   for (UINT64 anOffset = 0; aLister.GetCount() < aFrames && anOffset + aSize <= aTotal; anOffset += aSize)
+   {
+      aLister.Add(static_cast<INT64>(anOffset), aSize, 0, 0);
+   }
+   if (aLister.GetCount() < aFrames)
+   {
+      Warn("its pixel data has room for " + std::to_string(aLister.GetCount()) + " frames, not for the " +
+           std::to_string(aFrames) + " that (0028,0008) tells");
+   }
+}
+
+void FramesCommand::ExtractNative(PixelData& thePixels)
+{
+   const UINT64 aSize = thePixels.GetNativeFrameSize();
+   PixelInputStreamVR& aNative = *thePixels.GetNativePixels();
+   const UINT64 aTotal = aNative.VR::GetLength();
+   const auto anIndex = static_cast<UINT64>(itsExtracted) - 1;
+   if (itsExtracted > thePixels.GetNumberOfFrames() || aSize == 0 || aSize > aTotal ||
+       anIndex > (aTotal - aSize) / aSize)
+   {
+      throw std::runtime_error("there is no frame " + std::to_string(itsExtracted));
+   }
+   FrameOutput anOutput(itsOutput);
+   DecodeWhole(thePixels.GetDecoder(), thePixels.GetStream(), [&] {
+      aNative.Skip(static_cast<unsigned int>(anIndex * aSize));
+      if (anOutput.Copy(aNative, aSize) != aSize)
+      {
+         throw IncompleteDataset("the file ends inside frame " + std::to_string(itsExtracted));
+      }
+   });
+   anOutput.Commit();
+}
+
+void FramesCommand::ShowEncapsulated(PixelData& thePixels)
+{
+   ImageFrameInputStream aFrames(*thePixels.GetFragments(), thePixels.GetStream().GetTransferSyntaxUID(),
+                                 thePixels.GetNumberOfFrames(), 0);
+   DecodeWhole(thePixels.GetDecoder(), thePixels.GetStream(), [&] {
+      const bool hasTable = ReadTable(thePixels, aFrames);
+      const bool isByFragments = !IsFindable(aFrames) || (hasTable && !itsScans);
+      if (itsShowsMarkers)
+      {
+         ShowMarkers(aFrames);
+      }
+      else if (itsExtracted != 0)
+      {
+         ExtractFrame(thePixels, aFrames);
+      }
+      else
+      {
+         FrameLister aLister(std::cout, itsShowsTable, hasTable ? aFrames.GetBasicOffsetTable() : nullptr);
+         isByFragments && !(itsShowsTable && IsFindable(aFrames)) ? ListByFragments(thePixels, aFrames, aLister)
+                                                                  : ListByCodestream(thePixels, aFrames, aLister);
+      }
+   });
+}
+
+bool FramesCommand::ReadTable(PixelData& thePixels, ImageFrameInputStream& theFrames)
+{
+   const unsigned int aStart = thePixels.GetStream().GetStreamPosition();
+   try
+   {
+      theFrames.ReadBasicOffsetTable();
+   }
+   catch (const StreamIOException& anException)
+   {
+      if (anException.GetResultCode() != TN_INVALID_ENCODING)
+      {
+         throw;
+      }
+      Warn("its offset table is of no use: " + ErrorText(anException));
+      return false;
+   }
+   const unsigned int aLength = thePixels.GetStream().GetStreamPosition() - aStart - kItemHeader;
+   if (itsScans)
+   {
+      theFrames.SetBasicOffsetTable(itsShowsTable ? theFrames.GetBasicOffsetTable() : nullptr);
+   }
+   return aLength != 0;
+}
+
+void FramesCommand::ListByCodestream(PixelData& thePixels, ImageFrameInputStream& theFrames, FrameLister& theLister)
+{
+   try
+   {
+      ListFound(theFrames, theLister);
+   }
+   catch (const StreamIOException& anException)
+   {
+      if (theLister.GetCount() != 0 || anException.GetResultCode() != TN_INVALID_ENCODING || itsFile == "-")
+      {
+         throw;
+      }
+      // Not the codestream that the transfer syntax promises, a whole JP2 file for example.
+      Warn("its frames cannot be found by their codestreams, and are told by fragments: " + ErrorText(anException));
+      PixelData aSecond(itsFile);
+      ImageFrameInputStream aFrames(*aSecond.GetFragments(), aSecond.GetStream().GetTransferSyntaxUID(),
+                                    aSecond.GetNumberOfFrames(), 0);
+      aFrames.ReadBasicOffsetTable();
+      ListByFragments(aSecond, aFrames, theLister);
+   }
+   if (theLister.GetCount() != thePixels.GetNumberOfFrames())
+   {
+      Warn("it has " + std::to_string(theLister.GetCount()) + " frames, not the " +
+           std::to_string(thePixels.GetNumberOfFrames()) + " that (0028,0008) tells");
+   }
+   if (theLister.GetDifferences() != 0)
+   {
+      Warn("its offset table is wrong for " + std::to_string(theLister.GetDifferences()) + " frames");
+   }
+}
+
+void FramesCommand::ListByFragments(PixelData& thePixels, const ImageFrameInputStream& theFrames,
+                                    FrameLister& theLister)
+{
+   const std::vector<UINT32> aLengths = ReadFragmentLengths(*thePixels.GetFragments());
+   ForEachFragmentFrame(
+       aLengths, thePixels.GetNumberOfFrames(), theFrames.GetBasicOffsetTable(), [&](const FragmentFrame& theFrame) {
+          theLister.Add(static_cast<INT64>(theFrame.itsOffset), theFrame.itsLength,
+                        static_cast<UINT32>(theFrame.itsFragment), static_cast<UINT32>(theFrame.itsCount));
+       });
+}
+
+void FramesCommand::ShowMarkers(ImageFrameInputStream& theFrames)
+{
+   if (theFrames.GetCompressionType() == ImageFrameInputStream::RLE)
+   {
+      throw std::runtime_error("its frames are compressed with RLE, which has no markers");
+   }
+   const CodestreamKind aKind = theFrames.GetCompressionType() == ImageFrameInputStream::JPEG2000
+                                    ? CodestreamKind::JPEG2000
+                                    : CodestreamKind::JPEG;
+   while (const std::unique_ptr<InputStream> aFrame{theFrames.NextFrame()})
+   {
+      std::cout << "# frame " << theFrames.GetCurrentFrameIndex() + 1 << "\n";
+      PrintMarkers(*aFrame, aKind, std::cout);
+   }
+}
+
+void FramesCommand::ExtractFrame(PixelData& thePixels, ImageFrameInputStream& theFrames)
+{
+   if (itsExtracted > thePixels.GetNumberOfFrames())
+   {
+      throw std::runtime_error("there is no frame " + std::to_string(itsExtracted) + ": (0028,0008) tells " +
+                               std::to_string(thePixels.GetNumberOfFrames()));
+   }
+   if (!IsFindable(theFrames))
+   {
+      ExtractFragments(thePixels, theFrames);
+      return;
+   }
+   const std::unique_ptr<InputStream> aFrame(theFrames.GetFrame(itsExtracted - 1));
+   FrameOutput anOutput(itsOutput);
+   anOutput.Copy(*aFrame, static_cast<UINT64>(theFrames.GetCurrentFrameLength()));
+   anOutput.Commit();
+}
+
+// Finds the fragments of the frame in one pass and copies them in a second one.
+void FramesCommand::ExtractFragments(PixelData& thePixels, const ImageFrameInputStream& theFrames)
+{
+   if (itsFile == "-")
+   {
+      throw std::runtime_error("a frame of this transfer syntax can be taken out of a file only");
+   }
+   FragmentFrame aFrame{};
+   INT32 aNumber = 0;
+   ForEachFragmentFrame(ReadFragmentLengths(*thePixels.GetFragments()), thePixels.GetNumberOfFrames(),
+                        theFrames.GetBasicOffsetTable(), [&](const FragmentFrame& theFrame) {
+                           if (++aNumber == itsExtracted)
+                           {
+                              aFrame = theFrame;
+                           }
+                        });
+   PixelData aSecond(itsFile);
+   FrameOutput anOutput(itsOutput);
+   std::size_t anItem = 0; // the offset table is the first
+   while (const std::unique_ptr<PixelDataFragmentInputStream> aFragment{aSecond.GetFragments()->NextFragment()})
+   {
+      const bool isWanted = anItem > aFrame.itsFragment && anItem <= aFrame.itsFragment + aFrame.itsCount;
+      const UINT32 aLength = aFragment->GetLength();
+      if ((isWanted ? anOutput.Copy(*aFragment, aLength) : aFragment->Skip(aLength)) != aLength)
+      {
+         throw IncompleteDataset("the file ends inside fragment " + std::to_string(anItem));
+      }
+      ++anItem;
+   }
+   anOutput.Commit();
+}
+
+void FramesCommand::Warn(const std::string& theText)
+{
+   std::cout.flush();
+   std::cerr << OnOneLine("tn frames: " + itsFile + ": " + theText) << "\n";
+   itsHasWarned = true;
+}
