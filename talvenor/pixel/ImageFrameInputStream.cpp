@@ -1,6 +1,6 @@
 #include "talvenor/pixel/ImageFrameInputStream.h"
 
-#include <limits>
+#include <algorithm>
 #include <string>
 
 #include "talvenor/dataset/VR.h"
@@ -173,10 +173,7 @@ bool ImageFrameInputStream::TakeNextFrame(bool theIsKept)
 void ImageFrameInputStream::NoteFrame()
 {
    ++itsFrameIndex;
-   if (itsIsWalkFromFirst && itsStarts.size() + 1 == static_cast<size_t>(itsWalk->GetFrameCount()))
-   {
-      itsStarts.push_back(GetFrameStart());
-   }
+   RecordStart();
    if (itsFrameIndex + 1 != itsNumberOfFrames)
    {
       return;
@@ -195,12 +192,21 @@ void ImageFrameInputStream::NoteFrame()
    }
 }
 
+void ImageFrameInputStream::RecordStart()
+{
+   const INT64 aFrame = INT64{itsWalkFrame} + itsWalk->GetFrameCount() - 1;
+   if (itsWalkFrame >= 0 && itsWalkFragment >= 0 && aFrame == static_cast<INT64>(itsStarts.size()))
+   {
+      itsStarts.push_back(GetFrameStart());
+   }
+}
+
 // For data that had none. Offsets beyond 32 bits are no offsets: there is no table then. A table begins with 0:
 // fragments in front of the first frame, empty ones or padding, count as the frame's.
 void ImageFrameInputStream::BuildTable()
 {
    const bool isNeeded = itsTable == nullptr || itsTable->IsEmpty();
-   if (!isNeeded || itsStarts.size() != static_cast<size_t>(itsNumberOfFrames) ||
+   if (!isNeeded || itsWalkOffset != 0 || itsStarts.size() != static_cast<size_t>(itsNumberOfFrames) ||
        itsStarts.back().itsItemOffset >= BasicOffsetTable::kUnknownOffset)
    {
       return;
@@ -264,31 +270,43 @@ InputStream* ImageFrameInputStream::GetFrameRandom(INT32 theFrame)
    return NewView();
 }
 
-// Frames that start in one fragment have the same offset. Where this one starts in it is known when it has gone by;
-// otherwise those before it are passed again.
-void ImageFrameInputStream::JumpToFrame(INT32 theFrame, UINT32 theOffset)
+bool ImageFrameInputStream::IsKnownAt(INT32 theFrame, UINT32 theOffset) const
 {
    const auto aFrame = static_cast<size_t>(theFrame);
+   return aFrame < itsStarts.size() && itsStarts[aFrame].itsItemOffset == theOffset;
+}
+
+// Frames that start in one fragment have the same offset. Where such a frame starts in it is known when it has gone by;
+// otherwise those before it are passed, from the last one that is known or the first one of that offset. A table of
+// zeros is thus as good as none.
+void ImageFrameInputStream::JumpToFrame(INT32 theFrame, UINT32 theOffset)
+{
+   INT32 aFirst = theFrame;
+   while (aFirst > 0 && !IsKnownAt(aFirst, theOffset) && itsTable->GetOffset(aFirst - 1) == theOffset)
+   {
+      --aFirst;
+   }
    itsHasFrame = false;
    itsFailure = nullptr;
    itsWalk.reset();
    itsPixels.SeekToItem(itsOrigin, theOffset);
    itsWalk = FrameWalk::New(itsCompressionType, itsPixels);
    itsWalkOffset = theOffset;
-   itsIsWalkFromFirst = theOffset == 0;
    itsFrameIndex = theFrame - 1;
-   if (aFrame < itsStarts.size() && itsStarts[aFrame].itsItemOffset == theOffset)
+   if (IsKnownAt(aFirst, theOffset))
    {
-      itsWalk->SkipData(itsStarts[aFrame].itsBytesBefore);
-      itsIsWalkFromFirst = theFrame == 0;
-      return;
+      const FrameStart& aStart = itsStarts[static_cast<size_t>(aFirst)];
+      itsWalk->SkipData(aStart.itsBytesBefore);
+      itsWalkFragment = aStart.itsFragment;
+      itsWalkFrame = aFirst;
    }
-   for (INT32 anEarlier = theFrame; anEarlier > 0 && itsTable->GetOffset(anEarlier - 1) == theOffset; --anEarlier)
+   else
    {
-      if (!itsWalk->Next(false))
-      {
-         return;
-      }
+      itsWalkFragment = itsWalkFrame = theOffset == 0 ? 0 : -1;
+   }
+   for (; aFirst < theFrame && itsWalk->Next(false); ++aFirst)
+   {
+      RecordStart();
    }
 }
 
@@ -307,7 +325,7 @@ ImageFrameInputStream::FrameStart ImageFrameInputStream::GetFrameStart() const
    const FrameWalk::Frame& aFrame = itsWalk->GetFrame();
    const UINT64 aFragmentBegin = itsWalk->GetData().GetFragmentEnd(aFrame.itsFragment - 1);
    const UINT64 aHeaders = UINT64{kItemHeaderSize} * static_cast<UINT64>(aFrame.itsFragment);
-   return {aFrame.itsFragment, itsWalkOffset + aFragmentBegin + aHeaders,
+   return {aFrame.itsFragment + std::max(itsWalkFragment, 0), itsWalkOffset + aFragmentBegin + aHeaders,
            static_cast<UINT32>(aFrame.itsOffset - aFragmentBegin)};
 }
 
@@ -319,21 +337,20 @@ ImageFrameInputStream::FramePlace ImageFrameInputStream::GetCurrentFramePlace() 
       return aPlace;
    }
    const FrameStart aStart = GetFrameStart();
-   const FrameWalk::Frame& aFrame = itsWalk->GetFrame();
-   if (itsWalkOffset == 0)
-   {
-      aPlace.itsFirstFragment = aStart.itsFragment;
-      aPlace.itsDataOffset = static_cast<INT64>(aFrame.itsOffset);
-   }
    aPlace.itsItemOffset = static_cast<INT64>(aStart.itsItemOffset);
    aPlace.itsBytesBefore = aStart.itsBytesBefore;
+   if (itsWalkFragment >= 0)
+   {
+      aPlace.itsFirstFragment = aStart.itsFragment;
+      aPlace.itsDataOffset = aPlace.itsItemOffset - INT64{kItemHeaderSize} * aStart.itsFragment + aStart.itsBytesBefore;
+   }
+   const FrameWalk::Frame& aFrame = itsWalk->GetFrame();
    const EncapsulatedDataInputStream& aData = itsWalk->GetData();
-   const UINT64 aFrameEnd = aFrame.itsOffset + aFrame.itsLength;
-   INT32 aFragment = aStart.itsFragment;
+   INT32 aFragment = aFrame.itsFragment;
    do
    {
       aPlace.itsFragmentLengths.push_back(aData.GetFragmentLengthTable()[static_cast<size_t>(aFragment)]);
-   } while (aData.GetFragmentEnd(aFragment++) < aFrameEnd);
+   } while (aData.GetFragmentEnd(aFragment++) < aFrame.itsOffset + aFrame.itsLength);
    return aPlace;
 }
 

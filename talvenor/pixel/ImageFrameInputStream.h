@@ -103,8 +103,8 @@ public:
    // random access; this one does it with random access too, for who wants to know where all frames are.
    int PassNextFrame();
 
-   // Where the current frame lies. Numbers that are not known are -1: indices and offsets in the data, after GetFrame
-   // has jumped to a frame that does not start with the pixel data; all of them when there is no current frame.
+   // Where the current frame lies. Numbers that are not known are -1: the index of the fragment and the offset in the
+   // data, after GetFrame has jumped over what nobody has read; all of them when there is no current frame.
    struct FramePlace
    {
       // Index of the fragment in which the frame starts, from 0; the table of offsets is no fragment.
@@ -130,10 +130,9 @@ public:
    RWTValOrderedVector<UINT32> GetFragmentLengthTable() const;
 
 private:
-   // A frame that has gone by in a walk that began with the first fragment.
    struct FrameStart
    {
-      INT32 itsFragment;
+      INT32 itsFragment;    // from the first one, or from where the walk began when that is not known
       UINT64 itsItemOffset; // as in FramePlace
       UINT32 itsBytesBefore;
    };
@@ -146,11 +145,13 @@ private:
    void Prepare();
    bool TakeNextFrame(bool theIsKept);
    void NoteFrame();
+   void RecordStart();
    void BuildTable();
    FrameStart GetFrameStart() const;
    InputStream* NewView() const;
    InputStream* GetFrameSequential(INT32 theFrame);
    InputStream* GetFrameRandom(INT32 theFrame);
+   bool IsKnownAt(INT32 theFrame, UINT32 theOffset) const;
    void JumpToFrame(INT32 theFrame, UINT32 theOffset);
 
    std::unique_ptr<PixelDataFragmentInputStreamVR> itsOwnedPixels;
@@ -168,8 +169,9 @@ private:
    INT32 itsFrameIndex = -1;
    bool itsHasFrame = false;           // whether the walk stands at the current frame
    std::unique_ptr<FrameWalk> itsWalk; // from the first fragment, or from the last jump on
-   bool itsIsWalkFromFirst = true;     // whether the walk began with frame 0
    UINT32 itsWalkOffset = 0;           // of the item where it began, from the first fragment's item
+   INT32 itsWalkFragment = 0;          // the index of that fragment, -1 when it is not known
+   INT32 itsWalkFrame = 0;             // that of the first frame found, -1 when it is not known
    std::vector<FrameStart> itsStarts;  // of the frames from 0 on, as far as they have gone by
    std::exception_ptr itsFailure;      // of the skipping behind the last frame, not told yet
 };

@@ -43,6 +43,31 @@ TEST(EncapsulatedPixelDataWrapperInputStream, IsAnElement)
    }
 }
 
+TEST(EncapsulatedPixelDataWrapperInputStream, SeeksBeyond4GiBBySkipping)
+{
+   class Far : public InputStream
+   {
+   public:
+      unsigned int Read(unsigned char*, unsigned int) override { return 0; }
+      unsigned int Skip(unsigned int theCount) override
+      {
+         itsPosition += theCount;
+         return theCount;
+      }
+      void Seek(unsigned int thePosition) override { itsPosition = thePosition; }
+      int CanSeek() const override { return 1; }
+      unsigned int GetStreamPosition() const override { return static_cast<unsigned int>(itsPosition); }
+      void Close() override {}
+
+      UINT64 itsPosition = 0xFFFFFFF0;
+   } aSource;
+   EncapsulatedPixelDataWrapperInputStream aStream(aSource, 1000, 0);
+   aStream.Seek(32 + 100);
+   EXPECT_EQ(aSource.itsPosition, 0x100000054u);
+   aStream.Seek(0);
+   EXPECT_EQ(aSource.itsPosition, 0xFFFFFFF0u);
+}
+
 TEST(EncapsulatedPixelDataWrapperInputStream, TellsWhatTheSourceDidNotSupply)
 {
    PiecewiseInputStream aSource({1, 2});

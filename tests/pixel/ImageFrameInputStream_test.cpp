@@ -124,6 +124,7 @@ TEST(ImageFrameInputStream, JumpsToFramesByTheTableItBuilt)
             EXPECT_EQ(Text(aFrames.GetFrame(static_cast<INT32>(aFrame))), Text(aCase.itsFrames[aFrame]));
             EXPECT_EQ(aFrames.GetCurrentFrameIndex(), static_cast<INT32>(aFrame));
             EXPECT_EQ(aFrames.GetCurrentFramePlace().itsItemOffset, aLayout.itsOffsets[aFrame]);
+            EXPECT_EQ(aFrames.GetCurrentFramePlace().itsDataOffset, static_cast<INT64>(aLayout.itsStarts[aFrame]));
          }
          EXPECT_EQ(Text(aFrames.NextFrame()), Text(aCase.itsFrames[1])) << "what follows in the stream";
          EXPECT_EQ(aFrames.SkipNextFrame(), 1);
@@ -280,19 +281,25 @@ TEST(ImageFrameInputStream, GivesTheLastFrameAlthoughTheEndIsMissing)
    EXPECT_EQ(aFrames.NextFrame(), nullptr) << "told once";
 }
 
-// Frames at one offset are told apart by their order, also with a table from elsewhere.
+// Frames at one offset are told apart by their order, also with a table from elsewhere and one of zeros.
 TEST(ImageFrameInputStream, UsesTheTableItIsGiven)
 {
    const Bytes anOther = JPEGFrame({});
-   EncapsulatedBytes aSource(Item({}) + Item(kFrame + anOther) + Item(anOther) + kEndOfItems);
-   BasicOffsetTable aTable(3);
-   aTable.Init({static_cast<UINT32>((kFrame + anOther).size()), 40}, {0, 0, 1});
-   ImageFrameInputStream aFrames(aSource.Pixels(), kJPEG, 3, 0);
-   aFrames.SetBasicOffsetTable(&aTable);
-   EXPECT_EQ(Text(aFrames.GetFrame(1)), Text(anOther));
-   EXPECT_EQ(aFrames.GetCurrentFramePlace().itsBytesBefore, 6);
-   EXPECT_EQ(Text(aFrames.GetFrame(0)), Text(kFrame));
-   EXPECT_EQ(aFrames.GetBasicOffsetTable(), &aTable);
+   const Bytes anItems = Item(kFrame + anOther) + Item(anOther) + kEndOfItems;
+   for (const Bytes& aTableItem : {Item({}), Table({0, 0, 0})})
+   {
+      EncapsulatedBytes aSource(aTableItem + anItems);
+      BasicOffsetTable aTable(3);
+      aTable.Init({static_cast<UINT32>((kFrame + anOther).size()), 40}, {0, 0, 1});
+      ImageFrameInputStream aFrames(aSource.Pixels(), kJPEG, 3, 0);
+      aFrames.SetBasicOffsetTable(&aTable);
+      EXPECT_EQ(Text(aFrames.GetFrame(1)), Text(anOther));
+      EXPECT_EQ(aFrames.GetCurrentFramePlace().itsBytesBefore, 6);
+      EXPECT_EQ(Text(aFrames.GetFrame(0)), Text(kFrame));
+      EXPECT_EQ(Text(aFrames.GetFrame(2)), Text(anOther));
+      EXPECT_EQ(Text(aFrames.GetFrame(1)), Text(anOther)) << "also when it is known already";
+      EXPECT_EQ(aFrames.GetBasicOffsetTable() == &aTable, aTableItem == Item({})) << "that of the data comes first";
+   }
 }
 
 TEST(ImageFrameInputStream, PixelDataOfDefinedLengthHasNoFrames)
