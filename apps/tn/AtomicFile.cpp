@@ -35,6 +35,7 @@ void HandleInterruptions()
       {
          std::signal(aSignal, RemovePending);
       }
+      std::signal(SIGXFSZ, SIG_IGN); // a file that may grow no more is told by write
       return true;
    }();
    static_cast<void>(isHandled);

@@ -8,6 +8,7 @@
 #include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
 #include "talvenor/dictionary/MUIDDictionary.h"
 #include "talvenor/dictionary/MUIDDictionaryEntry.h"
+#include "talvenor/dictionary/VRType.h"
 #include "talvenor/file/Part10FileOutputStream.h"
 #include "talvenor/file/Part10Header.h"
 #include "talvenor/foundation/LibraryIdentity.h"
@@ -19,6 +20,8 @@ namespace
 {
 constexpr UINT32 kSOPClassUID = 0x00080016;
 constexpr UINT32 kSOPInstanceUID = 0x00080018;
+
+const char kMediaStorageDirectory[] = "1.2.840.10008.1.3.10";
 
 using Elements = std::vector<std::unique_ptr<VR>>;
 
@@ -114,19 +117,58 @@ Elements ReadIdentity(InputTransferSyntax& theDecoder, RWCString& theClass, RWCS
    return anElements;
 }
 
-// That of the source, as far as it has one. The preamble may hold another file format's view of the source, which will
-// not be true of the copy.
-Part10Header MakeHeader(const Part10Header* theSource, const RWCString& theClass, const RWCString& theInstance,
-                        const TransferSyntaxType& theType)
+// That of the source, as far as it has one; theLeading become the elements that had to be read for it. The preamble may
+// hold another file format's view of the source, which will not be true of the copy.
+Part10Header MakeHeader(const Part10InputStream& theStream, InputTransferSyntax& theDecoder,
+                        const TransferSyntaxType& theType, Elements& theLeading)
 {
-   Part10Header aHeader = theSource != nullptr ? *theSource : Part10Header("", "", "", "", "");
+   const Part10Header* const aSource = theStream.GetPart10Header();
+   Part10Header aHeader = aSource != nullptr ? *aSource : Part10Header("", "", "", "", "");
+   RWCString aClass = aHeader.GetSOPClassUID();
+   RWCString anInstance = aHeader.GetSOPInstanceUID();
+   if (aClass.empty() || anInstance.empty())
+   {
+      DecodeWhole(theDecoder, theStream, [&] { theLeading = ReadIdentity(theDecoder, aClass, anInstance); });
+      if (aClass.empty() || anInstance.empty())
+      {
+         throw IncompleteDataset("it has no SOP class UID and instance UID, which every DICOM file needs");
+      }
+   }
+   if (aClass == kMediaStorageDirectory)
+   {
+      throw ConversionRefused(
+          "it is a media directory, whose records point at each other by offsets; tn dicomdir create "
+          "makes a new one");
+   }
    aHeader.SetPreamble(nullptr);
-   aHeader.SetSOPClassUID(theClass);
-   aHeader.SetSOPInstanceUID(theInstance);
+   aHeader.SetSOPClassUID(aClass);
+   aHeader.SetSOPInstanceUID(anInstance);
    aHeader.SetTransferSyntaxUID(theType.GetUID());
    aHeader.SetImplementationClassUID(kImplementationClassUID);
    aHeader.SetImplementationVersionName(kImplementationVersionName);
    return aHeader;
+}
+
+void Save(OutputTransferSyntax& theEncoder, std::unique_ptr<VR> theVR)
+{
+   if (theVR->GetAsVRInputStreamVR() != nullptr)
+   {
+      throw IncompleteDataset("an item stands outside any sequence");
+   }
+   if (theVR->GetAsPixelDataFragmentInputStreamVR() != nullptr)
+   {
+      if (!theEncoder.GetTransferSyntaxType().IsEncapsulated())
+      {
+         throw IncompleteDataset("its pixel data is encapsulated, which its transfer syntax is not");
+      }
+      theVR->SetTypeCode(VRCode::OB); // whatever the source calls it (PS3.5 A.4)
+   }
+   const bool isMetaInformation = theVR->GetGroup() == 0x0002;
+   const bool isGroupLength = theVR->GetElement() == 0; // retired, and seldom true of what is written
+   if (!isMetaInformation && !isGroupLength)
+   {
+      theEncoder.SaveVR(theVR.release());
+   }
 }
 } // namespace
 
@@ -173,49 +215,25 @@ void Conversion::Copy(Part10InputStream& theStream, const TransferSyntaxType& th
        InstanceSpecificDataDictionary::GetDefaultInstanceSpecificDataDictionary());
    const std::unique_ptr<InputTransferSyntax> aDecoder = theStream.CreateDecoder();
    aDecoder->SetDataDictionary(aDictionary);
-   const bool isSameForm = theType.IsExplicit() == aDecoder->GetTransferSyntaxType().IsExplicit();
 
-   const Part10Header* const aSource = theStream.GetPart10Header();
-   RWCString aClass = aSource != nullptr ? aSource->GetSOPClassUID() : RWCString();
-   RWCString anInstance = aSource != nullptr ? aSource->GetSOPInstanceUID() : RWCString();
    Elements aLeading;
-   if (aClass.empty() || anInstance.empty())
-   {
-      DecodeWhole(*aDecoder, theStream, [&] { aLeading = ReadIdentity(*aDecoder, aClass, anInstance); });
-      if (aClass.empty() || anInstance.empty())
-      {
-         throw IncompleteDataset("it has no SOP class UID and instance UID, which every DICOM file needs");
-      }
-   }
-
+   const Part10Header aHeader = MakeHeader(theStream, *aDecoder, theType, aLeading);
    AtomicFile aFile(theTarget);
-   const Part10Header aHeader = MakeHeader(aSource, aClass, anInstance, theType);
    std::unique_ptr<Part10FileOutputStream> aFileStream;
    Writing([&] { aFileStream = std::make_unique<Part10FileOutputStream>(aFile.GetTemporaryPath(), aHeader); });
    Output anOutput(*aFileStream);
    const std::unique_ptr<OutputTransferSyntax> anEncoder(theType.CreateOutputTransferSyntax(anOutput));
    anEncoder->SetDataDictionary(aDictionary);
 
-   std::size_t aCount = 0;
-   const auto aSave = [&](std::unique_ptr<VR> theVR) {
-      ++aCount;
-      if (theVR->GetAsVRInputStreamVR() != nullptr)
-      {
-         throw IncompleteDataset("an item stands outside any sequence");
-      }
-      if (isSameForm || theVR->GetElement() != 0) // group lengths would no longer be true
-      {
-         anEncoder->SaveVR(theVR.release());
-      }
-   };
+   std::size_t aCount = aLeading.size();
    DecodeWhole(*aDecoder, theStream, [&] {
       for (std::unique_ptr<VR>& aVR : aLeading)
       {
-         aSave(std::move(aVR));
+         Save(*anEncoder, std::move(aVR));
       }
-      while (std::unique_ptr<VR> aVR{aDecoder->NextVR()})
+      for (; std::unique_ptr<VR> aVR{aDecoder->NextVR()}; ++aCount)
       {
-         aSave(std::move(aVR));
+         Save(*anEncoder, std::move(aVR));
       }
    });
    CheckIsWhole(*aDecoder, theStream, aCount);

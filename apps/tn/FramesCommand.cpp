@@ -90,6 +90,12 @@ private:
    LFStream itsStream;
 };
 
+ImageFrameInputStream FramesOf(PixelData& thePixels)
+{
+   return ImageFrameInputStream(*thePixels.GetFragments(), thePixels.GetStream().GetTransferSyntaxUID(),
+                                thePixels.GetNumberOfFrames(), 0);
+}
+
 void ListFound(ImageFrameInputStream& theFrames, FrameLister& theLister)
 {
    while (theFrames.PassNextFrame())
@@ -101,9 +107,17 @@ void ListFound(ImageFrameInputStream& theFrames, FrameLister& theLister)
    }
 }
 
+// Whether frames are found by looking at what is in the fragments. A frame of RLE is a fragment by the standard (PS3.5
+// A.4.2); there are files that spread a single one over several all the same.
 bool IsFindable(const ImageFrameInputStream& theFrames)
 {
-   return theFrames.GetCompressionType() <= ImageFrameInputStream::RLE; // the kinds below are listed first
+   switch (theFrames.GetCompressionType())
+   {
+   case ImageFrameInputStream::JPEG:
+   case ImageFrameInputStream::JPEG2000: return true;
+   case ImageFrameInputStream::RLE: return theFrames.GetNumberOfFrames() > 1;
+   default: return false;
+   }
 }
 } // namespace
 
@@ -237,8 +251,7 @@ void FramesCommand::ExtractNative(PixelData& thePixels)
 
 void FramesCommand::ShowEncapsulated(PixelData& thePixels)
 {
-   ImageFrameInputStream aFrames(*thePixels.GetFragments(), thePixels.GetStream().GetTransferSyntaxUID(),
-                                 thePixels.GetNumberOfFrames(), 0);
+   ImageFrameInputStream aFrames = FramesOf(thePixels);
    DecodeWhole(thePixels.GetDecoder(), thePixels.GetStream(), [&] {
       const bool hasTable = ReadTable(thePixels, aFrames);
       const bool isByFragments = !IsFindable(aFrames) || (hasTable && !itsScans);
@@ -295,11 +308,9 @@ void FramesCommand::ListByCodestream(PixelData& thePixels, ImageFrameInputStream
       {
          throw;
       }
-      // Not the codestream that the transfer syntax promises, a whole JP2 file for example.
-      Warn("its frames cannot be found by their codestreams, and are told by fragments: " + ErrorText(anException));
+      WarnOfCodestreams(anException);
       PixelData aSecond(itsFile);
-      ImageFrameInputStream aFrames(*aSecond.GetFragments(), aSecond.GetStream().GetTransferSyntaxUID(),
-                                    aSecond.GetNumberOfFrames(), 0);
+      ImageFrameInputStream aFrames = FramesOf(aSecond);
       aFrames.ReadBasicOffsetTable();
       ListByFragments(aSecond, aFrames, theLister);
    }
@@ -353,7 +364,24 @@ void FramesCommand::ExtractFrame(PixelData& thePixels, ImageFrameInputStream& th
       ExtractFragments(thePixels, theFrames);
       return;
    }
-   const std::unique_ptr<InputStream> aFrame(theFrames.GetFrame(itsExtracted - 1));
+   std::unique_ptr<InputStream> aFrame;
+   try
+   {
+      aFrame.reset(theFrames.GetFrame(itsExtracted - 1));
+   }
+   catch (const StreamIOException& anException)
+   {
+      if (anException.GetResultCode() != TN_INVALID_ENCODING || itsFile == "-")
+      {
+         throw;
+      }
+      WarnOfCodestreams(anException);
+      PixelData aSecond(itsFile);
+      ImageFrameInputStream aFrames = FramesOf(aSecond);
+      aFrames.ReadBasicOffsetTable();
+      ExtractFragments(aSecond, aFrames);
+      return;
+   }
    FrameOutput anOutput(itsOutput);
    anOutput.Copy(*aFrame, static_cast<UINT64>(theFrames.GetCurrentFrameLength()));
    anOutput.Commit();
@@ -389,6 +417,12 @@ void FramesCommand::ExtractFragments(PixelData& thePixels, const ImageFrameInput
       ++anItem;
    }
    anOutput.Commit();
+}
+
+// They are not what the transfer syntax promises: a whole JP2 file, for example.
+void FramesCommand::WarnOfCodestreams(const ExceptionBase& theException)
+{
+   Warn("its frames cannot be found by their codestreams, and are told by fragments: " + ErrorText(theException));
 }
 
 void FramesCommand::Warn(const std::string& theText)

@@ -6,6 +6,7 @@
 #include "apps/tn/Command.h"
 #include "talvenor/foundation/BasicTypes.h"
 
+class ExceptionBase;
 class FrameLister;
 class ImageFrameInputStream;
 class PixelData;
@@ -33,6 +34,7 @@ private:
    void ExtractNative(PixelData& thePixels);
    void ExtractFrame(PixelData& thePixels, ImageFrameInputStream& theFrames);
    void ExtractFragments(PixelData& thePixels, const ImageFrameInputStream& theFrames);
+   void WarnOfCodestreams(const ExceptionBase& theException);
    void Warn(const std::string& theText);
 
    std::string itsFile;

@@ -63,10 +63,28 @@ UINT64 PixelData::GetNativeFrameSize() const
    for (const UINT16 anElement : kFactors)
    {
       UINT16 aFactor = 0;
-      if (!itsHeader.GetUINT16(0x0028, anElement, aFactor) || __builtin_mul_overflow(aBits, aFactor, &aBits))
+      if (!itsHeader.GetUINT16(0x0028, anElement, aFactor))
+      {
+         return 0;
+      }
+      if (anElement == kFactors[0] && aFactor == 3 && IsSubsampled())
+      {
+         aFactor = 2;
+      }
+      if (__builtin_mul_overflow(aBits, aFactor, &aBits))
       {
          return 0;
       }
    }
-   return aBits / 8;
+   const bool isWholeBytes = aBits % 8 == 0;
+   return isWholeBytes || GetNumberOfFrames() == 1 ? aBits / 8 + !isWholeBytes
+                                                   : 0; // frames of bits run into each other
+}
+
+// Two pixels share their colour differences (PS3.3 C.7.6.3.1.2).
+bool PixelData::IsSubsampled() const
+{
+   RWCString aText;
+   itsHeader.GetString(0x0028, 0x0004, aText);
+   return aText == "YBR_FULL_422" || aText == "YBR_PARTIAL_422";
 }

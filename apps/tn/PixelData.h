@@ -37,6 +37,8 @@ public:
    UINT64 GetNativeFrameSize() const;
 
 private:
+   bool IsSubsampled() const;
+
    InputFile itsFile;
    DICOMDataObject itsHeader;
    std::unique_ptr<InputTransferSyntax> itsDecoder;

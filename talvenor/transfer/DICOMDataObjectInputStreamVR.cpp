@@ -46,6 +46,11 @@ VRInputStreamVR* DICOMDataObjectInputStreamVR::NextDICOMDataObject()
    return anItem;
 }
 
+bool DICOMDataObjectInputStreamVR::IsExplicit() const
+{
+   return itsContent != nullptr && itsContent->GetTransferSyntaxType().IsExplicit();
+}
+
 SequenceVR* DICOMDataObjectInputStreamVR::GetVR()
 {
    std::exception_ptr aFailure;

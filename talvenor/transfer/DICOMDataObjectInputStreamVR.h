@@ -27,6 +27,9 @@ public:
    // The whole sequence, owned by the caller; null when it was made before or an item has been asked for.
    SequenceVR* GetVR();
 
+   // An addition: whether the items have explicit VR; false once the sequence has ended.
+   bool IsExplicit() const;
+
    int IsEmpty() const override { return itsContent == nullptr; }
    int IsStreamBuffered() const override { return 1; }
    int IsUndefinedLength() const { return GetLength() == kUndefinedLength; }

@@ -290,29 +290,34 @@ private:
       }
    }
 
+   // Content of the same form keeps its form: undefined lengths, or the ones that it turns out to have. What changes
+   // between explicit and implicit VR gets undefined ones: of a private sequence, that is how implicit VR tells that it
+   // is one (PS3.5 6.2.2, note 2).
    void SaveStreamedSequence(DICOMDataObjectInputStreamVR& theSequence, UINT32 theTag)
    {
+      const bool isSameForm = theSequence.IsExplicit() == Policy::kIsExplicit;
       const HeaderBytes aHeader = MakeHeader(theTag, VRCode::SQ, VR::kUndefinedLength);
-      SaveNested(aHeader, theSequence.GetLength(), ElementHeader::kSequenceDelimitation, Base().itsStream,
-                 Base().itsPatcher, [&](OutputStream& theStream, LengthPatchingOutputStream* thePatcher) {
+      SaveNested(aHeader, isSameForm ? theSequence.GetLength() : VR::kUndefinedLength,
+                 ElementHeader::kSequenceDelimitation, Base().itsStream, Base().itsPatcher,
+                 [&](OutputStream& theStream, LengthPatchingOutputStream* thePatcher) {
                     while (std::unique_ptr<VRInputStreamVR> anItem{theSequence.NextDICOMDataObject()})
                     {
-                       SaveStreamedItem(*anItem, theStream, thePatcher);
+                       SaveStreamedItem(*anItem, isSameForm, theStream, thePatcher);
                     }
                  });
    }
 
-   // Headers of the other form have other sizes: group lengths would no longer be true, and are left out.
-   void SaveStreamedItem(VRInputStreamVR& theItem, OutputStream& theStream, LengthPatchingOutputStream* thePatcher)
+   // Where the form changes, group lengths would no longer be true, and are left out.
+   void SaveStreamedItem(VRInputStreamVR& theItem, bool theIsSameForm, OutputStream& theStream,
+                         LengthPatchingOutputStream* thePatcher)
    {
-      const bool isSameForm = theItem.IsExplicit() == Policy::kIsExplicit;
-      SaveNested(Base().MakeItemHeader(ElementHeader::kItem, VR::kUndefinedLength), theItem.GetLength(),
-                 ElementHeader::kItemDelimitation, theStream, thePatcher,
-                 [&](OutputStream& theInnerStream, LengthPatchingOutputStream* theInnerPatcher) {
+      SaveNested(Base().MakeItemHeader(ElementHeader::kItem, VR::kUndefinedLength),
+                 theIsSameForm ? theItem.GetLength() : VR::kUndefinedLength, ElementHeader::kItemDelimitation,
+                 theStream, thePatcher, [&](OutputStream& theInnerStream, LengthPatchingOutputStream* theInnerPatcher) {
                     const auto anEncoder = Base().CloneForItem(theInnerStream, theInnerPatcher);
                     while (std::unique_ptr<VR> aVR{theItem.NextVR()})
                     {
-                       if (isSameForm || aVR->GetElement() != 0)
+                       if (theIsSameForm || aVR->GetElement() != 0)
                        {
                           anEncoder->SaveVR(aVR.release());
                        }

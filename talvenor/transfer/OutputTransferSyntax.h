@@ -4,7 +4,8 @@
 // are converted on the way.
 //
 // Odd lengths are padded to even ones (PS3.5 6.2). Sequences and items in memory go out with undefined length. Those read
-// from a stream keep their form: of undefined length, or of the length that their content has when it is written.
+// from a stream keep undefined lengths, and defined ones as what their content turns out to have; very long ones, and
+// those that change between explicit and implicit VR, become undefined.
 //
 // What no dataset may hold is not written: elements of the groups 0001, 0003, 0005, 0007 and FFFF, a private creator that
 // was written before for the group, and private elements whose creator was not written (PS3.5 7.8.1). Each item counts

@@ -3,7 +3,6 @@
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/transfer/ElementHeader.h"
 #include "talvenor/transfer/InputTransferSyntax.h"
-#include "talvenor/transfer/TransferSyntaxType.h"
 
 VRInputStreamVR::VRInputStreamVR(UINT32 theLength, std::unique_ptr<InputTransferSyntax> theContent)
     : VR(TNEndian::NativeEndian()), itsContent(std::move(theContent))
@@ -32,9 +31,4 @@ void VRInputStreamVR::Pushback(VR* theVR)
       throw StreamIOException("VRInputStreamVR::Pushback(VR*): unable to do pushback", TN_INTERNAL_ERROR, 0);
    }
    itsContent->Pushback(aVR.release());
-}
-
-bool VRInputStreamVR::IsExplicit() const
-{
-   return itsContent != nullptr && itsContent->GetTransferSyntaxType().IsExplicit();
 }

@@ -22,9 +22,6 @@ public:
    // Throws StreamIOException (TN_INTERNAL_ERROR) once the item has ended.
    void Pushback(VR* theVR) override;
 
-   // An addition: whether the content has explicit VR; false once the item has ended.
-   bool IsExplicit() const;
-
    int HasMoreData() const { return itsContent != nullptr; }
    int IsUndefinedLength() const { return GetLength() == kUndefinedLength; }
    int IsEmpty() const override { return itsContent == nullptr; }

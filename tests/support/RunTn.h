@@ -16,14 +16,16 @@ struct Outcome
    std::string itsErrors;
 };
 
-// The program under a shell, as users call it. Arguments with blanks are to be quoted by the caller.
-inline Outcome Tn(const std::string& theArguments, const std::string& theInput = "/dev/null")
+// The program under a shell, as users call it, after what else the shell is to do. Arguments with blanks are to be quoted
+// by the caller.
+inline Outcome Tn(const std::string& theArguments, const std::string& theInput = "/dev/null",
+                  const std::string& thePreparation = "")
 {
    const TemporaryDirectory aFolder;
    const std::string anOutput = aFolder.File("output");
    const std::string anErrors = aFolder.File("errors");
-   const std::string aCommand =
-       "'" TN_PROGRAM "' " + theArguments + " < '" + theInput + "' > '" + anOutput + "' 2> '" + anErrors + "'";
+   const std::string aCommand = thePreparation + "'" TN_PROGRAM "' " + theArguments + " < '" + theInput + "' > '" +
+                                anOutput + "' 2> '" + anErrors + "'";
    const int aStatus = std::system(aCommand.c_str());
    return {WIFEXITED(aStatus) ? WEXITSTATUS(aStatus) : -1, ReadFile(anOutput), ReadFile(anErrors)};
 }
