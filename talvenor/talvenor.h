@@ -123,3 +123,6 @@
 #include "talvenor/file/Part10MemoryInputStream.h"
 #include "talvenor/file/Part10OutputStream.h"
 #include "talvenor/file/Part10OutputStreamOutputStream.h"
+
+#include "talvenor/ul/DULStream.h"
+#include "talvenor/ul/DULStreamFactory.h"
