@@ -49,5 +49,5 @@ private:
    RWTValOrderedVector<TransferSyntaxList> itsLists; // no two equal
 };
 
-// The proposals of one association, in the order of its presentation contexts.
-using PresentationContextProposalsList = RWTValOrderedVector<PresentationContextProposals>;
+// The proposals of one association, in the order of its presentation contexts. Who holds the list owns them.
+using PresentationContextProposalsList = RWTValOrderedVector<PresentationContextProposals*>;
