@@ -126,3 +126,8 @@
 
 #include "talvenor/ul/DULStream.h"
 #include "talvenor/ul/DULStreamFactory.h"
+#include "talvenor/ul/Socket.h"
+#include "talvenor/ul/SocketDULStream.h"
+#include "talvenor/ul/SocketDULStreamFactory.h"
+#include "talvenor/ul/SocketInputStream.h"
+#include "talvenor/ul/SocketOutputStream.h"

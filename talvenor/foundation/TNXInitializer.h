@@ -32,6 +32,14 @@ public:
    static void SetDefaultFileLockWaitTime(unsigned int theSeconds); // of a locked file stream
    static void SetDefaultFileBufferSize(unsigned int theSize);      // in bytes; 0: unbuffered
 
+   // Of sockets: seconds that a read may wait (0: no limit) and after which an abort request is noticed (0: never), sizes
+   // in bytes asked of the operating system (0: its own), and whether the names of peers are looked up.
+   static void SetDefaultSocketTimeout(int theSeconds);
+   static void SetDefaultSocketAbortPollInterval(int theSeconds);
+   static void SetDefaultTCPReceiveBufferSize(int theSize);
+   static void SetDefaultTCPSendBufferSize(int theSize);
+   static void SetEnableReverseDNSLookup(int theFlag);
+
    // Where gTNTracer writes: "cerr", "cout" (exactly so) or the name of a file, which is appended to. A file that
    // cannot be opened leaves the tracer off.
    static void SetTraceOn(const RWCString& theWhere);
