@@ -92,8 +92,8 @@ void ImageFrameInputStream::ReadBasicOffsetTable()
          {
             auto aTable = std::make_unique<BasicOffsetTable>(itsNumberOfFrames);
             aTable->Init(*anItem, anItem->GetLength());
-            itsOwnTable = std::move(aTable);
-            itsTable = itsOwnTable.get();
+            itsReadTable = std::move(aTable);
+            itsTable = itsReadTable.get();
          }
       }
       catch (const StreamIOException&)
@@ -211,16 +211,19 @@ void ImageFrameInputStream::BuildTable()
    {
       return;
    }
-   RWTValOrderedVector<INT32> anIndices;
-   for (const FrameStart& aStart : itsStarts)
+   if (!itsBuiltTable)
    {
-      anIndices.push_back(aStart.itsFragment);
+      RWTValOrderedVector<INT32> anIndices;
+      for (const FrameStart& aStart : itsStarts)
+      {
+         anIndices.push_back(aStart.itsFragment);
+      }
+      anIndices.front() = 0;
+      auto aTable = std::make_unique<BasicOffsetTable>(itsNumberOfFrames);
+      aTable->Init(itsWalk->GetData().GetFragmentLengthTable(), anIndices);
+      itsBuiltTable = std::move(aTable);
    }
-   anIndices.front() = 0;
-   auto aTable = std::make_unique<BasicOffsetTable>(itsNumberOfFrames);
-   aTable->Init(itsWalk->GetData().GetFragmentLengthTable(), anIndices);
-   itsOwnTable = std::move(aTable);
-   itsTable = itsOwnTable.get();
+   itsTable = itsBuiltTable.get();
 }
 
 int ImageFrameInputStream::IsRandomFrameAccessAvailable() const

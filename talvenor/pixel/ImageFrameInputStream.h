@@ -74,7 +74,8 @@ public:
    // called. Throws (TN_INVALID_ENCODING) when it has entries, but not one for each frame.
    void ReadBasicOffsetTable();
 
-   // The table in use: the one that was set, the one in the data, the one built; null while there is none.
+   // The table in use: the one that was set, the one in the data, the one built; null while there is none. The latter
+   // two live as long as this object, in use or not.
    const BasicOffsetTable* GetBasicOffsetTable() const { return itsTable; }
 
    // Uses theTable, borrowed, or no table when it is null; for pixel data whose table is known from an earlier reading.
@@ -162,9 +163,10 @@ private:
    int itsFlag;
 
    bool itsHasReadTable = false;
-   unsigned int itsOrigin = 0;                    // position of the first fragment's item in a stream that can seek
-   std::unique_ptr<BasicOffsetTable> itsOwnTable; // read from the data, or built
-   const BasicOffsetTable* itsTable = nullptr;    // in use: that one or the caller's
+   unsigned int itsOrigin = 0; // position of the first fragment's item in a stream that can seek
+   std::unique_ptr<BasicOffsetTable> itsReadTable;
+   std::unique_ptr<BasicOffsetTable> itsBuiltTable;
+   const BasicOffsetTable* itsTable = nullptr; // in use: one of those or the caller's
 
    INT32 itsFrameIndex = -1;
    bool itsHasFrame = false;           // whether the walk stands at the current frame

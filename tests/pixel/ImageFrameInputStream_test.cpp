@@ -302,6 +302,20 @@ TEST(ImageFrameInputStream, UsesTheTableItIsGiven)
    }
 }
 
+TEST(ImageFrameInputStream, BuildsATableToCompareWithThatOfTheData)
+{
+   EncapsulatedBytes aSource(Table({0, 13}) + Item(kFrame) + Item(kFrame) + kEndOfItems);
+   ImageFrameInputStream aFrames(aSource.Pixels(), kJPEG, 2, 0);
+   aFrames.ReadBasicOffsetTable();
+   const BasicOffsetTable* const aWrong = aFrames.GetBasicOffsetTable();
+   EXPECT_EQ(StreamErrorOf([&] { aFrames.GetFrame(1); }).itsCode, TN_INVALID_DELIMITER);
+   EXPECT_EQ(Text(aFrames.GetFrame(0)), Text(kFrame));
+   aFrames.SetBasicOffsetTable(nullptr);
+   EXPECT_EQ(Text(aFrames.NextFrame()), Text(kFrame));
+   EXPECT_EQ(Offsets(aFrames), (std::vector<UINT32>{0, 14}));
+   EXPECT_EQ(aWrong->GetOffset(1), 13u) << "still there";
+}
+
 TEST(ImageFrameInputStream, PixelDataOfDefinedLengthHasNoFrames)
 {
    EncapsulatedBytes aSource({1, 2, 3, 4}, EncapsulatedBytes::kInMemory, 4);
