@@ -131,3 +131,15 @@
 #include "talvenor/ul/SocketDULStreamFactory.h"
 #include "talvenor/ul/SocketInputStream.h"
 #include "talvenor/ul/SocketOutputStream.h"
+
+#include "talvenor/dimse/CEchoRQ.h"
+#include "talvenor/dimse/CEchoRSP.h"
+#include "talvenor/dimse/CFindRQ.h"
+#include "talvenor/dimse/CFindRSP.h"
+#include "talvenor/dimse/CMoveRQ.h"
+#include "talvenor/dimse/CMoveRSP.h"
+#include "talvenor/dimse/CStoreRQ.h"
+#include "talvenor/dimse/CStoreRSP.h"
+#include "talvenor/dimse/DIMSE_C_Services.h"
+
+#include "talvenor/services/Verification.h"

@@ -1,6 +1,20 @@
 #include "talvenor/foundation/TNXInitializer.h"
 
+#include "talvenor/ul/PDUInputStream.h"
+#include "talvenor/ul/PDUOutputStream.h"
 #include "talvenor/ul/Socket.h"
+
+void TNXInitializer::SetDefaultMaxPDUReceiveLength(unsigned int theLength)
+{
+   constexpr unsigned int kSmallest = 8;
+   PDUInputStream::SetDefaultMaxPDUReceiveLength(theLength != 0 && theLength < kSmallest ? kSmallest : theLength);
+}
+
+void TNXInitializer::SetDefaultMaxPDUSendLength(unsigned int theLength)
+{
+   constexpr unsigned int kSmallest = 14; // the headers of PDU and PDV, and two bytes of a message
+   PDUOutputStream::SetDefaultMaxPDUSendLength(theLength < kSmallest ? kSmallest : theLength);
+}
 
 void TNXInitializer::SetDefaultSocketTimeout(int theSeconds)
 {

@@ -1,0 +1,27 @@
+// The C-MOVE request (PS3.7 9.3.4.1). See DIMSE_C_Services.h for what the messages have in common.
+#pragma once
+
+#include "talvenor/Export.h"
+
+class AETitle;
+class DICOMCommandObject;
+class DICOMDataObject;
+class PDU_Service;
+class UID;
+
+class TALVENOR_API CMoveRQ
+{
+public:
+   virtual ~CMoveRQ();
+
+   // Sets the SOP class of the service; 0 when it has no fixed one.
+   virtual int GetUID(UID& theUID) const = 0;
+
+   // Sends the request and what to move on a context of the SOP class. TN_SOP_CLASS_UNSUPPORTED when there is no SOP
+   // class.
+   int Write(PDU_Service& theService, DICOMDataObject& theIdentifier, const AETitle& theMoveDestination) const;
+
+   // Replaces the contents of theIdentifier by the data set that follows theCommand. TN_COMMAND_NOT_SUPPORTED when
+   // theCommand is another message, TN_DATASET_MISSING when it announces no data set; theIdentifier is unchanged then.
+   int Read(const DICOMCommandObject& theCommand, PDU_Service& theService, DICOMDataObject& theIdentifier) const;
+};

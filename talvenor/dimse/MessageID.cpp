@@ -1,0 +1,16 @@
+#include "talvenor/dimse/MessageID.h"
+
+#include "talvenor/foundation/Mutex.h"
+#include "talvenor/foundation/MutexWhileInScope.h"
+
+namespace
+{
+constinit Mutex gMutex;
+UINT16 gLastMessageID = 0;
+} // namespace
+
+UINT16 NextMessageID()
+{
+   const MutexWhileInScope aGuard(gMutex);
+   return ++gLastMessageID;
+}

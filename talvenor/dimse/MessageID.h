@@ -1,0 +1,7 @@
+// The Message IDs of requests (PS3.7 E.1). Not part of the library's interface.
+#pragma once
+
+#include "talvenor/foundation/BasicTypes.h"
+
+// The next one of the process: 1 at first, 0 after 65535. Any thread may ask.
+UINT16 NextMessageID();
