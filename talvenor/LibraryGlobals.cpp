@@ -20,6 +20,10 @@
 #include "talvenor/transfer/TransferSyntaxType.h"
 #endif
 
+#ifdef TALVENOR_HAS_ASSOCIATION
+#include "talvenor/association/PresentationContextUsageManager.h"
+#endif
+
 std::string AETitle::itsDefaultAETitle;
 
 #ifdef TALVENOR_HAS_DICTIONARY
@@ -34,6 +38,10 @@ TNTrace gTNErrorLog;
 
 #ifdef TALVENOR_HAS_DICTIONARY
 MUIDDictionary MUIDDictionary::itsDefaultUIDDictionary;
+#endif
+
+#ifdef TALVENOR_HAS_ASSOCIATION
+PresentationContextUsageManager PresentationContextUsageManager::itsInstance;
 #endif
 
 #ifdef TALVENOR_HAS_TRANSFER

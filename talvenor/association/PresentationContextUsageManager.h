@@ -9,11 +9,11 @@
 // AE titles are texts without padding (AETitle::GetTitle), UIDs are texts; both are compared exactly. Nothing is ever
 // forgotten, so titles must be those of peers that the host chose to call.
 //
-// Any thread may call any operation at any time: each holds the mutex for its whole duration, GetBestProposals while it
-// looks at the history.
+// Any thread may call any operation at any time: each holds the mutex while it looks at what is remembered.
 #pragma once
 
 #include <memory>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "talvenor/association/PresentationContextProposals.h"
@@ -77,8 +77,8 @@ public:
                                                                          const RWCString& theAbstractSyntax);
 
    // In seconds. Kept for callers: no choice depends on it.
-   int GetRecentUseTime() const { return itsRecentUseTime; }
-   void SetRecentUseTime(int theSeconds) { itsRecentUseTime = theSeconds; }
+   int GetRecentUseTime() const;
+   void SetRecentUseTime(int theSeconds);
 
    // Everything that is remembered, for people to read. Control characters of titles and UIDs are written as full stops.
    RWCString ToString() const;
