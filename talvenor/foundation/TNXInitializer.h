@@ -40,23 +40,15 @@ public:
    static void SetDefaultTCPSendBufferSize(int theSize);
    static void SetEnableReverseDNSLookup(int theFlag);
 
-   // In bytes, of the P-DATA-TF PDUs of an association (PS3.8 D.1). What is announced for receiving: 0 is without limit, 1 to 7
-   // become 8. What is sent at most, whatever the peer allows: values below 14 become 14.
+   // In bytes, of the P-DATA-TF PDUs of an association (PS3.8 D.1). What is announced for receiving: 0 is without limit,
+   // 1 to 7 become 8. What is sent at most, whatever the peer allows: values below 14 become 14.
    static void SetDefaultMaxPDUReceiveLength(unsigned int theLength);
    static void SetDefaultMaxPDUSendLength(unsigned int theLength);
 
    // How long to wait, after an abort or a rejection, until the peer closes the connection; 0 or less: without limit.
    static void SetDefaultPDUARRTimer(int theSeconds);
 
-   // Of sockets: how long one read may wait (0: without limit), how often a wait looks at the abort flags, and the buffers
-   // of the operating system in bytes.
-   static void SetDefaultSocketTimeout(int theSeconds);
-   static void SetDefaultSocketAbortPollInterval(int theSeconds);
-   static void SetDefaultTCPReceiveBufferSize(int theSize);
-   static void SetDefaultTCPSendBufferSize(int theSize);
-
-   // Switches: whether the names of peers are looked up, and whether datasets may go out in compressed contexts.
-   static void SetEnableReverseDNSLookup(int theFlag);
+   // Whether datasets may go out in compressed contexts.
    static void SetEnableCompressedTransferSyntax(int theFlag);
 
    // Where gTNTracer writes: "cerr", "cout" (exactly so) or the name of a file, which is appended to. A file that
