@@ -161,6 +161,12 @@
 #include "talvenor/ul/ULUID.h"
 #include "talvenor/ul/UserInformationItem.h"
 
+#include "talvenor/association/CheckedPDU_Service.h"
+#include "talvenor/association/PDU_Service.h"
+#include "talvenor/association/PresentationContextProposals.h"
+#include "talvenor/association/PresentationContextUsageManager.h"
+#include "talvenor/association/UsablePresentationContext.h"
+
 #include "talvenor/dimse/CEchoRQ.h"
 #include "talvenor/dimse/CEchoRSP.h"
 #include "talvenor/dimse/CFindRQ.h"

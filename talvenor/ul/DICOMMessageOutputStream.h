@@ -49,5 +49,7 @@ public:
    void DiscardMessage();
 
 private:
+   void EndMessage();
+
    UINT64 itsLength = 0;
 };

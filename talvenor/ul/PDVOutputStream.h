@@ -87,6 +87,7 @@ private:
 
    void RequireUnfinished() const;
    IOBuffer& BufferWithRoom();
+   void FinishPDVIfFull();
    void WritePendingPDV(bool theLast);
    void WriteHeader(const PDV& thePDV, bool theLast);
    void TracePending() const;
