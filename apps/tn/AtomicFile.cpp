@@ -2,11 +2,11 @@
 
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <stdexcept>
 #include <system_error>
 
 #include <sys/stat.h>
@@ -33,7 +33,10 @@ void HandleInterruptions()
    static const bool isHandled = [] {
       for (const int aSignal : {SIGINT, SIGTERM, SIGHUP})
       {
-         std::signal(aSignal, RemovePending);
+         if (std::signal(aSignal, RemovePending) == SIG_IGN)
+         {
+            std::signal(aSignal, SIG_IGN); // nohup and shells ask for it
+         }
       }
       std::signal(SIGXFSZ, SIG_IGN); // a file that may grow no more is told by write
       return true;
@@ -51,9 +54,36 @@ void Publish(const std::string& thePath)
    }
 }
 
-[[noreturn]] void Throw(const std::string& theAction, const std::string& thePath)
+[[noreturn]] void Throw(const char* theText)
 {
-   throw std::runtime_error("cannot " + theAction + " " + thePath + ": " + std::system_category().message(errno));
+   throw WriteFailure(theText + (": " + std::system_category().message(errno)));
+}
+
+// Where thePath leads.
+std::string FollowLinks(std::string thePath)
+{
+   if (thePath == "-")
+   {
+      throw WriteFailure("standard output cannot be written to; ./- is a file of that name");
+   }
+   char aTarget[PATH_MAX];
+   return ::realpath(thePath.c_str(), aTarget) != nullptr ? aTarget : thePath;
+}
+
+// A name of its own: that of the file may be as long as names can be.
+std::string MakeTemporaryPath(const std::string& thePath)
+{
+   return thePath.substr(0, thePath.rfind('/') + 1) + ".tn-XXXXXX";
+}
+
+// Renaming would put a file in the place of a device, for every program.
+void CheckIsReplaceable(const std::string& thePath)
+{
+   struct stat aStatus;
+   if (::stat(thePath.c_str(), &aStatus) == 0 && !S_ISREG(aStatus.st_mode))
+   {
+      throw WriteFailure(S_ISDIR(aStatus.st_mode) ? "it is a folder" : "it is no regular file");
+   }
 }
 
 mode_t ModeFor(const std::string& thePath)
@@ -69,13 +99,15 @@ mode_t ModeFor(const std::string& thePath)
 }
 } // namespace
 
-AtomicFile::AtomicFile(std::string thePath) : itsPath(std::move(thePath)), itsTemporaryPath(itsPath + ".tn-XXXXXX")
+AtomicFile::AtomicFile(std::string thePath)
+    : itsPath(FollowLinks(std::move(thePath))), itsTemporaryPath(MakeTemporaryPath(itsPath))
 {
+   CheckIsReplaceable(itsPath);
    const mode_t aMode = ModeFor(itsPath);
    const int aFile = ::mkstemp(itsTemporaryPath.data());
    if (aFile < 0)
    {
-      Throw("create", itsPath);
+      Throw("cannot be created");
    }
    Publish(itsTemporaryPath);
    ::fchmod(aFile, aMode); // where permissions mean nothing, this may fail without harm
@@ -95,7 +127,7 @@ void AtomicFile::Commit()
 {
    if (std::rename(itsTemporaryPath.c_str(), itsPath.c_str()) != 0)
    {
-      Throw("write", itsPath);
+      Throw("cannot be written");
    }
    gHasPending = false;
    itsIsCommitted = true;

@@ -3,13 +3,22 @@
 // One at a time is known to the signal handler: the one made last.
 #pragma once
 
+#include <stdexcept>
 #include <string>
+
+// The output cannot be written. The text does not name it.
+class WriteFailure : public std::runtime_error
+{
+public:
+   using std::runtime_error::runtime_error;
+};
 
 class AtomicFile
 {
 public:
    // Creates the temporary file, with the permissions of the file that it will replace or the usual ones of a new file.
-   // Throws std::runtime_error, naming the reason.
+   // Of a link the file that it leads to is replaced. Throws WriteFailure, also for what cannot be replaced: folders,
+   // devices, pipes and standard output ("-").
    explicit AtomicFile(std::string thePath);
    AtomicFile(const AtomicFile&) = delete;
    AtomicFile& operator=(const AtomicFile&) = delete;
@@ -18,7 +27,7 @@ public:
    // Where to write.
    const std::string& GetTemporaryPath() const { return itsTemporaryPath; }
 
-   // To be called once everything has been written and closed. Throws std::runtime_error.
+   // To be called once everything has been written and closed. Throws WriteFailure.
    void Commit();
 
 private:

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iomanip>
 
+#include "apps/tn/InputFile.h"
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/io/LFInputStream.h"
 #include "talvenor/pixel/JP2FileInputStream.h"
@@ -100,6 +101,7 @@ void WithFile(const std::string& theName, Action theAction)
 
 CodestreamKind KindOfFile(const std::string& theName)
 {
+   CheckIsReadable(theName);
    LFInputStream aFile(theName.c_str(), std::ios_base::in | std::ios_base::binary);
    unsigned char aBytes[kLongestSignature];
    return aFile.is_open() ? KindOf(aBytes, aFile.Read(aBytes, sizeof aBytes)) : CodestreamKind::None;

@@ -1,6 +1,5 @@
 #include "apps/tn/Conversion.h"
 
-#include "apps/tn/AtomicFile.h"
 #include "apps/tn/DatasetChecks.h"
 #include "apps/tn/ErrorText.h"
 #include "apps/tn/InputFile.h"

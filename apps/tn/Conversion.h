@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "apps/tn/AtomicFile.h"
 #include "talvenor/foundation/BasicTypes.h"
 
 class Part10InputStream;
@@ -18,13 +19,6 @@ public:
 
 // The file has no meta information, and what it has instead cannot be read as a dataset.
 class NoDICOMFile : public std::runtime_error
-{
-public:
-   using std::runtime_error::runtime_error;
-};
-
-// The output cannot be written.
-class WriteFailure : public std::runtime_error
 {
 public:
    using std::runtime_error::runtime_error;

@@ -12,6 +12,8 @@
 #include "apps/tn/Dictionaries.h"
 #include "apps/tn/ErrorText.h"
 #include "apps/tn/ExitCode.h"
+#include "apps/tn/FilesBelow.h"
+#include "apps/tn/InputFile.h"
 #include "apps/tn/Progress.h"
 #include "talvenor/foundation/OneLine.h"
 #include "talvenor/transfer/TransferSyntaxType.h"
@@ -51,21 +53,6 @@ const RWCString& FindUID(const std::string& theName)
        ->itsUID;
 }
 
-// The regular files below theFolder, in order. Links are not followed: they may lead in circles.
-std::vector<fs::path> FilesBelow(const fs::path& theFolder)
-{
-   std::vector<fs::path> aFiles;
-   for (const fs::directory_entry& anEntry : fs::recursive_directory_iterator(theFolder))
-   {
-      if (anEntry.is_regular_file())
-      {
-         aFiles.push_back(anEntry.path());
-      }
-   }
-   std::sort(aFiles.begin(), aFiles.end());
-   return aFiles;
-}
-
 void Tell(const std::string& theFile, const std::string& theText)
 {
    std::cerr << OnOneLine("tn convert: " + theFile + ": " + theText) << "\n";
@@ -98,7 +85,7 @@ int ConvertCommand::Run()
    }
    catch (const std::exception& anError)
    {
-      std::cerr << "tn convert: " << anError.what() << "\n";
+      std::cerr << OnOneLine(std::string("tn convert: ") + anError.what()) << "\n";
       return ExitCode::kCouldNotRead;
    }
 }
@@ -106,7 +93,7 @@ int ConvertCommand::Run()
 int ConvertCommand::ConvertOne(Conversion& theConversion)
 {
    fs::path aTarget = itsTarget;
-   if (fs::is_directory(aTarget))
+   if (std::error_code anIgnored; fs::is_directory(aTarget, anIgnored)) // writing it tells
    {
       aTarget /= fs::path(itsSource).filename();
    }
@@ -127,23 +114,32 @@ int ConvertCommand::ConvertOne(Conversion& theConversion)
 
 int ConvertCommand::ConvertFolder(Conversion& theConversion)
 {
-   const std::vector<fs::path> aFiles = FilesBelow(itsSource);
+   bool isWhole = true;
+   const std::vector<std::string> aFiles = FilesBelow(itsSource, [&](const std::string& theText) {
+      std::cerr << OnOneLine("tn convert: " + theText) << "\n";
+      isWhole = false;
+   });
+   if (aFiles.empty() && !isWhole)
+   {
+      return ExitCode::kCouldNotRead;
+   }
    std::vector<std::pair<std::string, std::string>> aRemarks; // on files, in order
    std::size_t aDone = 0;
    std::size_t aStrangers = 0;
    {
       Progress aProgress(aFiles.size());
-      for (const fs::path& aFile : aFiles)
+      for (const std::string& aPath : aFiles)
       {
-         aProgress.Begin(aFile.string());
-         const fs::path aTarget = itsTarget / aFile.lexically_relative(itsSource);
+         const std::string aFile = (fs::path(itsSource) / aPath).string();
+         aProgress.Begin(aFile);
+         const std::string aTarget = (fs::path(itsTarget) / aPath).string();
          std::string aText;
-         const Result aResult = ConvertFile(theConversion, aFile.string(), aTarget.string(), aText);
+         const Result aResult = ConvertFile(theConversion, aFile, aTarget, aText);
          aDone += aResult == Result::Done;
          aStrangers += aResult == Result::NoDICOMFile;
          if (!aText.empty())
          {
-            aRemarks.emplace_back(aFile.string(), aText);
+            aRemarks.emplace_back(aResult == Result::CouldNotWrite ? aTarget : aFile, aText);
          }
          std::error_code anIgnored;
          aProgress.End(fs::file_size(aFile, anIgnored));
@@ -155,7 +151,7 @@ int ConvertCommand::ConvertFolder(Conversion& theConversion)
    }
    const std::size_t aFailed = aFiles.size() - aDone - aStrangers;
    std::cout << aDone << " converted, " << aFailed << " failed, " << aStrangers << " not DICOM files" << std::endl;
-   return aFailed == 0 ? ExitCode::kDone : ExitCode::kSomeFailed;
+   return aFailed == 0 && isWhole ? ExitCode::kDone : ExitCode::kSomeFailed;
 }
 
 ConvertCommand::Result ConvertCommand::ConvertFile(Conversion& theConversion, const std::string& theSource,
@@ -165,7 +161,12 @@ ConvertCommand::Result ConvertCommand::ConvertFile(Conversion& theConversion, co
    {
       if (const fs::path aFolder = fs::path(theTarget).parent_path(); itsIsRecursive && !aFolder.empty())
       {
-         fs::create_directories(aFolder);
+         std::error_code anError;
+         fs::create_directories(aFolder, anError);
+         if (anError)
+         {
+            throw WriteFailure("its folder cannot be made: " + anError.message());
+         }
       }
       theConversion.Convert(theSource, theTarget);
       if (const UINT32 aCount = theConversion.GetLeftOutCount(); aCount != 0)
@@ -175,6 +176,11 @@ ConvertCommand::Result ConvertCommand::ConvertFile(Conversion& theConversion, co
                    " (private without its creator, creator twice, or an illegal group)";
       }
       return Result::Done;
+   }
+   catch (const NotDICOM& anException)
+   {
+      theText = ErrorText(anException);
+      return Result::NoDICOMFile;
    }
    catch (const ExceptionBase& anException)
    {
@@ -196,9 +202,14 @@ ConvertCommand::Result ConvertCommand::ConvertFile(Conversion& theConversion, co
       theText = anError.what();
       return Result::Refused;
    }
-   catch (const std::exception& anError) // of the output: a folder or a file that cannot be made
+   catch (const WriteFailure& anError)
    {
       theText = anError.what();
       return Result::CouldNotWrite;
+   }
+   catch (const std::exception& anError) // a file too large for the memory must not end the run
+   {
+      theText = anError.what();
+      return Result::CouldNotRead;
    }
 }

@@ -1,6 +1,5 @@
 #include "apps/tn/DicomdirCommand.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -15,6 +14,7 @@
 #include "apps/tn/DirectoryLister.h"
 #include "apps/tn/ErrorText.h"
 #include "apps/tn/ExitCode.h"
+#include "apps/tn/FilesBelow.h"
 #include "apps/tn/InputFile.h"
 #include "apps/tn/InstanceHeader.h"
 #include "talvenor/dataset/DICOMDataObject.h"
@@ -34,47 +34,12 @@ namespace fs = std::filesystem;
 namespace
 {
 constexpr char kDirectoryName[] = "DICOMDIR";
+constexpr std::size_t kMostFaults = 20;      // told of one directory: a false one has one for each record
 constexpr unsigned int kHeaderBuffer = 8192; // bytes; what is read of each file holds the keys of nearly all images
 
 void Tell(const std::string& theText)
 {
    std::cerr << OnOneLine("tn dicomdir: " + theText) << "\n";
-}
-
-// The paths of the regular files below theFolder, from there on, in order. Links to folders are not followed: they may
-// lead in circles. What cannot be read is told, and makes theIsWhole false.
-std::vector<std::string> FilesBelow(const fs::path& theFolder, bool& theIsWhole)
-{
-   std::vector<std::string> aFiles;
-   std::vector<fs::path> aFolders = {""};
-   while (!aFolders.empty())
-   {
-      const fs::path aFolder = aFolders.back();
-      aFolders.pop_back();
-      std::error_code anError;
-      fs::directory_iterator anEntry(theFolder / aFolder, anError);
-      while (!anError && anEntry != fs::directory_iterator())
-      {
-         const fs::path aPath = aFolder / anEntry->path().filename();
-         std::error_code anIgnored; // what vanishes meanwhile is no file
-         if (anEntry->is_directory(anIgnored) && !anEntry->is_symlink(anIgnored))
-         {
-            aFolders.push_back(aPath);
-         }
-         else if (anEntry->is_regular_file(anIgnored))
-         {
-            aFiles.push_back(aPath.string());
-         }
-         anEntry.increment(anError);
-      }
-      if (anError)
-      {
-         Tell("cannot read " + (theFolder / aFolder).string() + ": " + anError.message());
-         theIsWhole = false;
-      }
-   }
-   std::sort(aFiles.begin(), aFiles.end());
-   return aFiles;
 }
 
 std::string Count(std::size_t theNumber, const char* theOne, const char* theMany)
@@ -145,8 +110,12 @@ int DicomdirCommand::Create()
    }
    TNXInitializer::SetDefaultFileBufferSize(kHeaderBuffer);
    bool isWhole = true;
+   const auto onFault = [&](const std::string& theText) {
+      Tell(theText);
+      isWhole = false;
+   };
    DirectoryBuilder aBuilder;
-   for (const std::string& aPath : FilesBelow(itsFolder, isWhole))
+   for (const std::string& aPath : FilesBelow(itsFolder, onFault))
    {
       isWhole = AddFile(aBuilder, aPath) && isWhole;
    }
@@ -168,7 +137,7 @@ int DicomdirCommand::Create()
    }
    catch (const std::runtime_error& anError)
    {
-      Tell(anError.what());
+      Tell(anOutput + ": " + anError.what());
       return ExitCode::kCouldNotWrite;
    }
    std::cout << OnOneLine(anOutput) << ": " << Count(aCounts.itsPatients, "patient", "patients") << ", "
@@ -265,22 +234,30 @@ int DicomdirCommand::ListDirectory(const std::string& theFile)
    bool isCut;
    if (!DICOMDirUtilities::LoadFromStream(aDirectory, aStream, aResult, anError, anOffsets, isCut))
    {
-      throw StreamIOException(TNResult::Describe(aResult).c_str(), aResult, anError);
+      const std::string aText = "the directory cannot be read beyond byte " +
+                                std::to_string(aStream.GetStreamPosition()) + ": " + TNResult::Describe(aResult);
+      throw StreamIOException(aText.c_str(), aResult, anError);
    }
    aDirectory.SetEndian(anEndian);
    if (!aDirectory.HasAttribute(0x0004, 0x1220))
    {
       throw std::runtime_error("not a media directory");
    }
-   int anExitCode = ExitCode::kDone;
+   std::size_t aFaults = 0;
    DirectoryLister aLister(aDirectory, anOffsets, std::cout, [&](const std::string& theText) {
-      Tell(theFile + ": " + theText);
-      anExitCode = ExitCode::kSomeFailed;
+      if (aFaults++ < kMostFaults)
+      {
+         Tell(theFile + ": " + theText);
+      }
    });
    aLister.List(itsShowsOffsets);
+   if (aFaults > kMostFaults)
+   {
+      Tell(theFile + ": " + Count(aFaults - kMostFaults, "more fault", "more faults"));
+   }
    if (isCut)
    {
       throw std::runtime_error("the file ends inside the directory");
    }
-   return anExitCode;
+   return aFaults == 0 ? ExitCode::kDone : ExitCode::kSomeFailed;
 }

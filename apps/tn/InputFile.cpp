@@ -1,17 +1,35 @@
 #include "apps/tn/InputFile.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
 
 #include "talvenor/file/Part10FileInputStream.h"
 #include "talvenor/file/Part10InputStreamInputStream.h"
-#include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/transfer/TransferSyntaxManager.h"
 
 namespace
 {
 constexpr unsigned int kTagAndTwo = 8; // bytes: a tag, and a length or a VR with a short length
 } // namespace
+
+void CheckIsReadable(const std::string& theName)
+{
+   std::error_code anIgnored; // opening it tells
+   const std::filesystem::file_status aStatus = std::filesystem::status(theName, anIgnored);
+   if (std::filesystem::is_directory(aStatus))
+   {
+      throw StreamIOException("it is a folder", TN_OPEN_FAILED, 0);
+   }
+   if (std::filesystem::is_other(aStatus))
+   {
+      throw StreamIOException("it is no regular file; - reads standard input", TN_OPEN_FAILED, 0);
+   }
+   if (std::filesystem::is_regular_file(aStatus) && std::filesystem::file_size(theName, anIgnored) <= kTagAndTwo)
+   {
+      throw NotDICOM(); // not even of one element
+   }
+}
 
 InputFile::InputFile(const std::string& theName)
 {
@@ -25,6 +43,7 @@ InputFile::InputFile(const std::string& theName)
    }
    else
    {
+      CheckIsReadable(theName);
       itsStream = std::make_unique<Part10FileInputStream>(theName, kForceDefaultVersion, kTolerant);
    }
    if (itsStream->GetPart10Header() == nullptr)
@@ -47,7 +66,7 @@ void InputFile::CheckIsDataset()
    itsStream->Pushback(aBytes, aCount);
    if (aCount == sizeof aBytes && std::equal(std::begin(kZeros), std::end(kZeros), aBytes))
    {
-      throw StreamIOException("not a DICOM file", TN_PARSE_TO_OBJECT_FAILED, 0);
+      throw NotDICOM();
    }
 }
 

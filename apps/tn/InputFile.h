@@ -6,11 +6,23 @@
 
 #include "apps/tn/StandardInput.h"
 #include "talvenor/file/Part10InputStream.h"
+#include "talvenor/foundation/StreamIOException.h"
+
+// What is read is no DICOM file.
+class NotDICOM : public StreamIOException
+{
+public:
+   NotDICOM() : StreamIOException("not a DICOM file", TN_PARSE_TO_OBJECT_FAILED, 0) {}
+};
+
+// Throws StreamIOException when theName is there but no regular file, whose size reading needs, and
+// NotDICOM when it is too short.
+void CheckIsReadable(const std::string& theName);
 
 class InputFile
 {
 public:
-   // Throws ExceptionBase (StreamIOException for a file that cannot be read or is not DICOM). What the meta information
+   // Throws ExceptionBase (NotDICOM, or StreamIOException for a file that cannot be read). What the meta information
    // lacks is tolerated. A dataset that does not look like the transfer syntax that the file states is refused.
    explicit InputFile(const std::string& theName);
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "support/DatasetBytes.h"
 #include "support/RunTn.h"
@@ -60,6 +61,8 @@ TEST(TnConvert, WritesAllOrNothing)
    const TemporaryDirectory aFolder;
    WriteFile(aFolder.File("cut"), aCut.File());
    WriteFile(aFolder.File("text"), "no DICOM file at all, but a text of some length");
+   const std::string aPipe = aFolder.File("pipe");
+   ASSERT_EQ(::mkfifo(aPipe.c_str(), 0600), 0);
    const std::string aGood = Sample("ct-explicit.dcm");
    const struct
    {
@@ -71,7 +74,11 @@ TEST(TnConvert, WritesAllOrNothing)
        {aFolder.File("cut") + " " + aFolder.File("out"), 3, "EOF before end of input stream (600 bytes remaining)"},
        {aFolder.File("text") + " " + aFolder.File("out"), 3, "not a DICOM file"},
        {aFolder.File("nothing") + " " + aFolder.File("out"), 3, "No such file"},
-       {aGood + " " + aFolder.File("no/folder/out"), 4, "cannot create"},
+       {aPipe + " " + aFolder.File("out"), 3, "no regular file; - reads standard input"},
+       {"-r " + aFolder.File("nothing") + " " + aFolder.File("out"), 3, "nothing: cannot be read"},
+       {aGood + " " + aFolder.File("no/folder/out"), 4, "no/folder/out: cannot be created"},
+       {aGood + " " + aPipe, 4, "pipe: it is no regular file"}, // renaming would replace it, and a device as well
+       {aGood + " -", 4, "standard output"},
        {"--to implicit " + Sample("us-jpeg.dcm") + " " + aFolder.File("out"), 1, "compressed (JPEG Baseline"},
        {"--to deflated " + aGood + " " + aFolder.File("out"), 2, "deflated"},
        // Room for a part of it only: 1024 bytes.
@@ -82,7 +89,7 @@ TEST(TnConvert, WritesAllOrNothing)
       const Outcome anOutcome = Tn("convert " + aCase.itsArguments, "/dev/null", aCase.itsPreparation);
       EXPECT_EQ(anOutcome.itsCode, aCase.itsCode) << aCase.itsArguments << anOutcome.itsErrors;
       EXPECT_TRUE(Contains(anOutcome.itsErrors, aCase.itsText)) << anOutcome.itsErrors;
-      EXPECT_EQ(aFolder.FileCount(), 2U) << aCase.itsArguments << ": something was left behind";
+      EXPECT_EQ(aFolder.FileCount(), 3U) << aCase.itsArguments << ": something was left behind";
    }
 }
 
@@ -97,6 +104,13 @@ TEST(TnConvert, AFileCanBeConvertedInPlace)
    EXPECT_EQ(std::filesystem::status(aFile).permissions(),
              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
    EXPECT_EQ(aFolder.FileCount(), 1U);
+
+   const std::string aLink = aFolder.File("link");
+   std::filesystem::create_symlink("image", aLink);
+   EXPECT_EQ(Tn("convert --to explicit " + aLink + " " + aLink).itsCode, 0);
+   EXPECT_TRUE(std::filesystem::is_symlink(aLink));
+   EXPECT_EQ(ReadFile(aFile), ReadFile(aLink));
+   EXPECT_TRUE(Contains(Tn("dump --meta " + aFile).itsOutput, "1.2.840.10008.1.2.1\""));
 }
 
 TEST(TnConvert, ADatasetWithoutMetaInformationGetsOne)
@@ -119,10 +133,11 @@ TEST(TnConvert, FoldersKeepTheirTreeAndFailuresAreListed)
    std::filesystem::copy_file(Sample("ct-explicit.dcm"), aFolder.File("in/a/ct"));
    std::filesystem::copy_file(Sample("us-jpeg.dcm"), aFolder.File("in/a/b/us"));
    WriteFile(aFolder.File("in/readme"), "read me, but not as DICOM");
+   WriteFile(aFolder.File("in/empty"), "");
    const Outcome anOutcome = Tn("convert -r --to implicit " + aFolder.File("in") + " " + aFolder.File("out"));
    EXPECT_EQ(anOutcome.itsCode, 1);
-   EXPECT_EQ(anOutcome.itsOutput, "1 converted, 1 failed, 1 not DICOM files\n");
-   EXPECT_EQ(LinesOf(anOutcome.itsErrors), 2U) << anOutcome.itsErrors;
+   EXPECT_EQ(anOutcome.itsOutput, "1 converted, 1 failed, 2 not DICOM files\n");
+   EXPECT_EQ(LinesOf(anOutcome.itsErrors), 3U) << anOutcome.itsErrors;
    EXPECT_TRUE(std::filesystem::exists(aFolder.File("out/a/ct")));
    EXPECT_FALSE(std::filesystem::exists(aFolder.File("out/a/b/us")));
 }
