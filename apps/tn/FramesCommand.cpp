@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <iostream>
+#include <limits>
 #include <stdexcept>
+#include <system_error>
 #include <vector>
 
 #include "apps/tn/AtomicFile.h"
@@ -29,13 +31,6 @@ namespace
 {
 constexpr unsigned int kBlock = 65536; // bytes
 constexpr UINT32 kItemHeader = 8;
-
-// The output could not be written.
-class OutputFailure : public std::runtime_error
-{
-public:
-   using std::runtime_error::runtime_error;
-};
 
 // A file to write to, or standard output for the name "-".
 class FrameOutput
@@ -72,13 +67,18 @@ public:
    void Commit()
    {
       Target().flush();
-      if (!Target())
-      {
-         throw OutputFailure("cannot write");
-      }
       if (itsFile)
       {
          itsStream.close();
+      }
+      if (!Target())
+      {
+         const int anError = itsStream.rdbuf()->GetError();
+         throw WriteFailure(anError == 0 ? "cannot be written"
+                                         : "cannot be written: " + std::system_category().message(anError));
+      }
+      if (itsFile)
+      {
          itsFile->Commit();
       }
    }
@@ -105,6 +105,20 @@ void ListFound(ImageFrameInputStream& theFrames, FrameLister& theLister)
                     static_cast<UINT32>(aPlace.itsFirstFragment),
                     static_cast<UINT32>(aPlace.itsFragmentLengths.size()));
    }
+}
+
+// A length may lie, and what it says would be listed as frames: sees whether the last byte is in the file.
+void CheckIsThere(PixelData& thePixels, UINT64 theLength)
+{
+   DecodeWhole(thePixels.GetDecoder(), thePixels.GetStream(), [&] {
+      const auto aBefore = static_cast<unsigned int>(theLength - 1);
+      PixelInputStreamVR& aNative = *thePixels.GetNativePixels();
+      unsigned char aLast;
+      if (theLength != 0 && (aNative.Skip(aBefore) != aBefore || aNative.Read(&aLast, 1) != 1))
+      {
+         throw IncompleteDataset("the file ends inside its pixel data");
+      }
+   });
 }
 
 // Whether frames are found by looking at what is in the fragments. A frame of RLE is a fragment by the standard (PS3.5
@@ -134,7 +148,7 @@ FramesCommand::FramesCommand(CLI::App& theProgram)
    CLI::Option* const anExtract =
        itsOptions.add_option("--extract", itsExtracted, "Write the bytes of one frame; frames count from 1")
            ->type_name("N")
-           ->check(CLI::PositiveNumber)
+           ->check(CLI::Range(1, std::numeric_limits<INT32>::max()))
            ->needs(anOutput)
            ->excludes(aTable)
            ->excludes(aMarkers);
@@ -156,13 +170,14 @@ int FramesCommand::Run()
       std::cout.flush();
       if (!std::cout)
       {
-         throw OutputFailure("cannot write to standard output");
+         throw WriteFailure("cannot be written");
       }
       return itsHasWarned ? ExitCode::kSomeFailed : ExitCode::kDone;
    }
-   catch (const OutputFailure& anError)
+   catch (const WriteFailure& anError)
    {
-      std::cerr << OnOneLine("tn frames: " + (itsOutput.empty() ? "" : itsOutput + ": ") + anError.what()) << "\n";
+      const bool isFile = !itsOutput.empty() && itsOutput != "-";
+      std::cerr << OnOneLine("tn frames: " + (isFile ? itsOutput : "standard output") + ": " + anError.what()) << "\n";
       return ExitCode::kCouldNotWrite;
    }
    catch (const ExceptionBase& anException)
@@ -214,6 +229,7 @@ void FramesCommand::ShowNative(PixelData& thePixels)
    {
       throw IncompleteDataset("the size of a frame is not computable from its header");
    }
+   CheckIsThere(thePixels, aTotal);
    FrameLister aLister(std::cout, false, nullptr);
    const INT32 aFrames = thePixels.GetNumberOfFrames();
    for (UINT64 anOffset = 0; aLister.GetCount() < aFrames && anOffset + aSize <= aTotal; anOffset += aSize)
@@ -338,9 +354,10 @@ void FramesCommand::ListByFragments(PixelData& thePixels, const ImageFrameInputS
 
 void FramesCommand::ShowMarkers(ImageFrameInputStream& theFrames)
 {
-   if (theFrames.GetCompressionType() == ImageFrameInputStream::RLE)
+   if (theFrames.GetCompressionType() != ImageFrameInputStream::JPEG &&
+       theFrames.GetCompressionType() != ImageFrameInputStream::JPEG2000)
    {
-      throw std::runtime_error("its frames are compressed with RLE, which has no markers");
+      throw std::runtime_error("markers are shown of JPEG and JPEG 2000 frames only");
    }
    const CodestreamKind aKind = theFrames.GetCompressionType() == ImageFrameInputStream::JPEG2000
                                     ? CodestreamKind::JPEG2000
@@ -349,6 +366,10 @@ void FramesCommand::ShowMarkers(ImageFrameInputStream& theFrames)
    {
       std::cout << "# frame " << theFrames.GetCurrentFrameIndex() + 1 << "\n";
       PrintMarkers(*aFrame, aKind, std::cout);
+   }
+   if (theFrames.GetCurrentFrameIndex() < 0)
+   {
+      throw IncompleteDataset("there is no codestream in its pixel data");
    }
 }
 

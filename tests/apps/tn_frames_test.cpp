@@ -132,6 +132,13 @@ TEST(TnFrames, NativeFramesAreAsLargeAsTheHeaderSays)
    const std::size_t aSize = Tn("frames --extract 1 -o - " + Sample("ct-explicit.dcm")).itsOutput.size();
    EXPECT_EQ(Rows(anOutcome.itsOutput), "1 0 " + std::to_string(aSize) + " -\n");
    EXPECT_EQ(Tn("frames --extract 2 -o - " + Sample("ct-explicit.dcm")).itsCode, 3);
+   const Outcome anUnwritable = Tn("frames --extract 1 -o /nowhere/frame " + Sample("ct-explicit.dcm"));
+   EXPECT_EQ(anUnwritable.itsCode, 4);
+   EXPECT_TRUE(Contains(anUnwritable.itsErrors, "/nowhere/frame: cannot be created")) << anUnwritable.itsErrors;
+   const std::string aWhole = ReadFile(Sample("ct-explicit.dcm"));
+   const TemporaryDirectory aFolder;
+   WriteFile(aFolder.File("cut"), aWhole.substr(0, aWhole.size() - 1));
+   EXPECT_EQ(Tn("frames " + aFolder.File("cut")).itsCode, 3) << "what is not there was listed";
 }
 
 TEST(TnFrames, ShowsCodestreamsOnTheirOwn)
