@@ -65,6 +65,7 @@
 #include "talvenor/dictionary/VRType.h"
 
 #include "talvenor/dataset/ColorPalette.h"
+#include "talvenor/dataset/CommandSetTexts.h"
 #include "talvenor/dataset/DICOMCluster.h"
 #include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/dataset/DICOMDataObject.h"

@@ -8,6 +8,7 @@
 #include "apps/tn/ConvertCommand.h"
 #include "apps/tn/DicomdirCommand.h"
 #include "apps/tn/DumpCommand.h"
+#include "apps/tn/EchoCommand.h"
 #include "apps/tn/ExitCode.h"
 #include "apps/tn/FramesCommand.h"
 #include "talvenor/foundation/TNXInitializer.h"
@@ -36,6 +37,7 @@ int Run(int theCount, char** theArguments)
        std::make_unique<ConvertCommand>(aProgram),
        std::make_unique<FramesCommand>(aProgram),
        std::make_unique<DicomdirCommand>(aProgram),
+       std::make_unique<EchoCommand>(aProgram),
    };
    try
    {

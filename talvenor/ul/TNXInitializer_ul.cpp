@@ -6,14 +6,12 @@
 
 void TNXInitializer::SetDefaultMaxPDUReceiveLength(unsigned int theLength)
 {
-   constexpr unsigned int kSmallest = 8;
-   PDUInputStream::SetDefaultMaxPDUReceiveLength(theLength != 0 && theLength < kSmallest ? kSmallest : theLength);
+   PDUInputStream::SetDefaultMaxPDUReceiveLength(theLength);
 }
 
 void TNXInitializer::SetDefaultMaxPDUSendLength(unsigned int theLength)
 {
-   constexpr unsigned int kSmallest = 14; // the headers of PDU and PDV, and two bytes of a message
-   PDUOutputStream::SetDefaultMaxPDUSendLength(theLength < kSmallest ? kSmallest : theLength);
+   PDUOutputStream::SetDefaultMaxPDUSendLength(theLength);
 }
 
 void TNXInitializer::SetDefaultSocketTimeout(int theSeconds)
