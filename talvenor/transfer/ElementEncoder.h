@@ -13,7 +13,9 @@
 #include <string>
 
 #include "talvenor/dataset/DICOMDataObject.h"
+#include "talvenor/dataset/DICOMNodeCursor.h"
 #include "talvenor/dataset/DICOMObjectIterator.h"
+#include "talvenor/dataset/DICOMObjectLock.h"
 #include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/dataset/SwitchUnits.h"
 #include "talvenor/dataset/VR.h"
@@ -47,13 +49,11 @@ public:
 
    void SaveDICOMObject(DICOMObject& theObject)
    {
+      TypeCountedGroups(theObject);
       DICOMObjectIterator anIterator(theObject, Policy::kWalk);
       while (VR* const aVR = anIterator.Next())
       {
-         if (aVR->GetTypeCode() == VRCode::None)
-         {
-            theObject.GetDataDictionary().TypeVR(*aVR);
-         }
+         Type(*aVR, theObject);
          itsEncoder.SaveVR(*aVR);
       }
    }
@@ -93,6 +93,29 @@ private:
    static constexpr UINT32 kShortValue = 116;         // bytes; goes out in one piece with its header
    static constexpr UINT32 kLongestSpacePad = 10240;  // a longer value of odd length is padded with NUL
    static constexpr UINT32 kLongestPatched = 4194304; // bytes; a longer sequence gets an undefined length
+
+   // A group length counts the headers behind it, and these depend on the types: what has none gets it first.
+   static void TypeCountedGroups(DICOMObject& theObject)
+   {
+      const DICOMObjectLock aLock(theObject);
+      DICOMNodeCursor aCursor(theObject.GetNode());
+      while (VR* const aVR = aCursor.Next())
+      {
+         if (!HasGroupLength(Policy::kWalk, aVR->GetGroup()))
+         {
+            return;
+         }
+         Type(*aVR, theObject);
+      }
+   }
+
+   static void Type(VR& theVR, DICOMObject& theObject)
+   {
+      if (theVR.GetTypeCode() == VRCode::None)
+      {
+         theObject.GetDataDictionary().TypeVR(theVR);
+      }
+   }
 
    OutputTransferSyntax& Base() { return itsEncoder; }
    TNEndian::EndianType Endian() const { return itsWriter.GetEndian(); }

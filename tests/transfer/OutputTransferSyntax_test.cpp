@@ -214,9 +214,11 @@ TEST(OutputTransferSyntax, GroupLengthsStandInCommandsAndMetaInformationOnly)
 {
    DICOMDataObject anObject;
    anObject.Push(TextElement(0x00020010, "1.2.840.10008.1.2.1", VRCode::UI));
+   anObject.Push(TextElement(0x00020102, "ab", VRCode::None)); // becomes UN, with a header of 12 bytes
    anObject.Push(TextElement(0x00100010, "A^B ", VRCode::PN));
    DatasetBytes anExpected;
-   anExpected.Stated(0x00020000, "UL", 4).Number(28, 4).Element(0x00020010, "UI", "1.2.840.10008.1.2.1 ");
+   anExpected.Stated(0x00020000, "UL", 4).Number(42, 4).Element(0x00020010, "UI", "1.2.840.10008.1.2.1 ");
+   anExpected.Element(0x00020102, "UN", "ab");
    anExpected.Element(0x00100010, "PN", "A^B ");
    EXPECT_EQ(HexOf(Encode(TransferSyntaxType::TSLEExplicitUID,
                           [&](OutputTransferSyntax& theEncoder) { theEncoder.SaveDICOMObject(anObject); })
