@@ -293,6 +293,10 @@ void EncapsulatedPixelVR::WriteBasicItemOffsetTableData(EndianHandlingWriter& th
    INT32 aFragment = theStarts.empty() ? 0 : theStarts.front();
    for (const INT32 aStart : theStarts)
    {
+      if (aFragment < 0 || aStart < aFragment || static_cast<size_t>(aStart) >= theFragments.size())
+      {
+         Throw("EncapsulatedPixelVR::WriteBasicItemOffsetTableData: no fragment " + std::to_string(aStart));
+      }
       for (; aFragment < aStart; ++aFragment)
       {
          anOffset += UINT64{kItemHeaderSize} + theFragments[static_cast<size_t>(aFragment)]->GetLength();

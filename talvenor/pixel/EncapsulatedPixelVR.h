@@ -79,6 +79,8 @@ public:
    void ReplaceBasicOffsetTable(PixelDataFragment* theTable);
 
    // Writes the entries of an offset table that fits the fragments (not its item header), and the bytes of a fragment.
+   // The static form takes both: the list with the item of the table in front, the starts in ascending order. Throws
+   // also for a start that is no index of the list, and StreamIOException when theWriter is big endian.
    void WriteBasicItemOffsetTableData(EndianHandlingWriter& theWriter) const;
    static void WriteBasicItemOffsetTableData(EndianHandlingWriter& theWriter, const FragmentList& theFragments,
                                              const FrameStarts& theStarts);

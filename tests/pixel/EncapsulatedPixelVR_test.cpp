@@ -238,6 +238,21 @@ TEST(EncapsulatedPixelVR, WritesAnOffsetTableMadeFromItsFragments)
    EXPECT_EQ(TableWrittenBy(*Make({}, {2}), TNEndian::BigEndian), "00000000") << "0 in either order";
 }
 
+TEST(EncapsulatedPixelVR, RefusesStartsThatAreNoFragments)
+{
+   RecordingOutputStream aStream;
+   EndianHandlingWriter aWriter(aStream, TNEndian::LittleEndian);
+   const std::unique_ptr<PixelDataFragment> aFragment(NewFragment(Bytes(2)));
+   const EncapsulatedPixelVR::FragmentList aList = {aFragment.get(), aFragment.get()};
+   for (const INT32 aStart : {-1, 0, 2})
+   {
+      EXPECT_EQ(ErrorOf([&] {
+                   EncapsulatedPixelVR::WriteBasicItemOffsetTableData(aWriter, aList, {1, aStart});
+                }),
+                "EncapsulatedPixelVR::WriteBasicItemOffsetTableData: no fragment " + std::to_string(aStart));
+   }
+}
+
 TEST(EncapsulatedPixelVR, EqualsWhatHasTheSameItemsByteForByte)
 {
    const auto aPixels = Make(Table({0}), {2, 2});
