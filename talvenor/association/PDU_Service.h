@@ -213,6 +213,11 @@ public:
    // Acceptor: takes theStream likewise, reads the request and answers it. 1 when at least one context is accepted.
    int WaitForAssociationRequest(DULStream* theStream);
 
+   // An addition, for a host that has to turn requests down: takes theStream, reads the request, answers with an
+   // A-ASSOCIATE-RJ and closes. 1 when it was sent.
+   int RefuseAssociationRequest(DULStream* theStream, unsigned char theResult, unsigned char theSource,
+                                unsigned char theReason);
+
    // Send one command or data set on a context: TN_NO_CONTEXT_CHOSEN for ID 0, TN_NO_CONTEXT_FOR_ABSTRACT_SYNTAX when it is
    // not usable; in the second form on the first one for the abstract syntax. With theFinishPDU 0 a command set stays in
    // the open PDU, which its data set will share. The context becomes the current one. A failure after the first byte
@@ -354,7 +359,7 @@ private:
    int ReadAnswer();
    int TakeAcceptance();
    int TakeRejection();
-   int RefuseAnswer(unsigned char theType);
+   int RefuseAnswer();
    void TakeAcceptedContext(const PresentationContextAcceptItem& theAnswer);
    bool AreRolesAccepted(const ULUID& theSOPClass) const;
    void NoteRejectedSyntaxes(const PresentationContextItem& theContext) const;
@@ -368,6 +373,7 @@ private:
    void DecideContext(const PresentationContextItem& theContext);
    bool IsAbstractSyntaxAccepted(const PresentationContextItem& theContext);
    const TransferSyntaxItem* ChooseTransferSyntax(const PresentationContextItem& theContext);
+   void SendRejection(unsigned char theResult, unsigned char theSource, unsigned char theReason);
    int Reject(unsigned char theReason, TNResultCode theCode);
    void AddUsableContext(const UsablePresentationContext& theContext);
    void ClearContexts();

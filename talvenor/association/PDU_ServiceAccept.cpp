@@ -14,17 +14,11 @@ constexpr unsigned int kLongestRequest = 1048576; // bytes
 
 constexpr unsigned int kSmallestMaximum = 8; // bytes; a PDU that has room for a PDV with data
 
-// PS3.8 9.3.3.2 and 9.3.4.
+// PS3.8 9.3.3.2.
 constexpr unsigned char kAccepted = 0;
 constexpr unsigned char kUserRejected = 1;
 constexpr unsigned char kAbstractSyntaxNotSupported = 3;
 constexpr unsigned char kTransferSyntaxesNotSupported = 4;
-constexpr unsigned char kRejectedPermanent = 1;
-constexpr unsigned char kServiceUser = 1;
-constexpr unsigned char kNoReason = 1;
-constexpr unsigned char kApplicationContextNotSupported = 2;
-constexpr unsigned char kCallingTitleNotRecognized = 3;
-constexpr unsigned char kCalledTitleNotRecognized = 7;
 
 // Bounds the length of a request while it is read, also where nothing else does.
 class RequestLimit
@@ -115,7 +109,7 @@ int PDU_Service::RespondToAssociationRequest()
    const UINT32 aMaximum = AAssociateRQPDU::GetUserInformationItem().GetMax().GetMaximumLength();
    if (aMaximum != 0 && aMaximum < kSmallestMaximum)
    {
-      return Reject(kNoReason, TN_MAX_LENGTH_TOO_SMALL);
+      return Reject(UserNotGiven, TN_MAX_LENGTH_TOO_SMALL);
    }
    AAssociateACPDU::Write(itsTransport->GetOutput());
    SetSendLimit(aMaximum);
@@ -141,28 +135,49 @@ std::optional<PDU_Service::Refusal> PDU_Service::FindRefusal()
    std::optional<Refusal> aRefusal;
    if (!ShouldIAcceptLocalAppTitle(GetCalledAppTitle()))
    {
-      aRefusal = Refusal{kCalledTitleNotRecognized, TN_CALLED_AE_REJECTED};
+      aRefusal = Refusal{CalledAETitleNotRecognized, TN_CALLED_AE_REJECTED};
    }
    if (!ShouldIAcceptRemoteAppTitle(GetCallingAppTitle()))
    {
-      aRefusal = Refusal{kCallingTitleNotRecognized, TN_CALLING_AE_REJECTED};
+      aRefusal = Refusal{CallingAETitleNotRecognized, TN_CALLING_AE_REJECTED};
    }
    if (!ShouldIAcceptApplicationContext(AAssociateRQPDU::GetApplicationContext()))
    {
-      aRefusal = Refusal{kApplicationContextNotSupported, TN_APPLICATION_CONTEXT_REJECTED};
+      aRefusal = Refusal{ApplicationContextNameNotSupported, TN_APPLICATION_CONTEXT_REJECTED};
    }
    return aRefusal;
 }
 
 int PDU_Service::Reject(unsigned char theReason, TNResultCode theCode)
 {
-   AAssociateRJPDU& aRejection = *this;
-   aRejection.SetResult(kRejectedPermanent);
-   aRejection.SetSource(kServiceUser);
-   aRejection.SetReason(theReason);
-   itsStatus = Rejected;
-   aRejection.Write(itsTransport->GetOutput());
+   SendRejection(RejectedPermanent, ServiceUser, theReason);
    return Fail(theCode);
+}
+
+void PDU_Service::SendRejection(unsigned char theResult, unsigned char theSource, unsigned char theReason)
+{
+   AAssociateRJPDU& aRejection = *this;
+   aRejection.SetResult(theResult);
+   aRejection.SetSource(theSource);
+   aRejection.SetReason(theReason);
+   itsStatus = PDU_Service::Rejected;
+   aRejection.Write(itsTransport->GetOutput());
+}
+
+int PDU_Service::RefuseAssociationRequest(DULStream* theStream, unsigned char theResult, unsigned char theSource,
+                                          unsigned char theReason)
+{
+   if (!TakeTransport(std::unique_ptr<DULStream>(theStream)))
+   {
+      return 0;
+   }
+   const int isRefused = ReadRequest() && Guarded([&] {
+                            SendRejection(theResult, theSource, theReason);
+                            itsResultCode = TN_NO_ERROR;
+                            return 1;
+                         });
+   CloseTransport();
+   return isRefused;
 }
 
 void PDU_Service::PrepareAcceptance()

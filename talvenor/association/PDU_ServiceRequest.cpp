@@ -71,7 +71,7 @@ int PDU_Service::ReadAnswer()
          throw;
       }
       itsResultCode = anException.GetResultCode();
-      return RefuseAnswer(0);
+      return RefuseAnswer();
    }
    unsigned int aCount = 0;
    switch (anInput.GetPDUType())
@@ -82,12 +82,12 @@ int PDU_Service::ReadAnswer()
       AAbortRQPDU::ReadDynamic(anInput, aCount);
       itsStatus = AbortedByPeer;
       return Fail(TN_PEER_ABORTED);
-   default: itsResultCode = TN_UNEXPECTED_PDU; return RefuseAnswer(anInput.GetPDUType());
+   default: itsResultCode = TN_UNEXPECTED_PDU; return RefuseAnswer();
    }
 }
 
 // The result is what was wrong, whatever comes while waiting for the peer to close.
-int PDU_Service::RefuseAnswer(unsigned char)
+int PDU_Service::RefuseAnswer()
 {
    SaveResultCodes();
    AbortAndWaitForTransportCloseOrTimeout(AbortSourceServiceProvider, AbortReasonUnrecognizedPDU);

@@ -11,7 +11,9 @@
 #include "support/PDUBytes.h"
 #include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/pixel/EncapsulatedPixelVR.h"
+#include "talvenor/transfer/InputTransferSyntax.h"
 #include "talvenor/transfer/TransferSyntaxType.h"
+#include "talvenor/ul/DICOMMessageOutputStream.h"
 #include "talvenor/ul/DULStreamFactory.h"
 
 namespace

@@ -1,0 +1,49 @@
+// A DICOM node: listens, and serves each association on a thread of its own.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "apps/tn/Deadlines.h"
+#include "apps/tn/GuardedStream.h"
+#include "talvenor/association/CheckedPDU_Service.h"
+#include "talvenor/ul/Socket.h"
+
+class Node
+{
+public:
+   struct Settings
+   {
+      std::string itsTitle = "TALVENOR";
+      int itsPort = 11112; // 0: any free one
+      std::string itsBindAddress;
+      std::string itsPolicy; // file of CheckedPDU_Service, empty for none
+      unsigned int itsMaximumAssociations = 200;
+      GuardedStream::Limits itsLimits;
+   };
+
+   // Listens. Throws std::runtime_error when the port is taken or the policy cannot be read.
+   explicit Node(const Settings& theSettings);
+   ~Node();
+
+   int GetPort() const { return itsListener.GetListenPort(); }
+
+   // Serves until theStop is set. Then no more associations are accepted, idle ones end at once, and others have a moment
+   // to finish their message.
+   void Run(const std::atomic<bool>& theStop);
+
+private:
+   struct Connection;
+
+   void Serve(Socket::Handle theConnection);
+   void Drain();
+   static void ServeOnThread(void* theConnection);
+
+   Settings itsSettings;
+   CheckedPDU_Service itsPrototype; // of the services: its lists are read once
+   Socket itsListener;
+   Deadlines itsDeadlines;
+   std::atomic<unsigned int> itsThreads = 0;      // that serve or refuse
+   std::atomic<unsigned int> itsAssociations = 0; // that are served
+};

@@ -1,0 +1,75 @@
+#include "apps/tn/ServeCommand.h"
+
+#include <atomic>
+#include <csignal>
+#include <iostream>
+#include <stdexcept>
+
+#include "apps/tn/Dictionaries.h"
+#include "apps/tn/ExitCode.h"
+#include "apps/tn/Peer.h"
+
+namespace
+{
+std::atomic<bool> gIsStopped = false;
+
+void Stop(int)
+{
+   gIsStopped = true;
+}
+} // namespace
+
+ServeCommand::ServeCommand(CLI::App& theProgram)
+    : Command(theProgram, "serve", "Be a DICOM node: answer C-ECHO"), itsTracing(itsOptions)
+{
+   itsOptions.add_option("--aet", itsSettings.itsTitle, "Application entity title of this node")->capture_default_str();
+   itsOptions.add_option("--port", itsSettings.itsPort, "Port; 0 is any free one")
+       ->check(CLI::Range(0, 65535))
+       ->capture_default_str();
+   itsOptions.add_option("--bind", itsSettings.itsBindAddress,
+                         "Address to listen on; every one of this host otherwise");
+   itsOptions
+       .add_option("--policy", itsSettings.itsPolicy, "File that lists what is accepted: titles, SOP classes, syntaxes")
+       ->check(CLI::ExistingFile);
+   itsOptions.add_option("--max-associations", itsSettings.itsMaximumAssociations, "More at the same time are refused")
+       ->check(CLI::Range(1, 10000))
+       ->capture_default_str();
+   GuardedStream::Limits& aLimits = itsSettings.itsLimits;
+   itsOptions.add_option("--artim", aLimits.itsRequest, "Seconds for a request to arrive, and for a peer to close")
+       ->check(CLI::NonNegativeNumber)
+       ->capture_default_str();
+   itsOptions.add_option("--message-timeout", aLimits.itsMessage, "Seconds for a message to arrive and be answered")
+       ->check(CLI::NonNegativeNumber)
+       ->capture_default_str();
+   itsOptions.add_option("--idle-timeout", aLimits.itsIdle, "Seconds that an association may be idle")
+       ->check(CLI::NonNegativeNumber)
+       ->capture_default_str();
+   itsOptions.footer(
+       "A limit of 0 seconds is none. SIGTERM and SIGINT end the node; messages under way are finished.\n\n"
+       "Example:\n  tn serve --aet ARCHIVE --port 11112");
+}
+
+int ServeCommand::Run()
+{
+   if (const std::string aFault = CheckTitle(itsSettings.itsTitle); !aFault.empty())
+   {
+      std::cerr << "tn serve: --aet " << itsSettings.itsTitle << ": " << aFault << "\n";
+      return ExitCode::kWrongUse;
+   }
+   try
+   {
+      LoadDictionaries("");
+      itsTracing.Begin();
+      Node aNode(itsSettings);
+      std::signal(SIGTERM, Stop);
+      std::signal(SIGINT, Stop);
+      std::cerr << "tn serve: " << itsSettings.itsTitle << " listens on port " << aNode.GetPort() << std::endl;
+      aNode.Run(gIsStopped);
+      return ExitCode::kDone;
+   }
+   catch (const std::exception& anError)
+   {
+      std::cerr << "tn serve: " << anError.what() << "\n";
+      return ExitCode::kNoConnection;
+   }
+}
