@@ -8,23 +8,13 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include "talvenor/platform/Uninterrupted.h"
+
 namespace TNPlatform
 {
 
 namespace
 {
-
-// Repeats a system call that a signal interrupted.
-template <class Call>
-auto Uninterrupted(Call theCall)
-{
-   auto aResult = theCall();
-   while (aResult < 0 && errno == EINTR)
-   {
-      aResult = theCall();
-   }
-   return aResult;
-}
 
 int SystemFlags(unsigned int theFlags)
 {

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 
 #include "talvenor/Export.h"
 #include "talvenor/foundation/BasicTypes.h"
@@ -20,9 +21,15 @@ namespace TNPlatform
 {
 struct ConstBlock;
 struct MutableBlock;
-enum class ResolverOutcome;
 enum class SocketKind;
+enum class WaitFor;
 } // namespace TNPlatform
+
+namespace SocketRules
+{
+class SlicedWait;
+enum class WaitResult;
+} // namespace SocketRules
 
 class TALVENOR_API Socket
 {
@@ -161,7 +168,30 @@ public:
    void ManageUDPConnection(Handle theHandle);
 
 private:
-   int Failed(TNResultCode theCode, int theSystemErrorCode);
+   int Failed(TNResultCode theCode, int theSystemErrorCode); // returns 0
+   int FailedWait(SocketRules::WaitResult theResult, TNResultCode theTimeOutCode);
+   int FailedTransfer(TNResultCode theCode, int theSystemErrorCode); // returns -1
+   int Succeeded();                                                  // returns 1
+
+   bool ResolvePeer(const RWCString& theHost, const RWCString& thePort, const char* theProtocol, const char* theCaller,
+                    TNPlatform::IPv4Address& thePeer);
+   bool ResolveListenAddress(const RWCString& thePort, const RWCString& theBindAddress,
+                             TNPlatform::IPv4Address& theAddress);
+   Handle NewSocket(TNPlatform::SocketKind theKind, const char* theCaller, const char* theFailureText);
+   bool ApplyBufferSizes(Handle theHandle, const char* theCaller);
+   void ReadBackBufferSizes(Handle theHandle, const char* theCaller);
+   void AdoptConnection(Handle theHandle, const TNPlatform::IPv4Address& thePeer);
+   bool Connect(const TNPlatform::IPv4Address& thePeer);
+   Handle AcceptWithin(int theTimeout, TNPlatform::IPv4Address& thePeer);
+
+   SocketRules::SlicedWait TransferWait() const;
+   SocketRules::WaitResult Wait(SocketRules::SlicedWait& theWait, Handle theHandle, TNPlatform::WaitFor theEvent);
+   int Receive(const TNPlatform::MutableBlock (&theBlocks)[2]);
+   int Received(const TNPlatform::MutableBlock (&theBlocks)[2], int theCount);
+   bool CanSend(const char* theFailureText);
+   std::ptrdiff_t SendSome(const TNPlatform::ConstBlock* theBlocks, std::size_t theBlockCount,
+                           SocketRules::SlicedWait& theWait);
+   void LookUpPeerName();
 
    int itsSystemErrorCode = 0;
    TNResultCode itsResultCode = TN_NO_ERROR;

@@ -21,6 +21,8 @@
 #include "talvenor/ul/DULStream.h"
 #include "talvenor/ul/Socket.h"
 
+class HeldOutput;
+
 class TALVENOR_API SocketDULStream final : public DULStream
 {
 public:
@@ -63,11 +65,17 @@ public:
    int OutputConnected() const override;
 
 private:
-   class Outbox;
+   unsigned int Receive(unsigned char* theBuffer, unsigned int theCount);
+   void SendBeforeReading();
+   bool CanSend();
+   bool Hold(const unsigned char* theBytes, unsigned int theCount);
+   bool SendHeldOutput(INT64 theLimit = -1); // in milliseconds; negative: no limit
+   bool SendHeldOutputAnd(const unsigned char* theBytes, unsigned int theCount);
+   [[noreturn]] void RaiseWriteFailure(const char* theText) const;
 
    Socket itsSocket;
    std::unique_ptr<unsigned char[]> itsReadAhead; // made at the first read
    unsigned int itsReadAheadStart = 0;
-   unsigned int itsReadAheadEnd = 0;
-   std::unique_ptr<Outbox> itsOutbox;
+   unsigned int itsReadAheadCount = 0; // bytes from there on
+   std::unique_ptr<HeldOutput> itsHeldOutput;
 };
