@@ -67,7 +67,8 @@ void DicomdirCommand::AddCreate()
 {
    itsCreate = itsOptions.add_subcommand("create", "Write the directory of the DICOM files in a folder");
    itsCreate->add_option("DIR", itsFolder, "Folder of the files, and of those in the folders below")->required();
-   itsCreate->add_option("-o,--output", itsOutput, "File to write; DIR/DICOMDIR if not given")->type_name("FILE");
+   itsCreate->add_option("-o,--output", itsOutput, "File to write; DIR/DICOMDIR if not given. Its paths begin at DIR")
+       ->type_name("FILE");
    itsCreate->add_flag("--any-names", itsTakesAnyNames,
                        "Include files whose names are not 1 to 8 characters of A-Z, 0-9 and _");
    itsCreate->add_option("--id", itsFileSetID, "Name of the file-set, up to 16 characters")->type_name("NAME");

@@ -30,6 +30,7 @@
 namespace
 {
 constexpr unsigned int kBlock = 65536; // bytes
+constexpr char kNoText[] = " ";        // instead of the lists of options that exclude and need each other
 constexpr UINT32 kItemHeader = 8;
 
 // A file to write to, or standard output for the name "-".
@@ -139,15 +140,20 @@ FramesCommand::FramesCommand(CLI::App& theProgram)
     : Command(theProgram, "frames", "List the frames of pixel data, or take one out")
 {
    itsOptions.add_option("FILE", itsFile, "DICOM file (- is standard input), JPEG file or JPEG 2000 file")->required();
-   CLI::Option* const aTable = itsOptions.add_flag(
-       "--offset-table", itsShowsTable, "The basic offset table in the data, beside one built from the frames");
+   CLI::Option* const aTable = itsOptions
+                                   .add_flag("--offset-table", itsShowsTable,
+                                             "The basic offset table in the data, beside one built from the frames")
+                                   ->option_text(kNoText);
    CLI::Option* const aMarkers =
-       itsOptions.add_flag("--markers", itsShowsMarkers, "The markers or boxes of the codestreams")->excludes(aTable);
+       itsOptions.add_flag("--markers", itsShowsMarkers, "The markers or boxes of the codestreams")
+           ->option_text(kNoText)
+           ->excludes(aTable);
    CLI::Option* const anOutput =
-       itsOptions.add_option("-o,--output", itsOutput, "Where to write; - is standard output")->type_name("OUT");
+       itsOptions.add_option("-o,--output", itsOutput, "Where to write the frame; - is standard output")
+           ->option_text("OUT");
    CLI::Option* const anExtract =
-       itsOptions.add_option("--extract", itsExtracted, "Write the bytes of one frame; frames count from 1")
-           ->type_name("N")
+       itsOptions.add_option("--extract", itsExtracted, "Write the bytes of frame N to OUT; frames count from 1")
+           ->option_text("N")
            ->check(CLI::Range(1, std::numeric_limits<INT32>::max()))
            ->needs(anOutput)
            ->excludes(aTable)
@@ -156,9 +162,10 @@ FramesCommand::FramesCommand(CLI::App& theProgram)
    itsOptions.add_flag("--scan", itsScans, "Find frames by their codestreams, whatever the offset table says");
    itsOptions.add_option("--data", itsData, "Folder of the dictionaries")->type_name("DIR");
    itsOptions.footer(
-       "Offsets are in bytes: of compressed frames those that a basic offset table holds, of native ones in\n"
-       "the pixel data. With an offset table a length is that of the fragments, without one that of the\n"
-       "codestream.\n\nExample:\n  tn frames --extract 3 -o frame.jpg ultrasound.dcm");
+       "Offsets and lengths are in bytes. The offsets of compressed frames count as in a basic offset table,\n"
+       "those of native frames from the first byte of the pixel data. With an offset table a length is that\n"
+       "of the fragments, without one that of the codestream.\n\n"
+       "Examples:\n  tn frames ultrasound.dcm\n  tn frames --extract 3 -o frame.jpg ultrasound.dcm");
 }
 
 int FramesCommand::Run()
