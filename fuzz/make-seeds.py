@@ -122,6 +122,16 @@ def elements_seeds():
             yield f"{NAMES[kind]}-{decision}", dataset(kind) + bytes([decision]) * 58 + b"\0\1\0\1\0" + bytes([number])
 
 
+# The first byte of an input of FuzzTranscode: the syntax that it is in, from the lowest bit, the one to write (2 bits
+# each), and the size of the pieces in which data arrives.
+def transcode_seeds():
+    kinds = (IMPLICIT, EXPLICIT, BIG, JPEG)
+    for source, kind in enumerate(kinds):
+        for target, other in enumerate(kinds):
+            pieces = 7 * (source == target)
+            yield f"{NAMES[kind]}-to-{NAMES[other]}", bytes([source | target << 2 | pieces << 4]) + dataset(kind)
+
+
 # FuzzJPEG and FuzzJP2 take the size of the pieces in which data arrives from the first byte.
 def segment(marker, body=b""):
     return struct.pack(">HH", marker, len(body) + 2) + body
@@ -229,9 +239,9 @@ def uid_seeds():
 
 
 def main():
-    targets = {"FuzzPart10": part10_seeds, "FuzzElements": elements_seeds, "FuzzFrames": frames_seeds,
-               "FuzzJPEG": jpeg_seeds, "FuzzJP2": jp2_seeds, "FuzzDataDictionary": dictionary_seeds,
-               "FuzzUIDDictionary": uid_seeds}
+    targets = {"FuzzPart10": part10_seeds, "FuzzElements": elements_seeds, "FuzzTranscode": transcode_seeds,
+               "FuzzFrames": frames_seeds, "FuzzJPEG": jpeg_seeds, "FuzzJP2": jp2_seeds,
+               "FuzzDataDictionary": dictionary_seeds, "FuzzUIDDictionary": uid_seeds}
     for target, seeds in targets.items():
         folder = HERE / "corpus" / target
         folder.mkdir(parents=True, exist_ok=True)
