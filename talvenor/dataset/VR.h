@@ -230,8 +230,9 @@ public:
    static std::unique_ptr<VR> MakeWithRoom(UINT16 theGroup, UINT16 theElement, UINT32 theLength,
                                            TNEndian::EndianType theEndian);
 
-   // The room behind an element makes the size of what is freed unknown to the compiler.
-   static void operator delete(void* theMemory) { ::operator delete(theMemory); }
+   // The room behind an element makes the size of what is freed unknown to the compiler. Left as a call, which it is in
+   // a host's build without optimisation, g++ takes it for the counterpart of another new and warns.
+   [[gnu::always_inline]] static void operator delete(void* theMemory) { ::operator delete(theMemory); }
 
    // Additions for those who build values. Several texts are one value with "\" between them (PS3.5 6.4). A size that
    // no length field can hold throws BadAllocException.
