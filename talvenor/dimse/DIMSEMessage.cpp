@@ -1,8 +1,5 @@
 #include "talvenor/dimse/DIMSEMessage.h"
 
-#include <optional>
-
-#include "talvenor/dataset/DICOMObjectLock.h"
 #include "talvenor/dimse/CommandElement.h"
 #include "talvenor/foundation/TNTrace.h"
 
@@ -13,16 +10,27 @@ class LockForDump
 {
 public:
    explicit LockForDump(const DICOMObject* theObject)
+       : itsObject(gTNTracer(TNTrace::TNTraceDimsecDicomObjects) ? theObject : nullptr)
    {
-      if (theObject != nullptr && gTNTracer(TNTrace::TNTraceDimsecDicomObjects))
+      if (itsObject != nullptr)
       {
-         itsLock.emplace(*theObject);
+         itsObject->Lock();
       }
    }
-   bool IsHeld() const { return itsLock.has_value(); }
+   ~LockForDump()
+   {
+      if (itsObject != nullptr)
+      {
+         itsObject->Unlock();
+      }
+   }
+   LockForDump(const LockForDump&) = delete;
+   LockForDump& operator=(const LockForDump&) = delete;
+
+   bool IsHeld() const { return itsObject != nullptr; }
 
 private:
-   std::optional<DICOMObjectLock> itsLock;
+   const DICOMObject* itsObject;
 };
 
 template <class Object>
