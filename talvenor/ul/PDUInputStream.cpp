@@ -199,7 +199,7 @@ unsigned int PDUInputStream::ReadNumber(T& theValue)
 
 unsigned int PDUInputStream::DULRead(unsigned char& theValue)
 {
-   return ReadNumber(theValue);
+   return DULRead(&theValue, sizeof theValue);
 }
 
 unsigned int PDUInputStream::DULRead(unsigned short& theValue)
