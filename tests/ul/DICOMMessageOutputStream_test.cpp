@@ -199,7 +199,7 @@ TEST(DICOMMessageOutputStream, BuffersStayWholeAndShareAPDVWhileTheyFit)
    const Case kCases[] = {
        // 100 bytes fit a PDV
        {"they fit", {40, 60}, 0, "PDU(100:02)"},
-       {"one does not", {40, 61}, 0, "PDU(40:00 61:02)"},
+       {"one does not", {40, 61}, 0, "PDU(40:00) PDU(61:02)"},
        {"bytes behind a buffer", {40}, 5, "PDU(45:02)"},
        {"bytes behind a buffer that fills the PDV", {100}, 5, "PDU(100:00) PDU(5:02)"},
        {"an empty one", {0, 3}, 0, "PDU(3:02)"},
