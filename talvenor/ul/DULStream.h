@@ -24,8 +24,8 @@ public:
    DULStream& operator=(const DULStream&) = delete;
    virtual ~DULStream();
 
-   // Waits until all theCount bytes have arrived. Returns fewer only where the connection ended: 0 at its clean end.
-   // A time-out throws with TN_TRANSPORT_TIMED_OUT, an abort request with TN_CANCELLED.
+   // Waits until all theCount bytes have arrived. Returns fewer only where the connection ended, and 0 from then on. A
+   // time-out throws with TN_TRANSPORT_TIMED_OUT, an abort request with TN_CANCELLED.
    virtual unsigned int Read(unsigned char* theBuffer, unsigned int theCount) = 0;
 
    // Reads and discards, at most 2048 bytes at a time, until theCount bytes are gone or a read returns 0. Returns the

@@ -74,6 +74,10 @@ unsigned int SocketDULStream::Read(unsigned char* theBuffer, unsigned int theCou
 unsigned int SocketDULStream::Receive(unsigned char* theBuffer, unsigned int theCount)
 {
    SendBeforeReading();
+   if (itsSocket.Connected() && !itsSocket.InputConnected())
+   {
+      return 0; // the end was met by an earlier read, which returned less than was wanted
+   }
    if (!itsReadAhead)
    {
       itsReadAhead = std::make_unique<unsigned char[]>(kReadAheadSize);

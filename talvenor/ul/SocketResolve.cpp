@@ -77,8 +77,10 @@ UINT32 Socket::GetNetworkOrderIPAddrByName(const RWCString& theHost)
       return anAddress;
    }
    // The resolver takes an empty name for this host, and a number for an address: neither was meant by whoever left a
-   // field empty or mistyped a dotted address.
-   const bool isName = theHost.find_first_not_of("0123456789.") != RWCString::npos;
+   // field empty or mistyped a dotted address. No name has blanks or control characters in it.
+   const bool isName =
+       theHost.find_first_not_of("0123456789.") != RWCString::npos &&
+       std::none_of(theHost.begin(), theHost.end(), [](unsigned char theByte) { return theByte <= ' '; });
    const ResolverOutcome anOutcome =
        isName ? TNPlatform::AddressOfHost(theHost, anAddress) : ResolverOutcome::kHostNotFound;
    if (anOutcome == ResolverOutcome::kFound)
