@@ -238,10 +238,34 @@ def uid_seeds():
     yield "index-comments", b"\1// x\n\nA.dic,A B C\r\nB.dic,\n"
 
 
+def pdata(*pdvs):
+    body = b"".join(struct.pack(">IBB", 2 + len(data), context, control) + data for context, control, data in pdvs)
+    return b"\4\0" + struct.pack(">I", len(body)) + body
+
+
+def message_seeds():
+    command, text = b"\0\0\0\0\4\0\0\0\x38\0\0\0", b"0123456789" * 5
+    for read in (0, 40):
+        for decision in range(4):
+            start = bytes([read, decision | 20])
+            yield f"shared-{read}-{decision}", start + pdata((1, 3, command), (1, 2, text))
+            yield f"many-{read}-{decision}", start + pdata((1, 3, command)) + pdata((1, 0, text), (1, 0, b"")) + \
+                pdata((1, 0, text)) + pdata((1, 2, b"")) + pdata((3, 3, command))
+    start = b"\7\0"
+    yield "release-inside", start + pdata((1, 0, text)) + b"\5\0\0\0\0\4\0\0\0\0"
+    yield "another-context", start + pdata((1, 0, text), (3, 2, text))
+    yield "another-type", start + pdata((1, 0, text), (1, 3, text))
+    yield "length-0", start + b"\4\0\0\0\0\6\0\0\0\0\1\2"
+    yield "length-lies", start + b"\4\0\0\0\0\x0a\xff\xff\xff\xff\1\2abcd"
+    yield "no-pdv", start + b"\4\0\0\0\0\0" + pdata((1, 2, text))
+    yield "cut", start + pdata((1, 2, text))[:-9]
+
+
 def main():
     targets = {"FuzzPart10": part10_seeds, "FuzzElements": elements_seeds, "FuzzTranscode": transcode_seeds,
                "FuzzFrames": frames_seeds, "FuzzJPEG": jpeg_seeds, "FuzzJP2": jp2_seeds,
-               "FuzzDataDictionary": dictionary_seeds, "FuzzUIDDictionary": uid_seeds}
+               "FuzzDataDictionary": dictionary_seeds, "FuzzUIDDictionary": uid_seeds,
+               "FuzzMessages": message_seeds}
     for target, seeds in targets.items():
         folder = HERE / "corpus" / target
         folder.mkdir(parents=True, exist_ok=True)
