@@ -49,13 +49,12 @@ public:
    // Copies up to theLength bytes and returns how many there were.
    UINT64 Copy(InputStream& theSource, UINT64 theLength)
    {
-      const auto aBlock = std::make_unique<unsigned char[]>(kBlock);
       UINT64 aCopied = 0;
       while (aCopied < theLength)
       {
          const auto aWanted = static_cast<unsigned int>(std::min<UINT64>(theLength - aCopied, kBlock));
-         const unsigned int aCount = theSource.ReadFully(aBlock.get(), aWanted);
-         Target().write(reinterpret_cast<const char*>(aBlock.get()), aCount);
+         const unsigned int aCount = theSource.ReadFully(itsBlock.data(), aWanted);
+         Target().write(reinterpret_cast<const char*>(itsBlock.data()), aCount);
          aCopied += aCount;
          if (aCount < aWanted)
          {
@@ -89,6 +88,8 @@ private:
 
    std::unique_ptr<AtomicFile> itsFile; // null for standard output
    LFStream itsStream;
+   std::vector<unsigned char> itsBlock =
+       std::vector<unsigned char>(kBlock); // made once: fragments may be of a byte each
 };
 
 ImageFrameInputStream FramesOf(PixelData& thePixels)
