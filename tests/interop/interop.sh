@@ -105,7 +105,9 @@ row "echoscu with the smallest PDUs" 0 'Success' echoscu -v --max-pdu 4096 127.0
 row "echoscu with the largest PDUs" 0 'Success' echoscu -v --max-pdu 131072 127.0.0.1 "$ours"
 row "echoscu 100 times" 0 'Success' echoscu -v --repeat 100 127.0.0.1 "$ours"
 row "echoscu that aborts" 0 'Aborting' echoscu -v --abort 127.0.0.1 "$ours"
-row "gdcmscu" 0 '.*' gdcmscu --echo --aetitle GDCM --call OURS 127.0.0.1 "$ours"
+# gdcmscu fails at its own end, with every peer: what counts is what our node has seen.
+row "gdcmscu" 0 '1 echo, released' \
+   bash -c 'gdcmscu --echo --aetitle GDCM --call OURS 127.0.0.1 "$0" > /dev/null 2>&1; grep GDCM "$1"' "$ours" "$work/serve.log"
 row "odil" 0 '.*' odil echo 127.0.0.1 "$ours" ODIL OURS
 row "storescu finds no storage" any 'No Acceptable' storescu -v 127.0.0.1 "$ours" data/samples/ct-explicit.dcm
 row "tn serve still answers" 0 'ms' "$tn" echo "OURS@127.0.0.1:$ours"
