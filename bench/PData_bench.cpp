@@ -1,6 +1,6 @@
-// Messages of 64 MiB through PDVs and PDUs, without a network: what the transport takes is thrown away, what it gives is
-// copied from memory that holds one PDU. As one large value, as an encoder and a decoder do with pixel data, and in pieces of
-// 8 bytes, as they do with headers; for the sizes of PDUs that peers announce.
+// Messages of 64 MiB through PDVs and PDUs, without a network: what the transport takes is thrown away, what it gives
+// is copied from memory that holds one PDU. As one large value, as an encoder and a decoder do with pixel data, and in
+// pieces of 8 bytes, as they do with headers; for the sizes of PDUs that peers announce.
 #include <cstring>
 #include <memory>
 #include <vector>

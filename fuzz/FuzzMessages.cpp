@@ -1,5 +1,5 @@
-// Reads what a peer sends as a series of messages, by the decisions of the first bytes of the input; what was read is sent
-// again, cut into other PDUs, and read a second time.
+// Reads what a peer sends as a series of messages, by the decisions of the first bytes of the input; what was read is
+// sent again, cut into other PDUs, and read a second time.
 //
 //    byte 0     how large pieces are read
 //    byte 1     what is done with a message: read, skipped in part, given up by Flush

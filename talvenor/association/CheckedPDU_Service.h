@@ -1,4 +1,5 @@
-// A PDU_Service that accepts what a text file lists. Each line of the file has three fields, separated by blanks or tabs:
+// A PDU_Service that accepts what a text file lists. Each line of the file has three fields, separated by blanks or
+// tabs:
 //
 //    # label    value                        keyword
 //    scanner    CT_SCANNER_1                 RemoteAE
@@ -7,13 +8,15 @@
 //    default    1.2.840.10008.1.2            transfer
 //    DICOM      1.2.840.10008.3.1.1.1        Application
 //
-// RemoteAE lists calling AE titles, LocalAE called ones, sop (or abstract) abstract syntaxes, transfer transfer syntaxes and
-// Application application context names, all compared exactly, titles without their padding. What has no line accepts
-// everything: a service without a readable file accepts every peer. Keywords are read in any case; labels are for people,
-// and so are lines that begin with "#". Lines with another keyword are ignored, with a line in the error log.
+// RemoteAE lists calling AE titles, LocalAE called ones, sop (or abstract) abstract syntaxes, transfer transfer
+// syntaxes and Application application context names, all compared exactly, titles without their padding. What has no
+// line accepts everything: a service without a readable file accepts every peer. Keywords are read in any case; labels
+// are for people, and so are lines that begin with "#". Lines with another keyword are ignored, with a line in the
+// error log.
 //
-// A field has at most 63 characters and a line at most 254: what is longer is cut, with a line in the error log. A value
-// that was cut is still listed, so that a mistake in the file narrows what is accepted rather than opening it to all.
+// A field has at most 63 characters and a line at most 254: what is longer is cut, with a line in the error log. A
+// value that was cut is still listed, so that a mistake in the file narrows what is accepted rather than opening it to
+// all.
 #pragma once
 
 #include <array>

@@ -141,8 +141,8 @@ void Entry::TraceIncrement(const char* theWhat, const ASTSFreqEntry& theRecord) 
    }
 }
 
-// Fills a list of proposals from the records of one peer. Two numbers shrink by what a record costs, the contexts counted
-// grow by what was asked for, which may be more: a default syntax that was there already costs nothing.
+// Fills a list of proposals from the records of one peer. Two numbers shrink by what a record costs, the contexts
+// counted grow by what was asked for, which may be more: a default syntax that was there already costs nothing.
 class Entry::ProposalBuilder
 {
 public:

@@ -4,7 +4,7 @@
 //
 // A record is owned by the dictionary and referred to from both orders:
 //
-//    itsRecords            key -> record
+//    itsRecords                key -> record
 //    itsEntriesByFrequency     records, ascending by use count, abstract syntax, transfer syntax
 //    itsEntriesByLastUseTime   records, the one used last in front
 #pragma once

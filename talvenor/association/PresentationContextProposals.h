@@ -1,6 +1,6 @@
 // What a requester proposes for one abstract syntax: one or more lists of transfer syntaxes. Each list becomes one
-// presentation context of the A-ASSOCIATE-RQ (PS3.8 9.3.2.2), for which the acceptor picks one of the list's syntaxes; so
-// several lists ask for several contexts of the same abstract syntax. UIDs are texts, compared exactly.
+// presentation context of the A-ASSOCIATE-RQ (PS3.8 9.3.2.2), for which the acceptor picks one of the list's syntaxes;
+// so several lists ask for several contexts of the same abstract syntax. UIDs are texts, compared exactly.
 //
 // A value. Not locked.
 #pragma once
@@ -34,8 +34,8 @@ public:
    // out silently.
    void AddToRequest(AAssociateRQPDU& theRequest) const;
 
-   // The abstract syntax, and indented below it one line for each list. UIDs may come from a peer: control characters are
-   // written as full stops.
+   // The abstract syntax, and indented below it one line for each list. UIDs may come from a peer: control characters
+   // are written as full stops.
    RWCString ToString() const;
 
    // The same abstract syntax and the same lists in the same order.

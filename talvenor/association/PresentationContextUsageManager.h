@@ -1,7 +1,7 @@
 // What this process remembers of its peers: which combinations of abstract and transfer syntax were used with each, how
 // often and how lately, and which each of them rejected. A requester asks it what to propose besides what it needs now,
-// and does not keep choosing compressed syntaxes that the peer never takes. The association service teaches it rejections
-// and acceptances, the storage service uses.
+// and does not keep choosing compressed syntaxes that the peer never takes. The association service teaches it
+// rejections and acceptances, the storage service uses.
 //
 //    PresentationContextProposalsList aList;   // who holds the list owns the proposals
 //    PresentationContextUsageManager::GetInstance().GetBestProposals(aList, 128, "ARCHIVE", aCTImageStorage, aSyntax);
@@ -45,9 +45,9 @@ public:
    int IsRejectedContext(const RWCString& theAETitle, const RWCString& theAbstractSyntax,
                          const RWCString& theTransferSyntax) const;
 
-   // Appends to theList what to propose to the peer for a dataset of theAbstractSyntax in theTransferSyntax: that and the
-   // uncompressed syntaxes, and then what was used with the peer most often and most lately, so that the whole list makes
-   // at most theMaxCount presentation contexts. Appends nothing when what is needed now does not fit. What was in
+   // Appends to theList what to propose to the peer for a dataset of theAbstractSyntax in theTransferSyntax: that and
+   // the uncompressed syntaxes, and then what was used with the peer most often and most lately, so that the whole list
+   // makes at most theMaxCount presentation contexts. Appends nothing when what is needed now does not fit. What was in
    // theList is counted, and not looked into otherwise.
    void GetBestProposals(PresentationContextProposalsList& theList, unsigned int theMaxCount,
                          const RWCString& theAETitle, const RWCString& theAbstractSyntax,
@@ -62,7 +62,8 @@ public:
    unsigned int CountAddableDefaultTransferSyntaxes(const RWCString& theTransferSyntax,
                                                     const PresentationContextProposals& theProposals) const;
 
-   // The uncompressed syntaxes that are proposed beside every other one, best first. Get replaces the contents of theList.
+   // The uncompressed syntaxes that are proposed beside every other one, best first. Get replaces the contents of
+   // theList.
    void GetDefaultUncompressedTransferSyntaxes(UIDList& theList) const;
    void SetDefaultUncompressedTransferSyntaxes(const UIDList& theList);
 
@@ -80,7 +81,8 @@ public:
    int GetRecentUseTime() const;
    void SetRecentUseTime(int theSeconds);
 
-   // Everything that is remembered, for people to read. Control characters of titles and UIDs are written as full stops.
+   // Everything that is remembered, for people to read. Control characters of titles and UIDs are written as full
+   // stops.
    RWCString ToString() const;
 
 private:

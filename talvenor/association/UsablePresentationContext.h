@@ -1,5 +1,5 @@
-// A presentation context that both sides agreed on (PS3.8 7.1.1.13): its ID, the abstract syntax proposed with it and the
-// transfer syntax accepted for it. A value.
+// A presentation context that both sides agreed on (PS3.8 7.1.1.13): its ID, the abstract syntax proposed with it and
+// the transfer syntax accepted for it. A value.
 #pragma once
 
 #include "talvenor/dictionary/UID.h"

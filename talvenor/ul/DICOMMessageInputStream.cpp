@@ -67,8 +67,8 @@ void DICOMMessageInputStream::Close()
    PDVInputStream::Close();
 }
 
-// Has theOperation take data of the current PDV, told how many bytes came before, and goes on to the next PDV as often as
-// needed. Bytes count for the message as they come: what arrived before a failure is gone.
+// Has theOperation take data of the current PDV, told how many bytes came before, and goes on to the next PDV as often
+// as needed. Bytes count for the message as they come: what arrived before a failure is gone.
 template <class Operation>
 unsigned int DICOMMessageInputStream::ForEachPiece(unsigned int theCount, Operation theOperation)
 {

@@ -8,11 +8,11 @@
 //       aMessage.Flush();      // whatever the decoder left
 //    }
 //
-// PDVs without data are taken as they come, except in endless series. The data of a message stay on the context and of the
-// type of its first PDV, or reading fails.
+// PDVs without data are taken as they come, except in endless series. The data of a message stay on the context and of
+// the type of its first PDV, or reading fails.
 //
-// The PDU stream is borrowed and must outlive this object. Failures throw StreamIOException; the stream is then good for
-// nothing but Close. One thread at a time.
+// The PDU stream is borrowed and must outlive this object. Failures throw StreamIOException; after one the stream
+// is good for nothing but Close, unless it was TN_UNEXPECTED_PDU between messages. One thread at a time.
 #pragma once
 
 #include "talvenor/io/InputStream.h"
@@ -24,10 +24,10 @@ public:
    explicit DICOMMessageInputStream(PDUInputStream& theStream) : PDVInputStream(theStream) {}
    ~DICOMMessageInputStream() override;
 
-   // Across the PDVs of the message. Both return the number of bytes read or skipped: fewer than theCount at the end of the
-   // message. Throws with TN_PDV_CONTEXT_MISMATCH when the message goes on in another presentation context, with
-   // TN_INVALID_ENCODING when it goes on as the other type of message, with TN_END_OF_FILE when a PDV is longer than its
-   // PDU or the connection ends, and as PDVInputStream::Start.
+   // Across the PDVs of the message. Both return the number of bytes read or skipped: fewer than theCount at the end of
+   // the message. Throws with TN_PDV_CONTEXT_MISMATCH when the message goes on in another presentation context, with
+   // TN_INVALID_ENCODING when it goes on as the other type of message, with TN_END_OF_FILE when a PDV is longer than
+   // its PDU or the connection ends, and as PDVInputStream::Start.
    unsigned int Read(unsigned char* theBuffer, unsigned int theCount) override;
    unsigned int Skip(unsigned int theCount) override;
 

@@ -8,8 +8,8 @@
 //    aMessage.FinishMessage();
 //    aMessage.FinishPDU();        // unless the data set of this command is to share the PDU
 //
-// A message that is not finished is not completed by the destructor: its last PDV stays unsent. The PDU stream is borrowed
-// and must outlive this object. Failures throw StreamIOException. One thread at a time.
+// A message that is not finished is not completed by the destructor: its last PDV stays unsent. The PDU stream is
+// borrowed and must outlive this object. Failures throw StreamIOException. One thread at a time.
 #pragma once
 
 #include "talvenor/io/OutputStream.h"
@@ -35,8 +35,8 @@ public:
    void SetMessageType(MessageType theType) override;
    void SetPresentationContextID(unsigned char theID) override;
 
-   // Hands the whole message to the PDU stream and flushes that, but does not finish the PDU. The next message may then be
-   // written. A message without bytes leaves no PDV.
+   // Hands the whole message to the PDU stream and flushes that, but does not finish the PDU. The next message may then
+   // be written. A message without bytes leaves no PDV.
    void FinishMessage();
 
    // An addition: the same, but a message without bytes is one empty PDV. For data sets, which a peer waits for.

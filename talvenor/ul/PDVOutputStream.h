@@ -1,5 +1,5 @@
-// Cuts what is written into presentation data values (PDVs) and puts them into P-DATA-TF PDUs (PS3.8 9.3.5, annex E). A PDV
-// on the wire:
+// Cuts what is written into presentation data values (PDVs) and puts them into P-DATA-TF PDUs (PS3.8 9.3.5, annex E). A
+// PDV on the wire:
 //
 //    item length      4 bytes, big-endian: 2 + number of data bytes
 //    context ID       1 byte
@@ -7,7 +7,8 @@
 //    data             a fragment of the encoded message
 //
 // A PDV is as large as the PDU allows. A finished one is held back until it is known whether it is the last of its
-// message: so every message ends with one PDV that says so. Several small PDVs share a PDU; the caller finishes the PDU.
+// message: so every message ends with one PDV that says so. Several small PDVs share a PDU; the caller finishes the
+// PDU.
 //
 // Data are copied once, into buffers of the transport's block size; buffers go to the transport as they are.
 //
@@ -41,8 +42,8 @@ public:
    // Throws with TN_INTERNAL_ERROR when the message has ended.
    virtual void Write(const unsigned char* theBytes, unsigned int theCount);
 
-   // Takes the buffer, also when it throws, and does not copy it: it shares the current PDV or starts the next one. Throws
-   // with TN_INVALID_ARGUMENT when it holds more than a PDV can. Null and empty buffers are nothing.
+   // Takes the buffer, also when it throws, and does not copy it: it shares the current PDV or starts the next one.
+   // Throws with TN_INVALID_ARGUMENT when it holds more than a PDV can. Null and empty buffers are nothing.
    virtual void Write(IOBuffer* theBuffer);
 
    virtual unsigned int GetMaximumOutputBlockSize() const;

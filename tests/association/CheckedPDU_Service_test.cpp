@@ -15,8 +15,8 @@ constexpr const char* kCT = "1.2.840.10008.5.1.4.1.1.2";
 constexpr const char* kMR = "1.2.840.10008.5.1.4.1.1.4";
 constexpr const char* kImplicit = "1.2.840.10008.1.2";
 
-// Which questions a service answers with yes: R(emote title SCANNER), L(ocal title SCANNER), S(OP class CT), T(ransfer syntax
-// implicit VR little endian), A(pplication context of the standard).
+// Which questions a service answers with yes: R(emote title SCANNER), L(ocal title SCANNER), S(OP class CT), T(ransfer
+// syntax implicit VR little endian), A(pplication context of the standard).
 std::string Accepted(PDU_Service& theService)
 {
    unsigned char anSCPRole = 0;

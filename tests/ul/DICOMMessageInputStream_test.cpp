@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
+#include "talvenor/foundation/TNTrace.h"
 #include "talvenor/ul/PDUInputStream.h"
 #include "talvenor/ul/PDVOutputStream.h"
 #include "tests/support/HexBytes.h"
@@ -198,6 +201,36 @@ TEST(DICOMMessageInputStream, FlushLeadsToTheNextMessageFromAnyPlace)
       EXPECT_EQ(aReceiver.itsMessage.GetLength(), 7u);
       ASSERT_TRUE(aReceiver.itsMessage.Start());
       EXPECT_EQ(aReceiver.Read(100), FromHex("C1C2"));
+   }
+}
+
+TEST(PDVInputStream, TracesCommandsAndLastFragmentsUnlessAllAreWanted)
+{
+   struct Case
+   {
+      const char* itsFlags;
+      std::vector<std::string> itsLengths; // item lengths of the headers in the trace
+   };
+   for (const Case& aCase : {Case{"TNTracePDUVerbose", {}}, Case{"TNTracePDataTF", {"4", "2"}},
+                             Case{"TNTracePDataTF,TNTracePDUVerbose", {"4", "5", "2", "4", "4", "2"}}})
+   {
+      std::ostringstream aText;
+      gTNTracer.On(aText);
+      gTNTracer.SetList(aCase.itsFlags);
+      Receiver aReceiver(kTwoMessages);
+      while (aReceiver.itsMessage.Start())
+      {
+         aReceiver.itsMessage.Flush();
+      }
+      gTNTracer.Clear();
+      gTNTracer.Off();
+      const std::string aStart = "PDVInputStream::ReadHeader(): Read PDV Header: \n\tPDV Length: ";
+      std::vector<std::string> aLengths;
+      for (std::size_t i = aText.str().find(aStart); i != std::string::npos; i = aText.str().find(aStart, i + 1))
+      {
+         aLengths.push_back(aText.str().substr(i + aStart.size(), 1));
+      }
+      EXPECT_EQ(aLengths, aCase.itsLengths) << aCase.itsFlags << aText.str();
    }
 }
 

@@ -29,8 +29,8 @@ IOBuffer* NewBuffer(const Bytes& theBytes)
    return aBuffer.release();
 }
 
-// What a peer sees: "PDU(16372:00) PDU(100:03 50:02)", data bytes and control header of each PDV of each PDU; theData is
-// what the PDVs hold together. Checks lengths and the context ID.
+// What a peer sees: "PDU(16372:00) PDU(100:03 50:02)", data bytes and control header of each PDV of each PDU; theData
+// is what the PDVs hold together. Checks lengths and the context ID.
 std::string Dissect(const Bytes& theWire, Bytes& theData, unsigned char theContextID = 7)
 {
    const auto aNumberAt = [&](std::size_t thePlace) {
