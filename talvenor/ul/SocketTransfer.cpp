@@ -45,8 +45,11 @@ void TraceBytes(const TNPlatform::MutableBlock* theBlocks, std::size_t theCount)
 int Socket::FailedTransfer(TNResultCode theCode, int theSystemErrorCode)
 {
    Failed(theCode, theSystemErrorCode);
-   SocketTrace::Line(TNTrace::TNTraceSocketErrors, "Socket: transfer on socket ", itsConnectionSocket,
-                     " failed: ", TNResult::Describe(theCode), " System error ", theSystemErrorCode);
+   if (gTNTracer(TNTrace::TNTraceSocketErrors))
+   {
+      SocketTrace::Line(TNTrace::TNTraceSocketErrors, "Socket: transfer on socket ", itsConnectionSocket,
+                        " failed: ", TNResult::Describe(theCode), " System error ", theSystemErrorCode);
+   }
    return -1;
 }
 

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <numeric>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -12,6 +13,8 @@
 #include "support/CapturedErrorLog.h"
 #include "support/ConnectedSockets.h"
 #include "support/StreamErrors.h"
+#include "talvenor/foundation/TNTrace.h"
+#include "talvenor/foundation/TNXInitializer.h"
 #include "talvenor/ul/SocketInputStream.h"
 #include "talvenor/ul/SocketOutputStream.h"
 #include "talvenor/ul/SocketRules.h"
@@ -290,6 +293,46 @@ TEST(SocketTest, RefusalsAreNamedByTheirResultCodes)
       EXPECT_EQ((isAcceptors ? aPair.itsAcceptor : aPair.itsRequester).GetResultCode(), aCase.itsCode);
       EXPECT_NE(aLog.Text().find(aCase.itsLogged), std::string::npos) << aLog.Text();
    }
+}
+
+TEST(SocketTest, TheTraceShowsBytesAndTheEnd)
+{
+   ConnectedSockets aPair;
+   std::ostringstream aTrace;
+   gTNTracer.On(aTrace);
+   gTNTracer.SetList("TNTraceSocketBytesRead,TNTraceSocketEOF,TNTraceSocketOpenClose");
+   unsigned char aBytes[17] = {0x04, 0xAB};
+   aPair.itsRequester.SendBinary(aBytes, sizeof aBytes);
+   aPair.itsRequester.Close();
+   while (aPair.itsAcceptor.ReadBinary(aBytes, sizeof aBytes) > 0)
+   {}
+   gTNTracer.Clear();
+   gTNTracer.Off();
+   for (const char* aText : {"\n04 ab 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n00 \n", "): recv() returned EOF\n",
+                             "Socket::CloseConnectionSocket(): closed connection socket ("})
+   {
+      EXPECT_NE(aTrace.str().find(aText), std::string::npos) << aText << " is not in " << aTrace.str();
+   }
+}
+
+TEST(SocketTest, DefaultsReachTheSocketsThatAreMadeAfterwards)
+{
+   const Socket anOldOne;
+   TNXInitializer::SetDefaultSocketTimeout(11);
+   TNXInitializer::SetDefaultSocketAbortPollInterval(12);
+   TNXInitializer::SetDefaultTCPReceiveBufferSize(13);
+   TNXInitializer::SetDefaultTCPSendBufferSize(14);
+   const Socket aNewOne;
+   TNXInitializer::SetDefaultSocketTimeout(300);
+   TNXInitializer::SetDefaultSocketAbortPollInterval(60);
+   TNXInitializer::SetDefaultTCPReceiveBufferSize(64240);
+   TNXInitializer::SetDefaultTCPSendBufferSize(64240);
+   const auto aSettings = [](const Socket& theSocket) {
+      return std::vector<int>{theSocket.GetTimeout(), theSocket.GetAbortPollInterval(),
+                              theSocket.GetTCPReceiveBufferSize(), theSocket.GetTCPSendBufferSize()};
+   };
+   EXPECT_EQ(aSettings(anOldOne), (std::vector<int>{300, 60, 64240, 64240}));
+   EXPECT_EQ(aSettings(aNewOne), (std::vector<int>{11, 12, 13, 14}));
 }
 
 // The only real waits: time-outs are whole seconds. Both pass at the same time.
