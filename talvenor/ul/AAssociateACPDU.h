@@ -40,8 +40,8 @@ private:
    friend class ULPDU<AAssociateACPDU>;
    template <class Self, class Visitor>
    static int Fields(Self& thePDU, Visitor& theVisitor);
-   static int Fields(AAssociateACPDU& thePDU, class FieldReader& theReader);
-   static int Fields(const AAssociateACPDU& thePDU, class FieldDumper& theDumper);
+   static int Fields(AAssociateACPDU& thePDU, FieldReader& theReader);
+   static int Fields(const AAssociateACPDU& thePDU, FieldDumper& theDumper);
 
    AAssociateFields itsFields;
    RWTValOrderedVector<PresentationContextAcceptItem> itsContexts;

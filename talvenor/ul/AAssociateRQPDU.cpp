@@ -1,5 +1,7 @@
 #include "talvenor/ul/AAssociateRQPDU.h"
 
+#include <utility>
+
 #include "talvenor/foundation/Exceptions.h"
 #include "talvenor/ul/AAssociateFieldList.h"
 #include "talvenor/ul/ULPDUBodies.h"
@@ -7,7 +9,7 @@
 namespace
 {
 constexpr char kDICOMApplicationContext[] = "1.2.840.10008.3.1.1.1"; // PS3.7 A.2.1
-constexpr int kNoContext = -1;
+constexpr UINT32 kNoContext = 0xFFFFFFFF;
 } // namespace
 
 AAssociateRQPDU::AAssociateRQPDU() : AAssociateRQPDU(AETitle::GetDefaultAETitle(), RWCString()) {}
@@ -27,8 +29,8 @@ bool AAssociateRQPDU::operator==(const AAssociateRQPDU& theOther) const
 
 const PresentationContextItem* AAssociateRQPDU::GetPresentationContextItem(unsigned char theID) const
 {
-   const int aPosition = theID % 2 != 0 ? itsPositions[theID / 2] : kNoContext;
-   return aPosition != kNoContext ? itsContexts[static_cast<std::size_t>(aPosition)] : nullptr;
+   const UINT32 aPosition = theID % 2 != 0 ? itsPositions[theID / 2] : kNoContext;
+   return aPosition < itsContexts.size() ? itsContexts[aPosition] : nullptr;
 }
 
 PresentationContextItem* AAssociateRQPDU::GetPresentationContextItem(unsigned char theID)
@@ -61,7 +63,7 @@ void AAssociateRQPDU::Append(std::unique_ptr<PresentationContextItem> theContext
 {
    const unsigned int aRow = theContext->PresentationContextID() / 2;
    itsContexts.push_back(std::move(theContext));
-   itsPositions[aRow] = static_cast<int>(itsContexts.size()) - 1;
+   itsPositions[aRow] = static_cast<UINT32>(itsContexts.size() - 1);
 }
 
 void AAssociateRQPDU::ClearPresentationContexts()

@@ -63,14 +63,14 @@ private:
    friend class ULPDU<AAssociateRQPDU>;
    template <class Self, class Visitor>
    static int Fields(Self& thePDU, Visitor& theVisitor);
-   static int Fields(AAssociateRQPDU& thePDU, class FieldReader& theReader);
-   static int Fields(const AAssociateRQPDU& thePDU, class FieldDumper& theDumper);
+   static int Fields(AAssociateRQPDU& thePDU, FieldReader& theReader);
+   static int Fields(const AAssociateRQPDU& thePDU, FieldDumper& theDumper);
    int ReadContext(PDUInputStream& theStream, unsigned int& theBytesRead);
    void Append(std::unique_ptr<PresentationContextItem> theContext);
 
    AAssociateFields itsFields;
    OwnedList<PresentationContextItem> itsContexts;
-   std::array<int, kMaximumContexts> itsPositions; // in the list, of ID 2n + 1 at n; -1: no such context
+   std::array<UINT32, kMaximumContexts> itsPositions; // in the list, of ID 2n + 1 at n; behind its end: no such context
 };
 
 extern template class ULPDU<AAssociateRQPDU>;

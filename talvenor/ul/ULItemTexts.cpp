@@ -4,9 +4,6 @@
 #include <cassert>
 #include <iterator>
 
-#include "talvenor/foundation/BasicTypes.h"
-#include "talvenor/ul/ULFailure.h"
-
 namespace
 {
 constexpr char kNoType[] = "::Read: EOF while reading item type";
@@ -40,19 +37,4 @@ const ULItemTexts& TextsOfULItem(unsigned char theType)
                                          [=](const ULItemTexts& theRow) { return theRow.itsType == theType; });
    assert(aRow != std::end(kItems));
    return *aRow;
-}
-
-RWCString WrongTypeText(unsigned int theReceived, unsigned int theExpected)
-{
-   const auto asHex = [](unsigned int theNumber) {
-      constexpr char kDigits[] = "0123456789abcdef";
-      RWCString aText;
-      do
-      {
-         aText.insert(aText.begin(), kDigits[theNumber % 16]);
-         theNumber /= 16;
-      } while (theNumber != 0);
-      return "0x" + aText;
-   };
-   return asHex(theReceived) + ") should be " + asHex(theExpected);
 }
