@@ -85,5 +85,6 @@ CLI::Option* AddPeer(CLI::App& theOptions, Peer& thePeer)
               }
            },
            "Whom to call, as AE@HOST:PORT; without a title ANY-SCP, without a port 104")
+       ->type_name("")
        ->required();
 }

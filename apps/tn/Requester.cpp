@@ -1,5 +1,6 @@
 #include "apps/tn/Requester.h"
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <sstream>
@@ -39,6 +40,21 @@ std::string ConnectionText(const StreamIOException& theException)
    }
    const int anError = theException.GetSystemErrorCode();
    return anError != 0 ? std::system_category().message(anError) : TNResult::Describe(theException.GetResultCode());
+}
+
+// The service takes what a peer accepts; a peer that accepts what nobody offered is not to be trusted with a dataset.
+bool AreSyntaxesOffered(const PDU_Service& theService)
+{
+   PDU_Service::UsableContextList aContexts;
+   theService.GetUsablePresentationContexts(aContexts);
+   return std::all_of(aContexts.begin(), aContexts.end(), [&](const UsablePresentationContext& theContext) {
+      const PresentationContextItem* const anOffer =
+          theService.GetRequestedPresentationContextItem(theContext.GetPresentationContextID());
+      const auto& aSyntaxes = anOffer->GetTransferSyntaxList();
+      return std::any_of(aSyntaxes.begin(), aSyntaxes.end(), [&](const auto& theSyntax) {
+         return theSyntax->GetUID() == theContext.GetTransferSyntaxUID();
+      });
+   });
 }
 } // namespace
 
@@ -94,6 +110,11 @@ void Requester::Associate(PDU_Service& theService, Watchdog& theWatchdog) const
    if (!isAccepted)
    {
       throw ExplainFailure(theService, wasLate);
+   }
+   if (!AreSyntaxesOffered(theService))
+   {
+      Abort(theService, theWatchdog);
+      throw NetworkFailure(ExitCode::kNoContext, ExplainContexts(theService));
    }
 }
 
