@@ -82,9 +82,15 @@ int CreateSocket(SocketKind theKind)
    return ::socket(AF_INET, (theKind == SocketKind::kStream ? SOCK_STREAM : SOCK_DGRAM) | SOCK_CLOEXEC, 0);
 }
 
+// A connection that is closed with bytes unread is reset, and on some systems the reset takes from the peer what was sent
+// to him last: the A-ABORT or the rejection that tells why. So what has arrived is thrown away first, within reason.
 void CloseSocket(int theSocket)
 {
+   constexpr int kMostReceives = 16;
+   constexpr std::size_t kMostBytes = 1 << 20; // of one receive, which copies nothing (MSG_TRUNC, tcp(7))
    ::shutdown(theSocket, SHUT_RDWR);
+   for (int i = 0; i<kMostReceives&& ::recv(theSocket, nullptr, kMostBytes, MSG_TRUNC | MSG_DONTWAIT)> 0; ++i)
+   {}
    ::close(theSocket); // not repeated when interrupted: the descriptor is gone then
 }
 

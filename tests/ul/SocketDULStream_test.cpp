@@ -32,13 +32,6 @@ struct StreamAndPeer
       ASSERT_EQ(Peer().SendBinary(theBytes.data(), static_cast<int>(theBytes.size())),
                 static_cast<int>(theBytes.size()));
    }
-   // What is there for the peer, if it has asked for it.
-   unsigned int PeerCanRead()
-   {
-      unsigned int aCount = 0;
-      EXPECT_TRUE(Peer().BytesAvailable(aCount));
-      return aCount;
-   }
 
    ConnectedSockets itsSockets;
    std::unique_ptr<SocketDULStream> itsStream = std::make_unique<SocketDULStream>();
@@ -242,6 +235,19 @@ TEST(SocketDULStreamTest, ClosingDoesNotWaitForAPeerThatDoesNotRead)
    EXPECT_EQ(StreamErrorOf([&] { aStream.Write(aBytes.data(), 30'000'000); }).itsCode, TN_CANCELLED);
    aStream.Close();
    EXPECT_FALSE(aStream.OutputConnected());
+}
+
+TEST(SocketDULStreamTest, ClosingWithBytesUnreadIsNoReset)
+{
+   StreamAndPeer aPair;
+   aPair.PeerSends(Bytes(0, 50000));
+   aPair.itsStream->DULWrite(0x07000000u);
+   aPair.itsStream->Close();
+   unsigned char aBuffer[10];
+   EXPECT_EQ(aPair.Peer().ReadBinary(aBuffer, sizeof aBuffer), 4);
+   EXPECT_EQ(aPair.Peer().ReadBinary(aBuffer, sizeof aBuffer), -1);
+   EXPECT_EQ(aPair.Peer().GetResultCode(), TN_END_OF_FILE);
+   EXPECT_EQ(aPair.Peer().SendBinary(aBuffer, 1), 1); // after a reset the system would refuse
 }
 
 struct FailureCase
