@@ -82,10 +82,11 @@ public:
    void ManageListenSocket(Handle theHandle);
    Handle UnmanageListenSocket();
 
-   // Additions: several blocks in one system call. The first returns when all are sent (or like SendBinary), without
-   // cutting them into pieces: the call takes what the kernel has room for and no more. Before it returns -1 it says
-   // how many bytes were sent. theLimit is the longest it waits for room in all, in milliseconds; negative: no limit. The
-   // second is ReadBinary into two blocks, the second of which may be empty.
+   // Additions: transfers of several blocks in one system call. SendBlocks takes at most 64 blocks and returns 1 when all
+   // are sent or -1 like SendBinary; theBytesSent says how far it got. It does not cut them into pieces: a send never
+   // waits, so that the kernel takes what it has room for and no more. theLimit is the longest it waits for room in all,
+   // in milliseconds (TN_TRANSPORT_TIMED_OUT); negative: no limit. ReadBlocks is ReadBinary into two blocks, of which
+   // the second may be empty.
    int SendBlocks(const TNPlatform::ConstBlock* theBlocks, unsigned int theBlockCount, std::size_t& theBytesSent,
                   INT64 theLimit = -1);
    int ReadBlocks(const TNPlatform::MutableBlock (&theBlocks)[2]);
