@@ -261,11 +261,39 @@ def message_seeds():
     yield "cut", start + pdata((1, 2, text))[:-9]
 
 
+# FuzzAssociationPDUs takes the longest PDU from the first byte; 0 is any.
+def association_seeds():
+    def pdu(kind, body):
+        return struct.pack(">BBI", kind, 0, len(body)) + body
+
+    def item(kind, body=b""):
+        return struct.pack(">BBH", kind, 0, len(body)) + body
+
+    fields = b"\0\1\0\0" + b"ARCHIVE".ljust(16) + b"WORKSTATION".ljust(16) + bytes(32)
+    name = item(0x10, b"1.2.840.10008.3.1.1.1")
+    verification, implicit = b"1.2.840.10008.1.1", item(0x40, b"1.2.840.10008.1.2")
+    role = item(0x54, struct.pack(">H", len(verification)) + verification + b"\1\1")
+    user = item(0x51, b"\0\0\x40\0") + item(0x52, b"1.2.3") + item(0x55, b"T 1")
+    context = item(0x30, verification) + implicit + item(0x40, b"1.2.840.10008.1.2.1\0")
+    contexts = b"".join(item(0x20, bytes([n, 0, 0, 0]) + context) for n in (1, 3, 1))
+    request = pdu(1, fields + name + contexts + item(0x50, user + item(0x53, b"\0\1\0\1") + item(0x56, b"\0\1\0\0") + role))
+    answers = item(0x21, b"\1\0\0\0" + implicit) + item(0x21, b"\3\0\3\0") + item(0x21, b"\5\0\4\0" + item(0x40))
+    acceptance = pdu(2, fields + name + answers + item(0x50, user + role))
+    end = b"".join(pdu(kind, bytes([0, 1, 2, 3])) for kind in (3, 5, 6, 7))
+    yield "request", b"\0" + request
+    yield "acceptance", b"\0" + acceptance
+    yield "dialogue", b"\0" + request + acceptance + pdu(4, b"\0\0\0\2\1\3") + end
+    yield "limited", b"\x50" + end + request
+    yield "empty-items", b"\0" + pdu(1, fields + item(0x10) + item(0x50) + item(0x50, item(0x52) + item(0x55)))
+    yield "no-syntax", b"\0" + pdu(1, fields + item(0x20, b"\1\0\0\0" + item(0x30)))
+    yield "unknown", b"\0" + pdu(1, fields + item(0x60, request)) + pdu(2, fields + item(0x50, item(0x57)))
+
+
 def main():
     targets = {"FuzzPart10": part10_seeds, "FuzzElements": elements_seeds, "FuzzTranscode": transcode_seeds,
                "FuzzFrames": frames_seeds, "FuzzJPEG": jpeg_seeds, "FuzzJP2": jp2_seeds,
                "FuzzDataDictionary": dictionary_seeds, "FuzzUIDDictionary": uid_seeds,
-               "FuzzMessages": message_seeds}
+               "FuzzMessages": message_seeds, "FuzzAssociationPDUs": association_seeds}
     for target, seeds in targets.items():
         folder = HERE / "corpus" / target
         folder.mkdir(parents=True, exist_ok=True)
