@@ -289,11 +289,23 @@ def association_seeds():
     yield "unknown", b"\0" + pdu(1, fields + item(0x60, request)) + pdu(2, fields + item(0x50, item(0x57)))
 
 
+def whole_association_seeds():
+    seeds = dict(association_seeds())
+    echo = bytes.fromhex("0000 0000 0400 0000 3800 0000 0000 0200 1200 0000") + b"1.2.840.10008.1.1\0" + bytes.fromhex(
+        "0000 0001 0200 0000 3000 0000 1001 0200 0000 0100 0000 0008 0200 0000 0101")
+    release = b"\5\0\0\0\0\4" + bytes(4)
+    request, acceptance = seeds["request"][1:], seeds["acceptance"][1:]
+    yield "acceptor", b"\0" + request + pdata((1, 3, echo)) + release
+    yield "acceptor-closes", b"\2" + request + pdata((1, 1, echo[:20]), (1, 3, echo[20:])) + release
+    yield "requester", b"\3" + acceptance + pdata((1, 3, echo.replace(b"\x30\0\0\0\x10\1", b"\x30\x80\0\0\x20\1"))) + release
+
+
 def main():
     targets = {"FuzzPart10": part10_seeds, "FuzzElements": elements_seeds, "FuzzTranscode": transcode_seeds,
                "FuzzFrames": frames_seeds, "FuzzJPEG": jpeg_seeds, "FuzzJP2": jp2_seeds,
                "FuzzDataDictionary": dictionary_seeds, "FuzzUIDDictionary": uid_seeds,
-               "FuzzMessages": message_seeds, "FuzzAssociationPDUs": association_seeds}
+               "FuzzMessages": message_seeds, "FuzzAssociationPDUs": association_seeds,
+               "FuzzAssociation": whole_association_seeds}
     for target, seeds in targets.items():
         folder = HERE / "corpus" / target
         folder.mkdir(parents=True, exist_ok=True)
