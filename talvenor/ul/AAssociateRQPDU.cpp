@@ -45,7 +45,7 @@ void AAssociateRQPDU::AddPresentationContext(PresentationContextItem* theContext
    {
       return;
    }
-   if (itsContexts.size() >= kMaximumContexts)
+   if (itsContexts.size() >= kMostContexts)
    {
       throw TNRuntimeException("AAssociateRQPDU::AddPresentationContext attempt to add more than 128 presentation "
                                "contexts to request");

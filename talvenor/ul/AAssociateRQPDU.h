@@ -18,7 +18,6 @@ class TALVENOR_API AAssociateRQPDU : public ULPDU<AAssociateRQPDU>
 {
 public:
    static constexpr unsigned char itsPDUType = 1;
-   static constexpr unsigned int kMaximumContexts = 128;
 
    // The called title is blank, the calling title the library's default; the application context is that of DICOM
    // (PS3.7 A.2.1).
@@ -60,6 +59,8 @@ public:
    UINT16 GetRequestedProtocolVersion() const { return itsFields.itsProtocolVersion; }
 
 private:
+   static constexpr unsigned int kMostContexts = 128; // as many as there are odd IDs
+
    friend class ULPDU<AAssociateRQPDU>;
    template <class Self, class Visitor>
    static int Fields(Self& thePDU, Visitor& theVisitor);
@@ -70,7 +71,7 @@ private:
 
    AAssociateFields itsFields;
    OwnedList<PresentationContextItem> itsContexts;
-   std::array<UINT32, kMaximumContexts> itsPositions; // in the list, of ID 2n + 1 at n; behind its end: no such context
+   std::array<UINT32, kMostContexts> itsPositions; // in the list, of ID 2n + 1 at n; behind its end: no such context
 };
 
 extern template class ULPDU<AAssociateRQPDU>;
