@@ -4,78 +4,38 @@
 
 #include <gtest/gtest.h>
 
+#include "support/CommandBytes.h"
+#include "support/PDUBytes.h"
 #include "support/RunTn.h"
 #include "support/ScriptedPeer.h"
 
-using namespace std::string_literals;
-
 namespace
 {
-std::string BigEndian(std::size_t theNumber, int theBytes)
+using namespace CommandBytes;
+using namespace PDUBytes;
+using enum ScriptedPeer::AtTheEnd;
+
+std::string Context(unsigned char theResult, const std::string& theSyntax = "1.2.840.10008.1.2")
 {
-   std::string aText;
-   for (int aShift = 8 * (theBytes - 1); aShift >= 0; aShift -= 8)
-   {
-      aText += static_cast<char>(theNumber >> aShift);
-   }
-   return aText;
+   return Acceptance({{1, theResult, theSyntax}}, 16384, Item(0x55, "PEER_7"));
 }
 
-std::string LittleEndian(std::size_t theNumber, int theBytes)
-{
-   const std::string aText = BigEndian(theNumber, theBytes);
-   return {aText.rbegin(), aText.rend()};
-}
-
-std::string PDU(char theType, const std::string& theBody)
-{
-   return theType + "\0"s + BigEndian(theBody.size(), 4) + theBody;
-}
-
-std::string Item(char theType, const std::string& theBody)
-{
-   return theType + "\0"s + BigEndian(theBody.size(), 2) + theBody;
-}
-
-// A-ASSOCIATE-AC (PS3.8 9.3.3) with these presentation contexts.
-std::string Acceptance(const std::string& theContexts)
-{
-   return PDU(2, BigEndian(1, 2) + std::string(66, '\0') + Item(0x10, "1.2.840.10008.3.1.1.1") + theContexts +
-                     Item(0x50, Item(0x51, BigEndian(16384, 4)) + Item(0x52, "1.2.3") + Item(0x55, "PEER_7")));
-}
-
-std::string Context(char theResult, const std::string& theSyntax = "1.2.840.10008.1.2")
-{
-   return Item(0x21, "\1\0"s + theResult + "\0"s + Item(0x40, theSyntax));
-}
-
-std::string Element(unsigned int theElement, const std::string& theValue)
-{
-   return LittleEndian(0, 2) + LittleEndian(theElement, 2) + LittleEndian(theValue.size(), 4) + theValue;
-}
-
-// One P-DATA-TF PDU with one command set (PS3.8 E, PS3.7 9.3.5.2).
-std::string Command(const std::string& theElements)
-{
-   const std::string aSet = Element(0, LittleEndian(theElements.size(), 4)) + theElements;
-   return PDU(4, BigEndian(aSet.size() + 2, 4) + "\1\3"s + aSet);
-}
-
+// A C-ECHO response (PS3.7 9.3.5.2) to that message.
 std::string Echoed(unsigned int theMessageID, const std::string& theStatus, unsigned int theField = 0x8030)
 {
-   return Command(Element(0x0002, "1.2.840.10008.1.1\0"s) + Element(0x0100, LittleEndian(theField, 2)) +
-                  Element(0x0120, LittleEndian(theMessageID, 2)) + Element(0x0800, LittleEndian(0x0101, 2)) +
-                  theStatus);
+   return PData(PDV(1, 3,
+                    CommandSet(Element(0x0002, "1.2.840.10008.1.1\0"s) + US(0x0100, theField) +
+                               US(0x0120, theMessageID) + US(0x0800, 0x0101) + theStatus)));
 }
 
 std::string Status(unsigned int theStatus)
 {
-   return Element(0x0900, LittleEndian(theStatus, 2));
+   return US(0x0900, theStatus);
 }
 
-const std::string kAccepted = Acceptance(Context(0));
+const std::string kAccepted = Context(0);
 const std::string kEchoed = Echoed(1, Status(0));
-const std::string kReleased = PDU(6, "\0\0\0\0"s);
+const std::string kReleased = ReleaseResponse();
 
 TEST(TnEcho, TellsWhatThePeerAnswered)
 {
@@ -90,133 +50,79 @@ TEST(TnEcho, TellsWhatThePeerAnswered)
       const char* itsText;     // in what is printed, here or there
       const char* itsReceived; // by the peer: types of PDUs
    } kCases[] = {
-       {"answered", "", {kAccepted, kEchoed, kReleased}, ScriptedPeer::kRead, 0, "echo 1: ", "145"},
-       {"told about",
-        "",
-        {kAccepted, kEchoed, kReleased},
-        ScriptedPeer::kRead,
-        0,
-        "PEER_7 (1.2.3), Implicit VR",
-        "145"},
+       {"answered", "", {kAccepted, kEchoed, kReleased}, kRead, 0, "echo 1: ", "145"},
+       {"told about", "", {kAccepted, kEchoed, kReleased}, kRead, 0, "PEER_7 (1.2.3), Implicit VR", "145"},
        {"answered with the release missing",
         "--timeout 0.05",
         {kAccepted, kEchoed},
-        ScriptedPeer::kRead,
+        kRead,
         0,
         "not released properly: no answer within 0.05 s",
         "145"},
        {"rejected for good",
         "",
-        {PDU(3, "\0\1\1\7"s)},
-        ScriptedPeer::kClose,
+        {Rejection('\1', '\1', '\7')},
+        kClose,
         6,
         "for good by the peer's application: called AE title not recognized (result 1, source 1, reason 7)",
         "1"},
        {"what would help",
         "--aet ME",
-        {PDU(3, "\0\1\1\3"s)},
-        ScriptedPeer::kClose,
+        {Rejection('\1', '\1', '\3')},
+        kClose,
         6,
         "asked as PEER by ME; the peer has to know",
         "1"},
-       {"rejected for now", "", {PDU(3, "\0\2\3\2"s)}, ScriptedPeer::kClose, 6, "for now by", "1"},
-       {"rejected by nobody",
-        "",
-        {PDU(3, "\0\x09\x09\x09"s)},
-        ScriptedPeer::kClose,
-        6,
-        "a reason without a meaning",
-        "1"},
+       {"rejected for now", "", {Rejection('\2', '\3', '\2')}, kClose, 6, "for now by", "1"},
+       {"rejected by nobody", "", {Rejection('\x09', '\x09', '\x09')}, kClose, 6, "a reason without a meaning", "1"},
        {"service refused",
         "",
-        {Acceptance(Context(3))},
-        ScriptedPeer::kRead,
+        {Context(3)},
+        kRead,
         7,
         "context 1, Verification SOP Class (1.2.840.10008.1.1) in Implicit VR Little Endian (1.2.840.10008.1.2) or "
         "Explicit VR Little Endian (1.2.840.10008.1.2.1): abstract syntax not supported",
         "1"},
-       {"context left out", "", {Acceptance("")}, ScriptedPeer::kRead, 7, "): not answered", "1"},
-       {"result without a meaning", "", {Acceptance(Context(9))}, ScriptedPeer::kRead, 7, "(result 9)", "1"},
-       {"syntax not offered",
-        "",
-        {Acceptance(Context(0, "1.2.840.10008.1.2.4.50"))},
-        ScriptedPeer::kRead,
-        7,
-        "which was not offered",
-        "17"},
+       {"context left out", "", {Acceptance({})}, kRead, 7, "): not answered", "1"},
+       {"result without a meaning", "", {Context(9)}, kRead, 7, "(result 9)", "1"},
+       {"syntax not offered", "", {Context(0, "1.2.840.10008.1.2.4.50")}, kRead, 7, "which was not offered", "17"},
        {"status of failure",
         "",
         {kAccepted, Echoed(1, Status(0x0122))},
-        ScriptedPeer::kRead,
+        kRead,
         8,
         "status 0122H: Refused: SOP class not supported",
         "147"},
-       {"no status", "", {kAccepted, Echoed(1, "")}, ScriptedPeer::kRead, 8, "no status", "147"},
-       {"status of one byte",
-        "",
-        {kAccepted, Echoed(1, Element(0x0900, "\0"s))},
-        ScriptedPeer::kRead,
-        8,
-        "no status",
-        "147"},
+       {"no status", "", {kAccepted, Echoed(1, "")}, kRead, 8, "no status", "147"},
+       {"status of one byte", "", {kAccepted, Echoed(1, Element(0x0900, "\0"s))}, kRead, 8, "no status", "147"},
        {"answer to another message",
         "",
         {kAccepted, Echoed(2, Status(0))},
-        ScriptedPeer::kRead,
+        kRead,
         8,
         "to message 2, asked was message 1",
         "147"},
        {"the same answer twice",
         "--repeat 2 --interval 0",
         {kAccepted, kEchoed, kEchoed},
-        ScriptedPeer::kRead,
+        kRead,
         8,
         "2 sent, 1 answered",
         "1447"},
-       {"response of another service",
-        "",
-        {kAccepted, Echoed(1, Status(0), 0x8001)},
-        ScriptedPeer::kRead,
-        8,
-        "understood",
-        "147"},
-       {"abort instead of acceptance", "", {PDU(7, "\0\0\0\0"s)}, ScriptedPeer::kClose, 8, "application aborted", "1"},
-       {"abort instead of an answer",
-        "",
-        {kAccepted, PDU(7, "\0\0\2\6"s)},
-        ScriptedPeer::kClose,
-        8,
-        "invalid PDU parameter",
-        "14"},
-       {"release instead of an answer",
-        "",
-        {kAccepted, PDU(5, "\0\0\0\0"s)},
-        ScriptedPeer::kRead,
-        8,
-        "released",
-        "146"},
-       {"closed instead of acceptance", "", {""}, ScriptedPeer::kClose, 5, "closed the connection", "1"},
-       {"closed instead of an answer", "", {kAccepted, ""}, ScriptedPeer::kClose, 5, "closed the connection", "14"},
-       {"no acceptance", "--timeout 0.05", {}, ScriptedPeer::kRead, 9, "no answer within 0.05 s", "1"},
-       {"no answer", "--timeout 0.05", {kAccepted}, ScriptedPeer::kRead, 9, "no answer within 0.05 s", "14"},
-       {"a server of another kind",
-        "",
-        {"HTTP/1.1 400 Bad Request\r\n\r\n"},
-        ScriptedPeer::kRead,
-        8,
-        "understood",
-        "17"},
-       {"JSON",
-        "--json",
-        {kAccepted, kEchoed, kReleased},
-        ScriptedPeer::kRead,
-        0,
-        R"("sent":1,"milliseconds":[)",
-        "145"},
+       {"response of another service", "", {kAccepted, Echoed(1, Status(0), 0x8001)}, kRead, 8, "understood", "147"},
+       {"abort instead of acceptance", "", {Abort(0, 0)}, kClose, 8, "application aborted", "1"},
+       {"abort instead of an answer", "", {kAccepted, Abort(2, 6)}, kClose, 8, "invalid PDU parameter", "14"},
+       {"release instead of an answer", "", {kAccepted, ReleaseRequest()}, kRead, 8, "released", "146"},
+       {"closed instead of acceptance", "", {""}, kClose, 5, "closed the connection", "1"},
+       {"closed instead of an answer", "", {kAccepted, ""}, kClose, 5, "closed the connection", "14"},
+       {"no acceptance", "--timeout 0.05", {}, kRead, 9, "no answer within 0.05 s", "1"},
+       {"no answer", "--timeout 0.05", {kAccepted}, kRead, 9, "no answer within 0.05 s", "14"},
+       {"a server of another kind", "", {"HTTP/1.1 400 Bad Request\r\n\r\n"}, kRead, 8, "understood", "17"},
+       {"JSON", "--json", {kAccepted, kEchoed, kReleased}, kRead, 0, R"("sent":1,"milliseconds":[)", "145"},
        {"JSON of a failure",
         "--json",
-        {PDU(3, "\0\1\1\7"s)},
-        ScriptedPeer::kClose,
+        {Rejection('\1', '\1', '\7')},
+        kClose,
         6,
         R"("exitCode":6,"failure":"assoc)",
         "1"},
@@ -235,7 +141,7 @@ TEST(TnEcho, TellsWhatThePeerAnswered)
 
 TEST(TnEcho, WaitsForAnAnswerAsAWholeNoLongerThanItMay)
 {
-   ScriptedPeer aPeer({kAccepted}, ScriptedPeer::kRead, std::chrono::milliseconds(2)); // 300 ms for all of it
+   ScriptedPeer aPeer({kAccepted}, kRead, std::chrono::milliseconds(2)); // 300 ms for all of it
    const Outcome anOutcome = Tn("echo --timeout 0.05 PEER@127.0.0.1:" + aPeer.Port());
    EXPECT_EQ(anOutcome.itsCode, 9) << anOutcome.itsErrors;
 }
