@@ -49,10 +49,10 @@ Node::Node(const Settings& theSettings)
 
 Node::~Node() = default;
 
-void Node::Run(const std::atomic<bool>& theStop)
+void Node::Run()
 {
-   constexpr int kSeconds = 1;
-   while (!theStop)
+   constexpr int kSeconds = 60;
+   while (!itsIsStopped)
    {
       if (itsListener.Accept(kSeconds))
       {

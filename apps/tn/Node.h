@@ -29,9 +29,16 @@ public:
 
    int GetPort() const { return itsListener.GetListenPort(); }
 
-   // Serves until theStop is set. Then no more associations are accepted, idle ones end at once, and others have a moment
-   // to finish their message.
-   void Run(const std::atomic<bool>& theStop);
+   // Serves until Stop. Then no more associations are accepted, idle ones end at once, and others have a moment to finish
+   // their message.
+   void Run();
+
+   // From any thread, and from a signal handler.
+   void Stop()
+   {
+      itsIsStopped = true;
+      itsListener.SetAbortRequestedFlag(1);
+   }
 
 private:
    struct Connection;
@@ -43,6 +50,7 @@ private:
    Settings itsSettings;
    CheckedPDU_Service itsPrototype; // of the services: its lists are read once
    Socket itsListener;
+   std::atomic<bool> itsIsStopped = false;
    Deadlines itsDeadlines;
    std::atomic<unsigned int> itsThreads = 0;      // that serve or refuse
    std::atomic<unsigned int> itsAssociations = 0; // that are served

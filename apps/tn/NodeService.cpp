@@ -81,5 +81,6 @@ void NodeService::Log(const std::string& theText) const
    static std::mutex aMutex;
    const std::lock_guard aLock(aMutex);
    const std::string aTitle = GetCallingAppTitle();
-   std::cerr << OnOneLine((aTitle.empty() ? "?" : aTitle) + "@" + GetPeerIPAddress() + ": " + theText) << std::endl;
+   std::cerr << OnOneLine((aTitle.empty() ? "?" : aTitle) + "@" + GetPeerIPAddress() + ": " + theText) + "\n"
+             << std::flush;
 }

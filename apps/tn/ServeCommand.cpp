@@ -11,11 +11,15 @@
 
 namespace
 {
-std::atomic<bool> gIsStopped = false;
+// The node that a signal stops.
+std::atomic<Node*> gNode = nullptr;
 
 void Stop(int)
 {
-   gIsStopped = true;
+   if (Node* const aNode = gNode)
+   {
+      aNode->Stop();
+   }
 }
 } // namespace
 
@@ -61,10 +65,12 @@ int ServeCommand::Run()
       LoadDictionaries("");
       itsTracing.Begin();
       Node aNode(itsSettings);
+      gNode = &aNode;
       std::signal(SIGTERM, Stop);
       std::signal(SIGINT, Stop);
       std::cerr << "tn serve: " << itsSettings.itsTitle << " listens on port " << aNode.GetPort() << std::endl;
-      aNode.Run(gIsStopped);
+      aNode.Run();
+      gNode = nullptr;
       return ExitCode::kDone;
    }
    catch (const std::exception& anError)
