@@ -314,8 +314,8 @@ int PDU_Service::ReadObject(DICOMObject& theObject, Wanted theWanted)
       if (theWanted == Wanted::Data)
       {
          theObject.SetEndian(aDecoder->GetTransferSyntaxType().GetEndian());
+         aDecoder->SetDataDictionary(theObject.GetDataDictionary()); // shared: creators type what follows
       }
-      aDecoder->SetDataDictionary(theObject.GetDataDictionary());
       while (VR* const aVR = aDecoder->NextVR())
       {
          theObject.Push(aVR);
