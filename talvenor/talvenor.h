@@ -178,4 +178,6 @@
 #include "talvenor/dimse/CStoreRSP.h"
 #include "talvenor/dimse/DIMSE_C_Services.h"
 
+#include "talvenor/services/StandardStorage.h"
+#include "talvenor/services/StorageClasses.h"
 #include "talvenor/services/Verification.h"

@@ -5,6 +5,8 @@
 
 namespace
 {
+constexpr char kWrite[] = "::Write(): ";
+
 // The locks of datasets come before that of the log, as everywhere: see TNTrace::Dump.
 class LockForDump
 {
@@ -48,7 +50,7 @@ void TraceObject(const DIMSEMessage& theMessage, const char* theKind, const char
    }
 }
 
-void Trace(const DIMSEMessage& theMessage, const char* theMethod, const char* theVerb,
+void Trace(const char* theWriter, const char* theMethod, const DIMSEMessage& theMessage, const char* theVerb,
            const DICOMCommandObject* theCommand, const DICOMDataObject* theDataset)
 {
    if (!gTNTracer(TNTrace::TNTraceDimsec))
@@ -58,9 +60,18 @@ void Trace(const DIMSEMessage& theMessage, const char* theMethod, const char* th
    const LockForDump aCommandLock(theCommand);
    const LockForDump aDatasetLock(theDataset);
    LogEntry anEntry(gTNTracer);
-   anEntry << theMessage.itsClass << theMethod;
+   anEntry << theWriter << theMethod;
    TraceObject(theMessage, " Command ", theVerb, theCommand, aCommandLock.IsHeld());
    TraceObject(theMessage, " Dataset ", theVerb, theDataset, aDatasetLock.IsHeld());
+}
+
+void TraceOutcome(const char* theWriter, const char* theMethod, const char* theOutcome)
+{
+   if (gTNTracer(TNTrace::TNTraceDimsec))
+   {
+      LogEntry anEntry(gTNTracer);
+      anEntry << theWriter << theMethod << theOutcome << "\n";
+   }
 }
 
 int ReadDataset(const DIMSEMessage& theMessage, const DICOMCommandObject& theCommand, PDU_Service& theService,
@@ -76,21 +87,27 @@ int ReadDataset(const DIMSEMessage& theMessage, const DICOMCommandObject& theCom
 void TraceWritten(const DIMSEMessage& theMessage, const DICOMCommandObject* theCommand,
                   const DICOMDataObject* theDataset)
 {
-   Trace(theMessage, "::Write(): ", "Written", theCommand, theDataset);
+   Trace(theMessage.itsClass, kWrite, theMessage, "Written", theCommand, theDataset);
 }
 
 void TraceRead(const DIMSEMessage& theMessage, const DICOMCommandObject* theCommand, const DICOMDataObject* theDataset)
 {
-   Trace(theMessage, "::Read(): ", "Read", theCommand, theDataset);
+   Trace(theMessage.itsClass, "::Read(): ", theMessage, "Read", theCommand, theDataset);
 }
 
 void TraceWriting(const DIMSEMessage& theMessage, const char* theOutcome)
 {
-   if (gTNTracer(TNTrace::TNTraceDimsec))
-   {
-      LogEntry anEntry(gTNTracer);
-      anEntry << theMessage.itsClass << "::Write(): " << theOutcome << "\n";
-   }
+   TraceOutcome(theMessage.itsClass, kWrite, theOutcome);
+}
+
+void TraceWrittenBy(const char* thePrefix, const DIMSEMessage& theMessage, const DICOMCommandObject& theCommand)
+{
+   Trace(thePrefix, "", theMessage, "Written", &theCommand, nullptr);
+}
+
+void TraceWritingBy(const char* thePrefix, const char* theOutcome)
+{
+   TraceOutcome(thePrefix, "", theOutcome);
 }
 
 bool IsMessage(const DICOMCommandObject& theCommand, const DIMSEMessage& theMessage)

@@ -31,6 +31,10 @@ void TraceWritten(const DIMSEMessage& theMessage, const DICOMCommandObject* theC
 void TraceRead(const DIMSEMessage& theMessage, const DICOMCommandObject* theCommand, const DICOMDataObject* theDataset);
 void TraceWriting(const DIMSEMessage& theMessage, const char* theOutcome); // no dump
 
+// The same for a request whose data set is streamed, under the name of who sends it: the command set, or its outcome.
+void TraceWrittenBy(const char* thePrefix, const DIMSEMessage& theMessage, const DICOMCommandObject& theCommand);
+void TraceWritingBy(const char* thePrefix, const char* theOutcome);
+
 bool IsMessage(const DICOMCommandObject& theCommand, const DIMSEMessage& theMessage);
 bool HasDataset(const DICOMCommandObject& theCommand);
 

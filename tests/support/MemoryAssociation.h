@@ -13,15 +13,16 @@ class MemoryAssociation : public PDU_Service
 public:
    static constexpr const char* kExplicit = "1.2.840.10008.1.2.1";
 
-   // Context 1 is for theAbstractSyntax in explicit VR little endian, and the current one. theInput comes behind the
+   // Context 1 is for theAbstractSyntax in theSyntax, and the current one. theInput comes behind the
    // acceptance; then the peer is silent, and waiting for it ends at once with the time-out.
-   explicit MemoryAssociation(const std::string& theAbstractSyntax, const std::string& theInput = "")
+   explicit MemoryAssociation(const std::string& theAbstractSyntax, const std::string& theInput = "",
+                              const std::string& theSyntax = kExplicit)
        : PDU_Service(Factory())
    {
-      const std::string anInput = PDUBytes::Acceptance({{1, 0, kExplicit}}) + theInput;
+      const std::string anInput = PDUBytes::Acceptance({{1, 0, theSyntax}}) + theInput;
       auto* const aStream = new MemoryDULStream(ScriptedChannel({anInput.begin(), anInput.end()}, false));
       itsOutput = aStream->ShareOutput();
-      AddPresentationContextProposal(theAbstractSyntax, kExplicit);
+      AddPresentationContextProposal(theAbstractSyntax, theSyntax);
       RequestAssociation(aStream);
       SetCurrentPresentationContextID(1);
       itsSizeOfRequest = itsOutput->Everything().size();
