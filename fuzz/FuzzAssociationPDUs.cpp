@@ -97,7 +97,7 @@ bool ReadNext(Association& theAssociation, PDUInputStream& theStream)
    try
    {
       theStream.SkipRemaining();
-      return isStarted && !theStream.HasMoreData();
+      return isStarted;
    }
    catch (const StreamIOException&)
    {

@@ -13,6 +13,8 @@ namespace
 // A header, and the body of the smallest PDU but one: reading that far ahead waits for nothing that does not come.
 constexpr unsigned int kReadAheadOfHeader = 10;
 
+constexpr char kEndInSkip[] = "PDUInputStream::Skip: EOF before end of PDU data";
+
 void TraceStep(const char* theText)
 {
    if (gTNTracer(TNTrace::TNTracePDUVerbose))
@@ -167,7 +169,7 @@ unsigned int PDUInputStream::Skip(unsigned int theCount)
       {
          if (aTotal != 0)
          {
-            RaiseULFailure("PDUInputStream::Skip: EOF before end of PDU data", TN_END_OF_FILE);
+            RaiseULFailure(kEndInSkip, TN_END_OF_FILE);
          }
          break;
       }
@@ -214,7 +216,17 @@ unsigned int PDUInputStream::DULRead(unsigned int& theValue)
 
 int PDUInputStream::DiscardPDU()
 {
-   return Start() && SkipRemaining() > 0;
+   return Start() && Skip(itsRemainingLength) > 0;
+}
+
+unsigned int PDUInputStream::SkipRemaining()
+{
+   const UINT32 aLength = itsRemainingLength;
+   if (Skip(aLength) != aLength)
+   {
+      RaiseULFailure(kEndInSkip, TN_END_OF_FILE);
+   }
+   return aLength;
 }
 
 unsigned int PDUInputStream::GetPreferredInputBlockSize() const

@@ -62,8 +62,9 @@ public:
 
    // Starts and skips the rest of the PDU. Non-zero when there was something to skip.
    int DiscardPDU();
-   // An addition: skips the rest of the current PDU, without Start and its test. Returns the number of bytes.
-   unsigned int SkipRemaining() { return Skip(itsRemainingLength); }
+   // An addition: skips the rest of the current PDU, without Start and its test. Returns the number of bytes; throws
+   // (TN_END_OF_FILE) when the connection ends before, so that who skips PDU after PDU comes to an end.
+   unsigned int SkipRemaining();
 
    // The greatest PDU length that is accepted, in bytes; 0: any. 1 to 7 become 8.
    UINT32 GetMaxPDUReceiveLength() const { return itsMaxPDUReceiveLength; }

@@ -144,6 +144,8 @@ TEST(PDUInputStream, TheEndInsideABodyIsToldByTheCallThatSeesIt)
                 (StreamError{aCase.itsText, TN_END_OF_FILE, 0}));
       EXPECT_EQ(aPeer.Stream().GetRemainingLength(), 11u);
       EXPECT_EQ(aCase.itsOperation(aPeer.Stream(), 16), 0u) << "nothing in this call";
+      EXPECT_EQ(aPeer.Stream().Start(), 1) << "still inside";
+      EXPECT_EQ(StreamErrorOf([&] { aPeer.Stream().SkipRemaining(); }).itsCode, TN_END_OF_FILE);
    }
 }
 
