@@ -1,5 +1,5 @@
-// A-ABORT (PS3.8 9.3.8): ends the association at once, and says who found what reason. Any two bytes can be received and
-// sent; the enumerations name those of the standard.
+// A-ABORT (PS3.8 9.3.8): ends the association at once, and says who found what reason. Any two bytes can be received,
+// and sent; the enumerations name those of the standard.
 #pragma once
 
 #include "talvenor/ul/ULPDU.h"

@@ -45,7 +45,7 @@ public:
    const PresentationContextItem* GetPresentationContextItem(unsigned char theID) const;
    PresentationContextItem* GetPresentationContextItem(unsigned char theID);
 
-   // Appends the context, which gets the next odd ID: 1, 3, ... 255. The pointer form takes it over, also when it throws,
+   // Appends the context, which gets the next odd ID: 1, 3, ... 255. The pointer form takes it over, also if it throws,
    // and it can be changed as long as it is listed. Throws TNRuntimeException when there are 128.
    void AddPresentationContext(PresentationContextItem* theContext);
    void AddPresentationContext(const PresentationContextItem& theContext);
