@@ -122,6 +122,11 @@ bool SetNoDelay(int theSocket)
    return SetOption(theSocket, IPPROTO_TCP, TCP_NODELAY, 1);
 }
 
+void AcknowledgeNow(int theSocket)
+{
+   SetOption(theSocket, IPPROTO_TCP, TCP_QUICKACK, 1); // of no consequence where it fails
+}
+
 bool SetAddressReusable(int theSocket)
 {
    return SetOption(theSocket, SOL_SOCKET, SO_REUSEADDR, 1);

@@ -61,6 +61,7 @@ bool GetBufferSize(int theSocket, SocketBuffer theBuffer, int& theSize);
 
 bool SetBlocking(int theSocket, bool isBlocking);
 bool SetNoDelay(int theSocket);         // small packets leave at once: no Nagle algorithm
+void AcknowledgeNow(int theSocket);     // what has been received, if that is still to be done
 bool SetAddressReusable(int theSocket); // a port may be listened on again while old connections on it die away
 
 bool BindTo(int theSocket, const IPv4Address& theAddress);

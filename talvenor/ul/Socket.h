@@ -204,6 +204,7 @@ private:
    bool itsIsListened = false;
    bool itsInputIsConnected = false;
    bool itsOutputIsConnected = false;
+   bool itsOwesAcknowledgement = false; // bytes were received since the last were sent
    int itsTimeout = itsDefaultTimeout;
    int itsAbortPollInterval = itsDefaultAbortPollInterval;
    std::atomic<int> itsAbortRequestedFlag{0};

@@ -122,6 +122,13 @@ int Socket::Receive(const TNPlatform::MutableBlock (&theBlocks)[2])
       {
          return FailedTransfer(TN_SYSTEM_CALL_FAILED, anError);
       }
+      if (itsOwesAcknowledgement)
+      {
+         // A peer with the Nagle algorithm holds the rest of its message back until we acknowledge the beginning, which
+         // the system puts off for 40 ms.
+         itsOwesAcknowledgement = false;
+         TNPlatform::AcknowledgeNow(itsConnectionSocket);
+      }
       const SocketRules::WaitResult aResult = Wait(aWait, itsConnectionSocket, TNPlatform::WaitFor::kInput);
       if (aResult != SocketRules::WaitResult::kReady)
       {
@@ -139,6 +146,7 @@ int Socket::Received(const TNPlatform::MutableBlock (&theBlocks)[2], int theCoun
    {
       TraceBytes(theBlocks, static_cast<std::size_t>(theCount));
    }
+   itsOwesAcknowledgement = true;
    Succeeded();
    return theCount;
 }
@@ -231,6 +239,7 @@ std::ptrdiff_t Socket::SendSome(const TNPlatform::ConstBlock* theBlocks, std::si
       const std::ptrdiff_t aCount = TNPlatform::SendNow(itsConnectionSocket, theBlocks, theBlockCount);
       if (aCount >= 0)
       {
+         itsOwesAcknowledgement = false; // it went along
          SocketTrace::Line(TNTrace::TNTraceSocket, "Socket: sent ", aCount, " bytes on socket ", itsConnectionSocket);
          return aCount;
       }

@@ -13,12 +13,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "support/AssociationBytes.h"
+#include "support/PDUBytes.h"
 #include "support/RunTn.h"
 #include "support/TemporaryDirectory.h"
 #include "talvenor/ul/Socket.h"
 
-using namespace AssociationBytes;
+using namespace PDUBytes;
 using namespace std::string_literals;
 
 namespace

@@ -5,10 +5,10 @@
 #include <memory>
 #include <thread>
 
-#include "support/AssociationBytes.h"
 #include "support/Elements.h"
 #include "support/FakeClock.h"
 #include "support/MemoryDULStream.h"
+#include "support/PDUBytes.h"
 #include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/pixel/EncapsulatedPixelVR.h"
 #include "talvenor/transfer/InputTransferSyntax.h"
@@ -18,7 +18,7 @@
 
 namespace
 {
-using namespace AssociationBytes;
+using namespace PDUBytes;
 using Status = PDU_Service::AssociationStatus;
 
 const std::string kVerification = "1.2.840.10008.1.1";

@@ -110,6 +110,7 @@ TEST(Part10OutputStream, WritesNothingOfAHeaderThatLacksAUID)
 class FailingOutputStream : public RecordingOutputStream
 {
 public:
+   using OutputStream::Write;
    void Write(const unsigned char* theBytes, unsigned int theCount) override
    {
       FailIf(itsFault == 'W');
