@@ -11,6 +11,7 @@ using TNPlatform::FileInformation;
 
 namespace
 {
+constexpr std::size_t kPageSize = 4096; // of the cache of the system
 
 struct ModeRow
 {
@@ -329,20 +330,32 @@ bool FileStreamBuffer::WriteBytes(const unsigned char* theBytes, std::size_t the
       return false;
    }
    const char* aBytes = reinterpret_cast<const char*>(theBytes);
-   const bool isStraight = theCount >= itsSize;
-   if (isStraight || theCount > static_cast<std::size_t>(epptr() - pptr()))
+   const std::size_t aStraight = StraightCount(theCount);
+   if (aStraight != 0 || theCount > static_cast<std::size_t>(epptr() - pptr()))
    {
-      if (!WritePendingAnd(isStraight ? aBytes : nullptr, isStraight ? theCount : 0))
+      if (!WritePendingAnd(aStraight != 0 ? aBytes : nullptr, aStraight))
       {
          return false;
       }
    }
-   if (!isStraight && theCount > 0)
+   if (const std::size_t aRest = theCount - aStraight; aRest > 0)
    {
-      std::memcpy(pptr(), aBytes, theCount);
-      pbump(static_cast<int>(theCount));
+      std::memcpy(pptr(), aBytes + aStraight, aRest);
+      pbump(static_cast<int>(aRest));
    }
    return true;
+}
+
+// How many of theCount bytes go to the file from where they are: none of a small piece, and of a large one all up to the
+// last boundary of a page. Writes that end within pages cost the system twice the work.
+std::size_t FileStreamBuffer::StraightCount(std::size_t theCount) const
+{
+   if (theCount < itsSize)
+   {
+      return 0;
+   }
+   const std::size_t aRest = (itsPosition + static_cast<UINT64>(pptr() - pbase()) + theCount) % kPageSize;
+   return aRest <= itsSize && aRest < theCount ? theCount - aRest : theCount;
 }
 
 // Writes what is buffered and theBytes behind it, together where the system can. What is buffered and cannot be written

@@ -114,6 +114,7 @@ private:
 
    bool StartWriting();
    bool WritePending() { return WritePendingAnd(nullptr, 0); }
+   std::size_t StraightCount(std::size_t theCount) const;
    bool WritePendingAnd(const char* theBytes, std::size_t theCount);
    std::ptrdiff_t WriteOnce(const char* theFirst, std::size_t theFirstCount, const char* theSecond,
                             std::size_t theSecondCount);
