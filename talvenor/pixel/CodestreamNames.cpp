@@ -92,7 +92,7 @@ constexpr BoxRow kBoxes[] = {
     {FourCharacters("jp2h"), true, "JP2 header"},
     {FourCharacters("ihdr"), false, "Image header"},
     {FourCharacters("bpcc"), false, "Bits per component"},
-    {FourCharacters("colr"), false, "Colour specification"},
+    {FourCharacters("colr"), false, "Colour space"},
     {FourCharacters("pclr"), false, "Palette"},
     {FourCharacters("cmap"), false, "Component mapping"},
     {FourCharacters("cdef"), false, "Channel definition"},

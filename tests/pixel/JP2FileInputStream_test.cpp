@@ -217,7 +217,7 @@ TEST(JP2FileInputStream, BoxesAndMarkersAreDumped)
         "         0  jP                    12  JPEG 2000 signature\n"
         "        12  jp2h                  45  JP2 header\n"
         "        20    ihdr                22  Image header: 768 x 512, 3 components, 8 bits\n"
-        "        42    colr                15  Colour specification: sRGB\n"
+        "        42    colr                15  Colour space: sRGB\n"
         "        57  jp2c                   0  Contiguous codestream\n"
         "        65    SOC                     Start of codestream\n"
         "        67    SIZ                  4  Image and tile size\n"
