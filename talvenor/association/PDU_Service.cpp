@@ -268,6 +268,9 @@ void PDU_Service::TraceResultCode(const char* thePrefix) const
 {
    if (gTNTracer(TNTrace::TNTracePDU))
    {
-      startentry(gTNTracer) << thePrefix << TNResult::Describe(itsResultCode) << "\n" << endentry;
+      const RWCString anError = itsResultCode == TN_SYSTEM_CALL_FAILED
+                                    ? " (System error code " + std::to_string(itsSystemErrorCode) + ")"
+                                    : RWCString();
+      startentry(gTNTracer) << thePrefix << TNResult::Describe(itsResultCode) << anError << "\n" << endentry;
    }
 }
