@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "apps/tn/DirectoryRecordTypes.h"
+#include "apps/tn/DirectoryTags.h"
 #include "apps/tn/InstanceHeader.h"
 #include "apps/tn/Tags.h"
 #include "talvenor/dataset/DICOMDataObject.h"
@@ -22,18 +23,6 @@
 
 namespace
 {
-constexpr UINT32 kFileSetID = 0x00041130;
-constexpr UINT32 kFirstRootOffset = 0x00041200;
-constexpr UINT32 kLastRootOffset = 0x00041202;
-constexpr UINT32 kConsistency = 0x00041212;
-constexpr UINT32 kRecords = 0x00041220;
-constexpr UINT32 kNextOffset = 0x00041400;
-constexpr UINT32 kInUse = 0x00041410;
-constexpr UINT32 kLowerOffset = 0x00041420;
-constexpr UINT32 kRecordType = 0x00041430;
-constexpr UINT32 kReferencedFileID = 0x00041500;
-constexpr UINT32 kReferencedClass = 0x00041510;
-constexpr UINT32 kReferencedInstance = 0x00041511;
 constexpr UINT32 kReferencedSyntax = 0x00041512;
 
 constexpr UINT32 kPatientName = 0x00100010;

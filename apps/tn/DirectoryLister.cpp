@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "apps/tn/DirectoryTags.h"
 #include "apps/tn/FileID.h"
 #include "apps/tn/Tags.h"
 #include "talvenor/dataset/DICOMDataObject.h"
@@ -13,15 +14,6 @@
 
 namespace
 {
-constexpr UINT32 kFirstRootOffset = 0x00041200;
-constexpr UINT32 kLastRootOffset = 0x00041202;
-constexpr UINT32 kRecords = 0x00041220;
-constexpr UINT32 kNextOffset = 0x00041400;
-constexpr UINT32 kInUse = 0x00041410;
-constexpr UINT32 kLowerOffset = 0x00041420;
-constexpr UINT32 kRecordType = 0x00041430;
-constexpr UINT32 kReferencedFileID = 0x00041500;
-
 constexpr std::size_t kDeepestIndentation = 16; // levels; chains of records can be as deep as they are many
 
 // What is told of a record, and how: each text stands around the value of an attribute, if that is not empty.
