@@ -31,8 +31,9 @@ struct Node::Connection
    bool itsIsServed; // rather than refused
 };
 
-Node::Node(const Settings& theSettings)
-    : itsSettings(theSettings), itsPrototype(SocketDULStreamFactory::GetInstance(), nullptr)
+Node::Node(const Settings& theSettings, NodeRoleMakers theRoles)
+    : itsSettings(theSettings), itsRoles(std::move(theRoles)),
+      itsPrototype(SocketDULStreamFactory::GetInstance(), nullptr)
 {
    if (!itsSettings.itsPolicy.empty() && !itsPrototype.InitializeFrom(itsSettings.itsPolicy.c_str()))
    {
@@ -92,7 +93,14 @@ void Node::ServeOnThread(void* theConnection)
    {
       auto aStream =
           std::make_unique<GuardedStream>(aConnection->itsHandle, aNode.itsDeadlines, aNode.itsSettings.itsLimits);
-      NodeService(aNode.itsPrototype, !aConnection->itsIsServed).Serve(aStream.release());
+      if (aConnection->itsIsServed)
+      {
+         NodeService(aNode.itsPrototype, aNode.itsRoles).Serve(aStream.release());
+      }
+      else
+      {
+         NodeService(aNode.itsPrototype, {}).Refuse(aStream.release());
+      }
    }
    catch (const std::exception& anError) // of memory, for example
    {

@@ -7,6 +7,7 @@
 
 #include "apps/tn/Deadlines.h"
 #include "apps/tn/GuardedStream.h"
+#include "apps/tn/NodeRole.h"
 #include "talvenor/association/CheckedPDU_Service.h"
 #include "talvenor/ul/Socket.h"
 
@@ -24,7 +25,7 @@ public:
    };
 
    // Listens. Throws std::runtime_error when the port is taken or the policy cannot be read.
-   explicit Node(const Settings& theSettings);
+   Node(const Settings& theSettings, NodeRoleMakers theRoles);
    ~Node();
 
    int GetPort() const { return itsListener.GetListenPort(); }
@@ -48,6 +49,7 @@ private:
    static void ServeOnThread(void* theConnection);
 
    Settings itsSettings;
+   NodeRoleMakers itsRoles; // of each association
    CheckedPDU_Service itsPrototype; // of the services: its lists are read once
    Socket itsListener;
    std::atomic<bool> itsIsStopped = false;

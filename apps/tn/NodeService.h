@@ -1,21 +1,25 @@
 // The association of a peer with this node: what it accepts, and what it says of it in the log.
 #pragma once
 
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "apps/tn/GuardedStream.h"
+#include "apps/tn/NodeRole.h"
 #include "talvenor/association/CheckedPDU_Service.h"
 
 class NodeService : public CheckedPDU_Service
 {
 public:
-   // thePrototype has the lists of what is accepted; theIsFull says that the request is to be refused.
-   NodeService(const CheckedPDU_Service& thePrototype, bool theIsFull)
-       : CheckedPDU_Service(thePrototype), itsIsFull(theIsFull)
-   {}
+   // thePrototype has the lists of what is accepted.
+   NodeService(const CheckedPDU_Service& thePrototype, const NodeRoleMakers& theRoles);
 
    // Serves the association on theStream, which is taken, to its end.
    void Serve(GuardedStream* theStream);
+
+   // Answers the request on theStream, which is taken, with a refusal: there are too many associations.
+   void Refuse(GuardedStream* theStream);
 
    int ShouldIAcceptAbstractSyntax(const AbstractSyntaxSubItem& theSyntax, unsigned char& theSCPRole,
                                    unsigned char& theSCURole) override;
@@ -25,8 +29,10 @@ protected:
 
 private:
    void ServeCommands(GuardedStream& theStream);
+   bool ServeCommand(DICOMCommandObject& theCommand);
+   NodeRole* FindRole(const RWCString& theSOPClass) const;
+   std::string Describe(TNResultCode theEnd) const;
    void Log(const std::string& theText) const;
 
-   bool itsIsFull;
-   unsigned long itsEchoes = 0;
+   std::vector<std::unique_ptr<NodeRole>> itsRoles;
 };

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "apps/tn/Dictionaries.h"
+#include "apps/tn/EchoRole.h"
 #include "apps/tn/ExitCode.h"
 #include "apps/tn/Peer.h"
 
@@ -64,7 +65,7 @@ int ServeCommand::Run()
    {
       LoadDictionaries("");
       itsTracing.Begin();
-      Node aNode(itsSettings);
+      Node aNode(itsSettings, {[] { return std::make_unique<EchoRole>(); }});
       gNode = &aNode;
       std::signal(SIGTERM, Stop);
       std::signal(SIGINT, Stop);

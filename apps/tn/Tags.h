@@ -4,6 +4,18 @@
 #include "talvenor/dataset/DICOMObject.h"
 #include "talvenor/foundation/BasicTypes.h"
 
+// Of command sets (PS3.7 E.1).
+namespace CommandTag
+{
+inline constexpr UINT32 kAffectedSOPClassUID = 0x00000002;
+inline constexpr UINT32 kRequestedSOPClassUID = 0x00000003;
+inline constexpr UINT32 kCommandField = 0x00000100;
+inline constexpr UINT32 kMessageID = 0x00000110;
+inline constexpr UINT32 kStatus = 0x00000900;
+inline constexpr UINT32 kErrorComment = 0x00000902;
+inline constexpr UINT32 kAffectedSOPInstanceUID = 0x00001000;
+} // namespace CommandTag
+
 inline UINT16 GroupOf(UINT32 theTag)
 {
    return static_cast<UINT16>(theTag >> 16);

@@ -1,0 +1,32 @@
+// A service that a node gives to its peers: Verification, Storage, ... One object serves one association, on its thread.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "talvenor/foundation/BasicTypes.h"
+
+class DICOMCommandObject;
+class PDU_Service;
+
+class NodeRole
+{
+public:
+   virtual ~NodeRole() = default;
+
+   // Whether a presentation context for theSOPClass is accepted, and its commands are for this role.
+   virtual bool Accepts(const RWCString& theSOPClass) const = 0;
+
+   // Serves a command of such a SOP class with all its messages. 0 when the association cannot go on, with the cause in
+   // the result code of theService; a request that has been answered with a refusal is served.
+   virtual int Serve(PDU_Service& theService, DICOMCommandObject& theCommand) = 0;
+
+   // What has been done, for the log at the end of the association ("12 stored, 1 refused"); empty for nothing.
+   virtual std::string Describe() const = 0;
+};
+
+// Makes the role for an association with the peer; of any thread.
+using NodeRoleMaker = std::function<std::unique_ptr<NodeRole>()>;
+using NodeRoleMakers = std::vector<NodeRoleMaker>;
