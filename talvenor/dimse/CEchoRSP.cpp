@@ -15,7 +15,8 @@ int CEchoRSP::Write(PDU_Service& theService, const DICOMCommandObject& theReques
    }
    TakeRequestSOPClass(theRequest, aSOPClass);
    DICOMCommandObject aCommand;
-   CommandSetBuilder(aCommand).PushResponse(kCEchoRSP, aSOPClass, theRequest, DataSetType::kNoDataset, theStatus);
+   CommandSetBuilder(aCommand).PushResponse(kCEchoRSP.itsField, aSOPClass, theRequest, DataSetType::kNoDataset,
+                                            theStatus);
    TraceWritten(kCEchoRSP, &aCommand, nullptr);
    return SendResponse(theService, aCommand, 1);
 }

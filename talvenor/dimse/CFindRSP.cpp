@@ -53,7 +53,7 @@ int CFindRSP::WriteCommand(PDU_Service& theService, const DICOMCommandObject& th
    TakeRequestSOPClass(theRequest, theSOPClass);
    DICOMCommandObject aCommand;
    CommandSetBuilder aBuilder(aCommand);
-   aBuilder.PushResponse(kCFindRSP, theSOPClass, theRequest, theDataSetType, theStatus);
+   aBuilder.PushResponse(kCFindRSP.itsField, theSOPClass, theRequest, theDataSetType, theStatus);
    aBuilder.PushExplanation(theErrorComment, theOffending);
    TraceWritten(kCFindRSP, &aCommand, nullptr);
    return SendResponse(theService, aCommand, theDataSetType != DataSetType::kDataset);

@@ -46,7 +46,7 @@ int CMoveRSP::WriteCommand(PDU_Service& theService, const DICOMCommandObject& th
    TakeRequestSOPClass(theRequest, theSOPClass);
    DICOMCommandObject aCommand;
    CommandSetBuilder aBuilder(aCommand);
-   aBuilder.PushResponse(kCMoveRSP, theSOPClass, theRequest, theDataSetType, theStatus);
+   aBuilder.PushResponse(kCMoveRSP.itsField, theSOPClass, theRequest, theDataSetType, theStatus);
    if (theStatus == kPending)
    {
       aBuilder.PushUS(CommandElement::RemainingSuboperations, theRemaining);

@@ -22,7 +22,7 @@ int CStoreRSP::Write(PDU_Service& theService, const DICOMCommandObject& theReque
 
    DICOMCommandObject aCommand;
    CommandSetBuilder aBuilder(aCommand);
-   aBuilder.PushResponse(kCStoreRSP, aSOPClass, theRequest, DataSetType::kNoDataset, theStatus);
+   aBuilder.PushResponse(kCStoreRSP.itsField, aSOPClass, theRequest, DataSetType::kNoDataset, theStatus);
    aBuilder.PushUI(CommandElement::AffectedSOPInstanceUID, UID(anInstance));
    aBuilder.PushExplanation(theErrorComment, theOffending);
    TraceWritten(kCStoreRSP, &aCommand, nullptr);

@@ -7,6 +7,7 @@
 namespace CommandElement
 {
 inline constexpr UINT16 AffectedSOPClassUID = 0x0002;
+inline constexpr UINT16 RequestedSOPClassUID = 0x0003;
 inline constexpr UINT16 CommandField = 0x0100;
 inline constexpr UINT16 MessageID = 0x0110;
 inline constexpr UINT16 MessageIDBeingRespondedTo = 0x0120;
@@ -17,6 +18,10 @@ inline constexpr UINT16 Status = 0x0900;
 inline constexpr UINT16 OffendingElement = 0x0901;
 inline constexpr UINT16 ErrorComment = 0x0902;
 inline constexpr UINT16 AffectedSOPInstanceUID = 0x1000;
+inline constexpr UINT16 RequestedSOPInstanceUID = 0x1001;
+inline constexpr UINT16 EventTypeID = 0x1002;
+inline constexpr UINT16 AttributeIdentifierList = 0x1005;
+inline constexpr UINT16 ActionTypeID = 0x1008;
 inline constexpr UINT16 RemainingSuboperations = 0x1020;
 inline constexpr UINT16 CompletedSuboperations = 0x1021;
 inline constexpr UINT16 FailedSuboperations = 0x1022;

@@ -24,23 +24,31 @@ CommandSetBuilder::CommandSetBuilder(DICOMCommandObject& theCommand)
 
 UINT16 CommandSetBuilder::PushRequest(const DIMSEMessage& theMessage, const UID& theSOPClass)
 {
+   return PushRequest(theMessage.itsField, CommandElement::AffectedSOPClassUID, theSOPClass,
+                      theMessage.itsHasDataset ? DataSetType::kDataset : DataSetType::kNoDataset,
+                      theMessage.itsHasDataset);
+}
+
+UINT16 CommandSetBuilder::PushRequest(UINT16 theField, UINT16 theSOPClassElement, const UID& theSOPClass,
+                                      UINT16 theDataSetType, bool theHasPriority)
+{
    const UINT16 aMessageID = NextMessageID();
-   PushUI(CommandElement::AffectedSOPClassUID, theSOPClass);
-   PushUS(CommandElement::CommandField, theMessage.itsField);
+   PushUI(theSOPClassElement, theSOPClass);
+   PushUS(CommandElement::CommandField, theField);
    PushUS(CommandElement::MessageID, aMessageID);
-   if (theMessage.itsHasDataset)
+   if (theHasPriority)
    {
       PushUS(CommandElement::Priority, kMediumPriority);
    }
-   PushUS(CommandElement::DataSetType, theMessage.itsHasDataset ? DataSetType::kDataset : DataSetType::kNoDataset);
+   PushUS(CommandElement::DataSetType, theDataSetType);
    return aMessageID;
 }
 
-void CommandSetBuilder::PushResponse(const DIMSEMessage& theMessage, const UID& theSOPClass,
-                                     const DICOMCommandObject& theRequest, UINT16 theDataSetType, UINT16 theStatus)
+void CommandSetBuilder::PushResponse(UINT16 theField, const UID& theSOPClass, const DICOMCommandObject& theRequest,
+                                     UINT16 theDataSetType, UINT16 theStatus)
 {
    PushUI(CommandElement::AffectedSOPClassUID, theSOPClass);
-   PushUS(CommandElement::CommandField, theMessage.itsField);
+   PushUS(CommandElement::CommandField, theField);
    PushUS(CommandElement::MessageIDBeingRespondedTo, theRequest.GetUINT16(0, CommandElement::MessageID));
    PushUS(CommandElement::DataSetType, theDataSetType);
    PushUS(CommandElement::Status, theStatus);

@@ -18,9 +18,11 @@ public:
    // theCommand is borrowed, emptied and made little endian.
    explicit CommandSetBuilder(DICOMCommandObject& theCommand);
 
-   // Returns the Message ID that the request has taken.
+   // Return the Message ID that the request has taken. DIMSE-N names the SOP class in an element of the service.
    UINT16 PushRequest(const DIMSEMessage& theMessage, const UID& theSOPClass);
-   void PushResponse(const DIMSEMessage& theMessage, const UID& theSOPClass, const DICOMCommandObject& theRequest,
+   UINT16 PushRequest(UINT16 theField, UINT16 theSOPClassElement, const UID& theSOPClass, UINT16 theDataSetType,
+                      bool theHasPriority);
+   void PushResponse(UINT16 theField, const UID& theSOPClass, const DICOMCommandObject& theRequest,
                      UINT16 theDataSetType, UINT16 theStatus);
 
    // What explains a failure, where there is something to say.

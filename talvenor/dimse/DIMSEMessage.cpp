@@ -110,10 +110,10 @@ void TraceWritingBy(const char* thePrefix, const char* theOutcome)
    TraceOutcome(thePrefix, "", theOutcome);
 }
 
-bool IsMessage(const DICOMCommandObject& theCommand, const DIMSEMessage& theMessage)
+bool IsMessage(const DICOMCommandObject& theCommand, UINT16 theField)
 {
    UINT16 aField = 0;
-   return theCommand.GetUINT16(0, CommandElement::CommandField, aField) && aField == theMessage.itsField;
+   return theCommand.GetUINT16(0, CommandElement::CommandField, aField) && aField == theField;
 }
 
 bool HasDataset(const DICOMCommandObject& theCommand)
@@ -124,7 +124,7 @@ bool HasDataset(const DICOMCommandObject& theCommand)
 
 int RecogniseMessage(const DIMSEMessage& theMessage, const DICOMCommandObject& theCommand)
 {
-   if (!IsMessage(theCommand, theMessage))
+   if (!IsMessage(theCommand, theMessage.itsField))
    {
       return 0;
    }
@@ -134,7 +134,7 @@ int RecogniseMessage(const DIMSEMessage& theMessage, const DICOMCommandObject& t
 
 bool RequireMessage(const DIMSEMessage& theMessage, const DICOMCommandObject& theCommand, PDU_Service& theService)
 {
-   if (!IsMessage(theCommand, theMessage))
+   if (!IsMessage(theCommand, theMessage.itsField))
    {
       theService.SetResultCode(TN_COMMAND_NOT_SUPPORTED);
       return false;
@@ -185,10 +185,10 @@ int SendResponse(PDU_Service& theService, DICOMObject& theObject, int theFinishP
    return theService.Write(theObject, theService.GetCurrentPresentationContextID(), theFinishPDU);
 }
 
-bool TakeRequestSOPClass(const DICOMCommandObject& theRequest, UID& theSOPClass)
+bool TakeRequestSOPClass(const DICOMCommandObject& theRequest, UID& theSOPClass, UINT16 theElement)
 {
    RWCString aText;
-   if (!theRequest.GetString(0, CommandElement::AffectedSOPClassUID, aText))
+   if (!theRequest.GetString(0, theElement, aText))
    {
       return false;
    }

@@ -6,6 +6,7 @@
 #include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dictionary/UID.h"
+#include "talvenor/dimse/CommandElement.h"
 
 struct DIMSEMessage
 {
@@ -35,7 +36,7 @@ void TraceWriting(const DIMSEMessage& theMessage, const char* theOutcome); // no
 void TraceWrittenBy(const char* thePrefix, const DIMSEMessage& theMessage, const DICOMCommandObject& theCommand);
 void TraceWritingBy(const char* thePrefix, const char* theOutcome);
 
-bool IsMessage(const DICOMCommandObject& theCommand, const DIMSEMessage& theMessage);
+bool IsMessage(const DICOMCommandObject& theCommand, UINT16 theField);
 bool HasDataset(const DICOMCommandObject& theCommand);
 
 // A message that goes without a data set, as an answer to Read. Sets no result code.
@@ -59,9 +60,10 @@ int SendRequest(PDU_Service& theService, DICOMCommandObject& theCommand, DICOMDa
 // Sends one object of a response on the current context.
 int SendResponse(PDU_Service& theService, DICOMObject& theObject, int theFinishPDU);
 
-// Replaces theSOPClass by the one that theRequest names. False when the request has no such element; an empty one changes
-// nothing.
-bool TakeRequestSOPClass(const DICOMCommandObject& theRequest, UID& theSOPClass);
+// Replaces theSOPClass by the one that theRequest names in theElement. False when the request has no such element; an
+// empty one changes nothing.
+bool TakeRequestSOPClass(const DICOMCommandObject& theRequest, UID& theSOPClass,
+                         UINT16 theElement = CommandElement::AffectedSOPClassUID);
 
 // The SOP class of the service that theClass serves, TN_SOP_CLASS_UNSUPPORTED when it has none.
 template <class MessageClass>

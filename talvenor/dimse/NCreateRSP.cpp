@@ -1,0 +1,49 @@
+#include "talvenor/dimse/NCreateRSP.h"
+
+#include "talvenor/dimse/NMessage.h"
+
+int NCreateRSP::Write(PDU_Service& theService, const DICOMCommandObject& theRequest, const UID& theInstance,
+                      DICOMDataObject& theAttributes, UINT16 theStatus, const RWCString& theErrorComment,
+                      const RWTValOrderedVector<MAttributeTag>& theOffending) const
+{
+   UID aSOPClass;
+   return WriteCommand(theService, theRequest, theInstance, theStatus, theErrorComment, theOffending,
+                       DataSetType::kDataset, aSOPClass) &&
+          SendNResponseDataset(kNCreate, theService, theAttributes);
+}
+
+int NCreateRSP::Write(PDU_Service& theService, const DICOMCommandObject& theRequest, const UID& theInstance,
+                      UINT16 theStatus, const RWCString& theErrorComment,
+                      const RWTValOrderedVector<MAttributeTag>& theOffending) const
+{
+   UID aSOPClass;
+   return WriteCommand(theService, theRequest, theInstance, theStatus, theErrorComment, theOffending,
+                       DataSetType::kNoDataset, aSOPClass);
+}
+
+int NCreateRSP::Write(PDU_Service& theService, const DICOMCommandObject& theRequest, const UID& theInstance,
+                      DICOMDataObject& theAttributes, UINT16 theStatus) const
+{
+   return Write(theService, theRequest, theInstance, theAttributes, theStatus, "", {});
+}
+
+int NCreateRSP::Write(PDU_Service& theService, const DICOMCommandObject& theRequest, const UID& theInstance,
+                      UINT16 theStatus) const
+{
+   return Write(theService, theRequest, theInstance, theStatus, "", {});
+}
+
+int NCreateRSP::WriteCommand(PDU_Service& theService, const DICOMCommandObject& theRequest, const UID& theInstance,
+                             UINT16 theStatus, const RWCString& theErrorComment,
+                             const RWTValOrderedVector<MAttributeTag>& theOffending, UINT16 theDataSetType,
+                             UID& theSOPClass) const
+{
+   const NResponse aResponse = {theRequest, theInstance, theStatus, theErrorComment, theOffending, theDataSetType};
+   return WriteNResponse(*this, kNCreate, theService, aResponse, theSOPClass);
+}
+
+int NCreateRSP::Read(const DICOMCommandObject& theCommand, PDU_Service& theService,
+                     DICOMDataObject& theAttributes) const
+{
+   return ReadNResponse(kNCreate, theCommand, theService, theAttributes);
+}

@@ -1,0 +1,34 @@
+// The N-EVENT-REPORT request (PS3.7 10.3.1). See DIMSE_N_Services.h for what the messages have in common.
+#pragma once
+
+#include "talvenor/foundation/BasicTypes.h"
+
+class DICOMCommandObject;
+class DICOMDataObject;
+class PDU_Service;
+class UID;
+
+class TALVENOR_API NEventReportRQ
+{
+public:
+   // Sets the SOP class of the service; 0 when it has no fixed one.
+   virtual int GetUID(UID& theUID) const = 0;
+
+   // Sends the request, with what there is to tell about the event or without. TN_SOP_CLASS_UNSUPPORTED when there is no SOP
+   // class.
+   int Write(PDU_Service& theService, DICOMDataObject& theEventInformation, const UID& theInstance,
+             UINT16 theEventTypeID) const;
+   int Write(PDU_Service& theService, const UID& theInstance, UINT16 theEventTypeID) const;
+
+   // Whether theCommand is this request. Replaces the contents of theEventInformation by the data set that follows it;
+   // without one, theEventInformation is unchanged. 0 without a result code when it is another message.
+   int Read(const DICOMCommandObject& theCommand, PDU_Service& theService, DICOMDataObject& theEventInformation) const;
+
+protected:
+   // Sends the command set alone. theDataSetType is 0x0102 when a data set will follow, which keeps the PDU open, and 0x0101
+   // otherwise. theSOPClass is set to what the message names.
+   int WriteCommand(PDU_Service& theService, const UID& theInstance, UINT16 theEventTypeID, UINT16 theDataSetType,
+                    UID& theSOPClass) const;
+
+   ~NEventReportRQ() = default; // no virtual destructor: nobody owns a service through one of its messages
+};
