@@ -1,7 +1,6 @@
 #include "talvenor/services/StandardStorage.h"
 
-#include <algorithm>
-#include <iterator>
+#include <utility>
 
 #include "talvenor/association/PDU_Service.h"
 #include "talvenor/association/PresentationContextUsageManager.h"
@@ -11,6 +10,8 @@
 #include "talvenor/dimse/DIMSEMessage.h"
 #include "talvenor/foundation/AETitle.h"
 #include "talvenor/foundation/StreamIOException.h"
+#include "talvenor/services/ServiceRequest.h"
+#include "talvenor/services/StorageStatus.h"
 #include "talvenor/transfer/InputTransferSyntax.h"
 #include "talvenor/transfer/OutputTransferSyntax.h"
 #include "talvenor/transfer/TransferSyntaxManager.h"
@@ -20,18 +21,8 @@ namespace
 {
 constexpr UINT16 kCannotUnderstand = 0xC006; // of the failures C000 to CFFF (PS3.4 B.2.3)
 
-// PS3.4 B.2.3: success, coercion of data elements, elements discarded, data set does not match SOP class. The instance is
-// stored with all of them.
-constexpr UINT16 kStored[] = {0x0000, 0xB000, 0xB006, 0xB007};
-
 constexpr char kWriteRequest[] = "StandardStorage::WriteRequestCommand(): ";
 constexpr char kGetOutput[] = "StandardStorage::GetDatasetOutputTransferSyntax: ";
-
-int Fail(PDU_Service& theService, TNResultCode theCode)
-{
-   theService.SetResultCode(theCode);
-   return 0;
-}
 
 [[noreturn]] void Throw(PDU_Service& theService, const RWCString& theText, TNResultCode theCode)
 {
@@ -89,7 +80,7 @@ int StandardStorage::Write(PDU_Service& theService, DICOMDataObject& theDataset)
    {
       return Fail(theService, TN_NO_STATUS);
    }
-   return std::find(std::begin(kStored), std::end(kStored), aStatus) != std::end(kStored);
+   return IsStored(aStatus);
 }
 
 int StandardStorage::Write(PDU_Service& theService, DICOMDataObject& theDataset, DICOMCommandObject& theResponse,
@@ -114,13 +105,7 @@ OutputTransferSyntax& StandardStorage::GetDatasetOutputTransferSyntax(PDU_Servic
                                                                       UINT16 theMoveOriginatorMessageID,
                                                                       const AETitle& theMoveOriginator)
 {
-   UsablePresentationContext aContext;
-   if (!theService.GetUsablePresentationContextInfo(theContextID, aContext))
-   {
-      Throw(theService, "invalid presentation context ID", TN_INTERNAL_ERROR);
-   }
-   FinishDatasetTransmission();
-   itsMessage.reset(theService.CreateDICOMMessageOutputStream());
+   const UsablePresentationContext aContext = BeginTransmission(theService, theContextID);
    const RWCString aSyntax = aContext.GetTransferSyntaxUID().ToString();
    const TransferSyntaxType* const aType = TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(aSyntax);
    if (aType == nullptr)
@@ -129,16 +114,48 @@ OutputTransferSyntax& StandardStorage::GetDatasetOutputTransferSyntax(PDU_Servic
       Throw(theService, "requested transfer syntax " + aSyntax + " not supported by this application",
             TN_TRANSFER_SYNTAX_UNSUPPORTED);
    }
-   theService.SetCurrentPresentationContext(aContext);
-   itsMessage->SetMessageType(PDVMessageType::DataMessage);
-   itsMessage->SetPresentationContextID(theContextID);
    std::unique_ptr<OutputTransferSyntax> anOutput(aType->CreateOutputTransferSyntax(*itsMessage));
-   WriteRequestCommand(theService, theContextID, theSOPClass, theSOPInstance, theMoveOriginatorMessageID,
-                       theMoveOriginator);
-   PresentationContextUsageManager::GetInstance().IncrementUseCount(
-       theService.GetRemoteAddress(), aContext.GetAbstractSyntaxUID().ToString(), aSyntax);
+   Announce(theService, aContext, theSOPClass, theSOPInstance, theMoveOriginatorMessageID, theMoveOriginator);
    itsOutputSyntax = std::move(anOutput);
    return *itsOutputSyntax;
+}
+
+OutputStream& StandardStorage::GetDatasetOutputStream(PDU_Service& theService, unsigned char theContextID,
+                                                      const UID& theSOPClass, const UID& theSOPInstance,
+                                                      UINT16 theMoveOriginatorMessageID,
+                                                      const AETitle& theMoveOriginator)
+{
+   const UsablePresentationContext aContext = BeginTransmission(theService, theContextID);
+   Announce(theService, aContext, theSOPClass, theSOPInstance, theMoveOriginatorMessageID, theMoveOriginator);
+   return *itsMessage;
+}
+
+UsablePresentationContext StandardStorage::BeginTransmission(PDU_Service& theService, unsigned char theContextID)
+{
+   UsablePresentationContext aContext;
+   if (!theService.GetUsablePresentationContextInfo(theContextID, aContext))
+   {
+      Throw(theService, "invalid presentation context ID", TN_INTERNAL_ERROR);
+   }
+   FinishDatasetTransmission();
+   itsMessage.reset(theService.CreateDICOMMessageOutputStream());
+   return aContext;
+}
+
+// Sends the request, for which the message carries the data set.
+void StandardStorage::Announce(PDU_Service& theService, const UsablePresentationContext& theContext,
+                               const UID& theSOPClass, const UID& theSOPInstance, UINT16 theMoveOriginatorMessageID,
+                               const AETitle& theMoveOriginator)
+{
+   theService.SetCurrentPresentationContext(theContext);
+   itsMessage->SetMessageType(PDVMessageType::DataMessage);
+   itsMessage->SetPresentationContextID(theContext.GetPresentationContextID());
+   WriteRequestCommand(theService, theContext.GetPresentationContextID(), theSOPClass, theSOPInstance,
+                       theMoveOriginatorMessageID, theMoveOriginator);
+   itsIsAnnounced = true;
+   PresentationContextUsageManager::GetInstance().IncrementUseCount(theService.GetRemoteAddress(),
+                                                                    theContext.GetAbstractSyntaxUID().ToString(),
+                                                                    theContext.GetTransferSyntaxUID().ToString());
 }
 
 void StandardStorage::WriteRequestCommand(PDU_Service& theService, unsigned char theContextID, const UID& theSOPClass,
@@ -154,6 +171,7 @@ void StandardStorage::WriteRequestCommand(PDU_Service& theService, unsigned char
    {
       aThrow("CStoreRQ::Compose() failed");
    }
+   aCommand.GetUINT16(0, CommandElement::MessageID, itsMessageID);
    TraceWrittenBy(kWriteRequest, kCStoreRQ, aCommand);
    if (!theService.Write(aCommand, theContextID, 0))
    {
@@ -166,7 +184,7 @@ void StandardStorage::WriteRequestCommand(PDU_Service& theService, unsigned char
 // same, because somebody does.
 void StandardStorage::FinishDatasetTransmission()
 {
-   const bool isAnnounced = itsOutputSyntax != nullptr;
+   const bool isAnnounced = std::exchange(itsIsAnnounced, false);
    itsOutputSyntax.reset();
    const std::unique_ptr<DICOMMessageOutputStream> aMessage = std::move(itsMessage);
    if (aMessage == nullptr)

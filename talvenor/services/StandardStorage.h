@@ -24,7 +24,9 @@
 #include "talvenor/foundation/BasicTypes.h"
 
 class DICOMMessageOutputStream;
+class OutputStream;
 class OutputTransferSyntax;
+class UsablePresentationContext;
 
 class TALVENOR_API StandardStorage : public CStoreRQ, public CStoreRSP
 {
@@ -69,6 +71,15 @@ public:
                                                         UINT16 theMoveOriginatorMessageID,
                                                         const AETitle& theMoveOriginator);
 
+   // An addition: the same for a data set that is encoded already. What is written to the stream is the data set, in the
+   // transfer syntax of the context, which need not be registered: a file's bytes go out as they are.
+   OutputStream& GetDatasetOutputStream(PDU_Service& theService, unsigned char theContextID, const UID& theSOPClass,
+                                        const UID& theSOPInstance, UINT16 theMoveOriginatorMessageID,
+                                        const AETitle& theMoveOriginator);
+
+   // An addition: the message ID of the last streamed request, to which the answer refers.
+   UINT16 GetMessageID() const { return itsMessageID; }
+
    // Ends a transmission; the data set is on its way then. Without one it does nothing. Throws what sending throws, and the
    // transmission is over all the same.
    void FinishDatasetTransmission();
@@ -82,11 +93,16 @@ public:
 private:
    struct Answer;
 
+   UsablePresentationContext BeginTransmission(PDU_Service& theService, unsigned char theContextID);
+   void Announce(PDU_Service& theService, const UsablePresentationContext& theContext, const UID& theSOPClass,
+                 const UID& theSOPInstance, UINT16 theMoveOriginatorMessageID, const AETitle& theMoveOriginator);
    void WriteRequestCommand(PDU_Service& theService, unsigned char theContextID, const UID& theSOPClass,
                             const UID& theSOPInstance, UINT16 theMoveOriginatorMessageID,
                             const AETitle& theMoveOriginator);
    Answer Store(PDU_Service& theService, InputTransferSyntax& theInput, DICOMDataObject& theDataset);
 
    std::unique_ptr<DICOMMessageOutputStream> itsMessage;  // of a transmission
-   std::unique_ptr<OutputTransferSyntax> itsOutputSyntax; // writes into it; null when its request did not go out
+   std::unique_ptr<OutputTransferSyntax> itsOutputSyntax; // writes into it; null when the caller does
+   bool itsIsAnnounced = false;                           // the request of the message has gone out
+   UINT16 itsMessageID = 0;
 };

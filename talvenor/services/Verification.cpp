@@ -3,17 +3,12 @@
 #include "talvenor/association/PDU_Service.h"
 #include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/dictionary/UID.h"
+#include "talvenor/services/ServiceRequest.h"
 
 namespace
 {
 constexpr char kVerificationSOPClass[] = "1.2.840.10008.1.1";
 constexpr UINT16 kSuccess = 0x0000;
-
-int Fail(PDU_Service& theService, TNResultCode theCode)
-{
-   theService.SetResultCode(theCode);
-   return 0;
-}
 } // namespace
 
 int Verification::GetUID(UID& theUID) const
