@@ -9,6 +9,7 @@
 #include "talvenor/foundation/AETitle.h"
 #include "talvenor/foundation/Exceptions.h"
 #include "talvenor/foundation/StreamIOException.h"
+#include "talvenor/pixel/PixelDataFragmentInputStreamVR.h"
 #include "talvenor/services/RetrieveOperation.h"
 #include "talvenor/services/StorageClasses.h"
 #include "talvenor/services/StorageStatus.h"
@@ -153,7 +154,7 @@ void RetrieveOperation::SendDataset(Instance& theInstance, OutputTransferSyntax&
    if (aVR != nullptr && theInstance.itsSourceSyntax->IsCompressed() && isContextNative)
    {
       SendDecompressed(theInstance, theOutput, *aVR);
-      aVR.reset();
+      aVR.reset(anInput.NextVR());
    }
    else
    {
@@ -187,6 +188,7 @@ void RetrieveOperation::SendDecompressed(Instance& theInstance, OutputTransferSy
    VR* aNative = nullptr;
    itsRetrieve.DoStreamingDecompression(aHeader, theInstance.itsSourceSyntax, aCompressed, aNative);
    std::unique_ptr<VR> aPixels(aNative);
+   aCompressed->SkipToEOF(); // what the hook had no need of
    theOutput.SaveDICOMObject(aHeader);
    if (aPixels != nullptr)
    {
