@@ -115,6 +115,26 @@ std::string ExplainContexts(const PDU_Service& theService)
    return aText;
 }
 
+std::string ExplainClass(const PDU_Service& theService, const std::string& theSOPClass,
+                         const std::string& theTransferSyntax)
+{
+   std::string aText;
+   for (const auto& aContext : theService.PresentationContextList())
+   {
+      const auto& aSyntaxes = aContext->GetTransferSyntaxList();
+      const bool isMeant =
+          aContext->GetAbstractSyntax().GetName().ToString() == theSOPClass &&
+          (theTransferSyntax.empty() || std::any_of(aSyntaxes.begin(), aSyntaxes.end(), [&](const auto& theSyntax) {
+              return theSyntax->GetUID().ToString() == theTransferSyntax;
+           }));
+      if (isMeant)
+      {
+         aText += (aText.empty() ? "" : "; ") + OfferText(*aContext) + ": " + AnswerText(theService, *aContext);
+      }
+   }
+   return aText;
+}
+
 std::string ExplainAbort(const AAbortRQPDU& theAbort)
 {
    return theAbort.GetSource() == AAbortRQPDU::AbortSourceServiceProvider

@@ -1,13 +1,13 @@
 #include "apps/tn/Conversion.h"
 
 #include "apps/tn/DatasetChecks.h"
+#include "apps/tn/DatasetCopy.h"
 #include "apps/tn/ErrorText.h"
 #include "apps/tn/InputFile.h"
 #include "talvenor/dataset/VR.h"
 #include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
 #include "talvenor/dictionary/MUIDDictionary.h"
 #include "talvenor/dictionary/MUIDDictionaryEntry.h"
-#include "talvenor/dictionary/VRType.h"
 #include "talvenor/file/Part10FileOutputStream.h"
 #include "talvenor/file/Part10Header.h"
 #include "talvenor/foundation/LibraryIdentity.h"
@@ -147,28 +147,6 @@ Part10Header MakeHeader(const Part10InputStream& theStream, InputTransferSyntax&
    aHeader.SetImplementationVersionName(kImplementationVersionName);
    return aHeader;
 }
-
-void Save(OutputTransferSyntax& theEncoder, std::unique_ptr<VR> theVR)
-{
-   if (theVR->GetAsVRInputStreamVR() != nullptr)
-   {
-      throw IncompleteDataset("an item stands outside any sequence");
-   }
-   if (theVR->GetAsPixelDataFragmentInputStreamVR() != nullptr)
-   {
-      if (!theEncoder.GetTransferSyntaxType().IsEncapsulated())
-      {
-         throw IncompleteDataset("its pixel data is encapsulated, which its transfer syntax is not");
-      }
-      theVR->SetTypeCode(VRCode::OB); // whatever the source calls it (PS3.5 A.4)
-   }
-   const bool isMetaInformation = theVR->GetGroup() == 0x0002;
-   const bool isGroupLength = theVR->GetElement() == 0; // retired, and seldom true of what is written
-   if (!isMetaInformation && !isGroupLength)
-   {
-      theEncoder.SaveVR(theVR.release());
-   }
-}
 } // namespace
 
 void Conversion::Convert(const std::string& theSource, const std::string& theTarget)
@@ -228,11 +206,11 @@ void Conversion::Copy(Part10InputStream& theStream, const TransferSyntaxType& th
    DecodeWhole(*aDecoder, theStream, [&] {
       for (std::unique_ptr<VR>& aVR : aLeading)
       {
-         Save(*anEncoder, std::move(aVR));
+         SaveElement(*anEncoder, std::move(aVR));
       }
       for (; std::unique_ptr<VR> aVR{aDecoder->NextVR()}; ++aCount)
       {
-         Save(*anEncoder, std::move(aVR));
+         SaveElement(*anEncoder, std::move(aVR));
       }
    });
    CheckIsWhole(*aDecoder, theStream, aCount);

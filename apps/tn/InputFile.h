@@ -8,11 +8,13 @@
 #include "talvenor/file/Part10InputStream.h"
 #include "talvenor/foundation/StreamIOException.h"
 
-// What is read is no DICOM file.
+// What is read is no DICOM file, or none for what is asked.
 class NotDICOM : public StreamIOException
 {
 public:
-   NotDICOM() : StreamIOException("not a DICOM file", TN_PARSE_TO_OBJECT_FAILED, 0) {}
+   explicit NotDICOM(const std::string& theText = "not a DICOM file")
+       : StreamIOException(theText.c_str(), TN_PARSE_TO_OBJECT_FAILED, 0)
+   {}
 };
 
 // Throws StreamIOException when theName is there but no regular file, whose size reading needs, and

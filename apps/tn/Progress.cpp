@@ -1,6 +1,7 @@
 #include "apps/tn/Progress.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include <sys/ioctl.h>
@@ -20,9 +21,16 @@ std::size_t TerminalWidth()
 }
 } // namespace
 
-Progress::Progress(std::size_t theTotal) : itsTotal(theTotal), itsIsShown(::isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(std::size_t theTotal, std::uintmax_t theTotalBytes)
+    : itsTotal(theTotal), itsTotalBytes(theTotalBytes), itsIsShown(::isatty(STDERR_FILENO) == 1)
+{}
 
 Progress::~Progress()
+{
+   Wipe();
+}
+
+void Progress::Wipe()
 {
    if (itsIsShown)
    {
@@ -32,24 +40,60 @@ Progress::~Progress()
 
 void Progress::Begin(const std::string& theName)
 {
-   const Clock::time_point aNow = Clock::now();
-   if (!itsIsShown || aNow - itsLastShown < kPause)
+   if (itsIsShown)
    {
-      return;
+      itsName = OnOneLine(theName);
+      Show();
    }
-   itsLastShown = aNow;
-   const double aSeconds = std::chrono::duration<double>(aNow - itsStart).count();
-   const double aRate = aSeconds > 0 ? static_cast<double>(itsBytes) / 1e6 / aSeconds : 0;
-   char aFigures[80];
-   std::snprintf(aFigures, sizeof aFigures, "%3zu%%  %zu/%zu files  %.0f MB/s  ",
-                 itsTotal == 0 ? 100 : itsDone * 100 / itsTotal, itsDone, itsTotal, aRate);
-   std::string aLine = aFigures + OnOneLine(theName);
-   aLine.resize(std::min(aLine.size(), TerminalWidth() - 1));
-   std::fprintf(stderr, "%s%s", kWipe, aLine.c_str());
+}
+
+void Progress::Advance(std::uintmax_t theBytes)
+{
+   itsBytes += theBytes;
+   if (itsIsShown)
+   {
+      Show();
+   }
 }
 
 void Progress::End(std::uintmax_t theBytes)
 {
    ++itsDone;
    itsBytes += theBytes;
+}
+
+void Progress::Show()
+{
+   const Clock::time_point aNow = Clock::now();
+   if (aNow - itsLastShown < kPause)
+   {
+      return;
+   }
+   itsLastShown = aNow;
+   std::string aLine = Figures(std::chrono::duration<double>(aNow - itsStart).count()) + itsName;
+   aLine.resize(std::min(aLine.size(), TerminalWidth() - 1));
+   std::fprintf(stderr, "%s%s", kWipe, aLine.c_str());
+}
+
+std::string Progress::Figures(double theSeconds) const
+{
+   const auto aBytes = static_cast<double>(itsBytes);
+   const auto aTotal = static_cast<double>(itsTotalBytes);
+   double aShare = itsTotal == 0 ? 1 : static_cast<double>(itsDone) / static_cast<double>(itsTotal);
+   if (itsTotalBytes != 0)
+   {
+      aShare = std::min(1.0, aBytes / aTotal);
+   }
+   char aText[120];
+   std::snprintf(aText, sizeof aText, "%3.0f%%  %zu/%zu files  %.0f MB/s  ", aShare * 100, itsDone, itsTotal,
+                 theSeconds > 0 ? aBytes / 1e6 / theSeconds : 0);
+   std::string aFigures = aText;
+   if (itsTotalBytes != 0 && aShare > 0)
+   {
+      const double aRest = theSeconds / aShare - theSeconds;
+      std::snprintf(aText, sizeof aText, "%.0f:%02.0f left  ", std::floor(aRest / 60),
+                    std::floor(std::fmod(aRest, 60)));
+      aFigures += aText;
+   }
+   return aFigures;
 }

@@ -17,7 +17,14 @@
 namespace
 {
 constexpr int kPollMilliseconds = 50; // after which a wait notices the watchdog
+constexpr char kInterrupted[] = "interrupted";
 constexpr double kLongestTimeout = 86400;
+
+// Of those that we send; a peer may ask for shorter ones.
+constexpr unsigned int kLongestPDU = 131072;
+
+// The operating system's own buffers grow with the connection; any size that is set would be a limit.
+constexpr int kBufferOfTheSystem = 0;
 
 std::string Seconds(double theSeconds)
 {
@@ -80,6 +87,9 @@ void Requester::SetDefaults() const
    TNXInitializer::SetDefaultSocketTimeout(aTimeout);
    TNXInitializer::SetDefaultPDUARRTimer(aTimeout);
    TNXInitializer::SetDefaultMaxPDUReceiveLength(itsMaxPDU);
+   TNXInitializer::SetDefaultMaxPDUSendLength(kLongestPDU);
+   TNXInitializer::SetDefaultTCPSendBufferSize(kBufferOfTheSystem);
+   TNXInitializer::SetDefaultTCPReceiveBufferSize(kBufferOfTheSystem);
    TNXInitializer::SetEnableReverseDNSLookup(0);
    Socket::SetDefaultConnectTimeout(aTimeout);
    Socket::SetDefaultAbortPollMilliseconds(kPollMilliseconds);
@@ -88,6 +98,7 @@ void Requester::SetDefaults() const
 void Requester::Associate(PDU_Service& theService, Watchdog& theWatchdog) const
 {
    auto aStream = std::make_unique<SocketDULStream>();
+   theWatchdog.Watch(aStream->GetSocket());
    theWatchdog.Begin(GetTimeout());
    try
    {
@@ -96,6 +107,10 @@ void Requester::Associate(PDU_Service& theService, Watchdog& theWatchdog) const
    catch (const StreamIOException& anException)
    {
       const bool wasLate = theWatchdog.End();
+      if (anException.GetResultCode() == TN_CANCELLED && !wasLate)
+      {
+         throw NetworkFailure(ExitCode::kCancelled, kInterrupted);
+      }
       throw NetworkFailure(ExitCode::kNoConnection,
                            "no connection to " + itsPeer.itsHost + " port " + itsPeer.itsPort +
                                (wasLate ? " within " + Seconds(itsTimeout) : ": " + ConnectionText(anException)));
@@ -141,6 +156,7 @@ NetworkFailure Requester::ExplainFailure(const PDU_Service& theService, bool was
    {
    case TN_ASSOCIATION_REJECTED: return NetworkFailure(ExitCode::kRejected, ExplainRejection(theService));
    case TN_ALL_CONTEXTS_REJECTED: return NetworkFailure(ExitCode::kNoContext, ExplainContexts(theService));
+   case TN_CANCELLED: return NetworkFailure(ExitCode::kCancelled, kInterrupted);
    case TN_PEER_ABORTED: return NetworkFailure(ExitCode::kPeerFailed, ExplainAbort(theService));
    case TN_PEER_RELEASED:
       return NetworkFailure(ExitCode::kPeerFailed, "the peer released the association instead of answering");

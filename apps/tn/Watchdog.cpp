@@ -1,8 +1,11 @@
 #include "apps/tn/Watchdog.h"
 
+#include <utility>
+
+#include "apps/tn/Interruption.h"
 #include "talvenor/ul/Socket.h"
 
-Watchdog::Watchdog() : itsThread([this] { Watch(); }) {}
+Watchdog::Watchdog() : itsThread([this] { Run(); }) {}
 
 Watchdog::~Watchdog()
 {
@@ -12,45 +15,48 @@ Watchdog::~Watchdog()
    }
    itsChanged.notify_one();
    itsThread.join();
-   End();
+}
+
+void Watchdog::Watch(Socket& theSocket)
+{
+   const std::lock_guard aLock(itsMutex);
+   itsSocket = &theSocket;
 }
 
 void Watchdog::Begin(std::chrono::duration<double> theLimit)
 {
    const std::lock_guard aLock(itsMutex);
-   if (theLimit.count() > 0)
-   {
-      itsEnd = Clock::now() + std::chrono::duration_cast<Clock::duration>(theLimit);
-      itsChanged.notify_one();
-   }
+   itsEnd = theLimit.count() > 0 ? Clock::now() + std::chrono::duration_cast<Clock::duration>(theLimit)
+                                 : Clock::time_point::max();
+   itsIsWatching = true;
 }
 
 bool Watchdog::End()
 {
    const std::lock_guard aLock(itsMutex);
-   itsEnd.reset();
-   Socket::SetGlobalAbortRequestedFlag(0);
+   itsIsWatching = false;
+   if (itsSocket != nullptr)
+   {
+      itsSocket->SetAbortRequestedFlag(0);
+   }
    return std::exchange(itsHasPassed, false);
 }
 
-void Watchdog::Watch()
+void Watchdog::Run()
 {
    std::unique_lock aLock(itsMutex);
    while (!itsIsClosing)
    {
-      if (!itsEnd)
+      if (const Clock::time_point aNow = Clock::now(); itsIsWatching && itsSocket != nullptr && IsOver(aNow))
       {
-         itsChanged.wait(aLock);
+         itsHasPassed = itsHasPassed || aNow >= itsEnd;
+         itsSocket->SetAbortRequestedFlag(1);
       }
-      else if (Clock::now() < *itsEnd)
-      {
-         itsChanged.wait_until(aLock, *itsEnd);
-      }
-      else
-      {
-         itsHasPassed = true;
-         itsEnd.reset();
-         Socket::SetGlobalAbortRequestedFlag(1);
-      }
+      itsChanged.wait_for(aLock, kInterval);
    }
+}
+
+bool Watchdog::IsOver(Clock::time_point theNow) const
+{
+   return theNow >= itsEnd || Interruption::WasBefore(theNow - kGrace);
 }

@@ -1,40 +1,55 @@
-// Ends the waits of this process's sockets when something takes too long as a whole: the time-out of a socket starts again
-// with every byte that comes, so that a peer could hold the program for ever.
+// Ends the waits of a socket when something takes too long as a whole: the time-out of a socket starts again with every
+// byte that comes, so that a peer could hold the program for ever.
 //
 //    Watchdog aWatchdog;
+//    aWatchdog.Watch(aSocket);
 //    aWatchdog.Begin(aLimit);
 //    const int isDone = aService.Read(...);   // TN_CANCELLED when the limit has passed
 //    if (aWatchdog.End()) ...
 //
-// One at a time: it sets the abort flag of all sockets, and End clears it.
+// Begin and End cost no system call: the thread behind it looks at the clock several times a second. It also ends the waits,
+// a little later, when the user interrupts the program (Interruption.h).
 #pragma once
 
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <optional>
 #include <thread>
+
+class Socket;
 
 class Watchdog
 {
 public:
    using Clock = std::chrono::steady_clock;
 
+   // How late it may be.
+   static constexpr std::chrono::milliseconds kInterval{20};
+
+   // For how long what has begun may go on after an interruption.
+   static constexpr std::chrono::milliseconds kGrace{1000};
+
    Watchdog();
    ~Watchdog();
    Watchdog(const Watchdog&) = delete;
    Watchdog& operator=(const Watchdog&) = delete;
 
-   // A limit of 0 is none.
+   // theSocket is borrowed: it must live from each Begin to its End. Not between those two.
+   void Watch(Socket& theSocket);
+
+   // A limit of 0 is none. Beginning again moves the end.
    void Begin(std::chrono::duration<double> theLimit);
    bool End(); // whether the limit had passed
 
 private:
-   void Watch();
+   void Run();
+   bool IsOver(Clock::time_point theNow) const;
 
    std::mutex itsMutex;
    std::condition_variable itsChanged;
-   std::optional<Clock::time_point> itsEnd; // of what is being watched
+   Socket* itsSocket = nullptr;
+   Clock::time_point itsEnd = Clock::time_point::max(); // of what is being watched
+   bool itsIsWatching = false;
    bool itsHasPassed = false;
    bool itsIsClosing = false;
    std::thread itsThread; // last: it uses the others

@@ -11,6 +11,7 @@
 #include "apps/tn/EchoCommand.h"
 #include "apps/tn/ExitCode.h"
 #include "apps/tn/FramesCommand.h"
+#include "apps/tn/SendCommand.h"
 #include "apps/tn/ServeCommand.h"
 #include "talvenor/foundation/TNXInitializer.h"
 
@@ -39,6 +40,7 @@ int Run(int theCount, char** theArguments)
        std::make_unique<FramesCommand>(aProgram),
        std::make_unique<DicomdirCommand>(aProgram),
        std::make_unique<EchoCommand>(aProgram),
+       std::make_unique<SendCommand>(aProgram),
        std::make_unique<ServeCommand>(aProgram),
    };
    try
