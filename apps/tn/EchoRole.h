@@ -7,7 +7,7 @@
 class EchoRole : public NodeRole
 {
 public:
-   bool Accepts(const RWCString& theSOPClass) const override { return theSOPClass == "1.2.840.10008.1.1"; }
+   bool Accepts(const RWCString& theAbstractSyntax) const override { return theAbstractSyntax == "1.2.840.10008.1.1"; }
 
    int Serve(PDU_Service& theService, DICOMCommandObject& theCommand) override
    {

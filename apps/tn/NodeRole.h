@@ -16,10 +16,10 @@ class NodeRole
 public:
    virtual ~NodeRole() = default;
 
-   // Whether a presentation context for theSOPClass is accepted, and its commands are for this role.
-   virtual bool Accepts(const RWCString& theSOPClass) const = 0;
+   // Whether a presentation context for the abstract syntax is accepted, and its commands are for this role.
+   virtual bool Accepts(const RWCString& theAbstractSyntax) const = 0;
 
-   // Serves a command of such a SOP class with all its messages. 0 when the association cannot go on, with the cause in
+   // Serves a command on such a context with all its messages. 0 when the association cannot go on, with the cause in
    // the result code of theService; a request that has been answered with a refusal is served.
    virtual int Serve(PDU_Service& theService, DICOMCommandObject& theCommand) = 0;
 

@@ -1,12 +1,11 @@
 #include "apps/tn/NodeService.h"
 
 #include <algorithm>
-#include <iostream>
-#include <mutex>
 
+#include "apps/tn/NodeLog.h"
 #include "apps/tn/Tags.h"
 #include "talvenor/dataset/DICOMCommandObject.h"
-#include "talvenor/foundation/OneLine.h"
+#include "talvenor/transfer/TransferSyntaxManager.h"
 
 namespace
 {
@@ -27,7 +26,7 @@ void NodeService::Serve(GuardedStream* theStream)
    GuardedStream& aStream = *theStream; // the service's, as long as the association lasts
    if (!WaitForAssociationRequest(theStream))
    {
-      Log("not associated: " + TNResult::Describe(GetResultCode()));
+      NodeLog::Line(*this, "not associated: " + TNResult::Describe(GetResultCode()));
       return;
    }
    ServeCommands(aStream);
@@ -36,7 +35,7 @@ void NodeService::Serve(GuardedStream* theStream)
 void NodeService::Refuse(GuardedStream* theStream)
 {
    RefuseAssociationRequest(theStream, RejectedTransient, ServiceProviderPresentation, LocalLimitExceeded);
-   Log("refused: too many associations");
+   NodeLog::Line(*this, "refused: too many associations");
 }
 
 void NodeService::ServeCommands(GuardedStream& theStream)
@@ -47,7 +46,7 @@ void NodeService::ServeCommands(GuardedStream& theStream)
    {
       if (!ServeCommand(aCommand))
       {
-         Log("aborted: " + TNResult::Describe(GetResultCode()));
+         NodeLog::Line(*this, "aborted: " + TNResult::Describe(GetResultCode()));
          Abort(AbortSourceServiceUser, AbortReasonNotSpecified);
          break;
       }
@@ -59,11 +58,12 @@ void NodeService::ServeCommands(GuardedStream& theStream)
       theStream.AwaitEnd();
       WaitForTransportCloseOrTimeout();
    }
-   Log(Describe(aCode));
+   NodeLog::Line(*this, Describe(aCode));
    Close();
 }
 
-// A request to cancel comes too late: what it is about has been answered in full.
+// The abstract syntax of the context tells whom a command is for: its SOP class may be another one where the abstract
+// syntax stands for several (PS3.4 H.3). A request to cancel comes too late: what it is about has been answered in full.
 bool NodeService::ServeCommand(DICOMCommandObject& theCommand)
 {
    UINT16 aField = 0;
@@ -71,9 +71,8 @@ bool NodeService::ServeCommand(DICOMCommandObject& theCommand)
    {
       return true;
    }
-   const RWCString anAffected = TextOf(theCommand, CommandTag::kAffectedSOPClassUID);
-   NodeRole* const aRole =
-       FindRole(anAffected.empty() ? TextOf(theCommand, CommandTag::kRequestedSOPClassUID) : anAffected);
+   const UsablePresentationContext* const aContext = GetCurrentPresentationContext();
+   NodeRole* const aRole = aContext != nullptr ? FindRole(aContext->GetAbstractSyntaxUID().ToString()) : nullptr;
    if (aRole == nullptr)
    {
       SetResultCode(TN_SOP_CLASS_MISMATCH);
@@ -121,11 +120,14 @@ void NodeService::OnUnreadableRequest(TNResultCode theCode)
    }
 }
 
-void NodeService::Log(const std::string& theText) const
+// The peer's first choice among those that the library decodes: it knows best which it need not convert into.
+const TransferSyntaxItem* NodeService::GetPreferredTransferSyntax(const AbstractSyntaxSubItem&,
+                                                                  const TransferSyntaxCandidates& theCandidates)
 {
-   static std::mutex aMutex;
-   const std::lock_guard aLock(aMutex);
-   const std::string aTitle = GetCallingAppTitle();
-   std::cerr << OnOneLine((aTitle.empty() ? "?" : aTitle) + "@" + GetPeerIPAddress() + ": " + theText) + "\n"
-             << std::flush;
+   const TransferSyntaxManager& aRegistry = TransferSyntaxManager::GetDefaultInstance();
+   const auto aPlace =
+       std::find_if(theCandidates.begin(), theCandidates.end(), [&](const TransferSyntaxItem& theCandidate) {
+          return aRegistry.GetTransferSyntaxType(RWCString(theCandidate.GetUID())) != nullptr;
+       });
+   return aPlace == theCandidates.end() ? nullptr : &*aPlace;
 }

@@ -24,6 +24,9 @@ public:
    int ShouldIAcceptAbstractSyntax(const AbstractSyntaxSubItem& theSyntax, unsigned char& theSCPRole,
                                    unsigned char& theSCURole) override;
 
+   const TransferSyntaxItem* GetPreferredTransferSyntax(const AbstractSyntaxSubItem& theAbstractSyntax,
+                                                        const TransferSyntaxCandidates& theCandidates) override;
+
 protected:
    void OnUnreadableRequest(TNResultCode theCode) override;
 
@@ -32,7 +35,6 @@ private:
    bool ServeCommand(DICOMCommandObject& theCommand);
    NodeRole* FindRole(const RWCString& theSOPClass) const;
    std::string Describe(TNResultCode theEnd) const;
-   void Log(const std::string& theText) const;
 
    std::vector<std::unique_ptr<NodeRole>> itsRoles;
 };

@@ -9,6 +9,7 @@
 #include "apps/tn/EchoRole.h"
 #include "apps/tn/ExitCode.h"
 #include "apps/tn/Peer.h"
+#include "talvenor/foundation/TNXInitializer.h"
 
 namespace
 {
@@ -25,7 +26,8 @@ void Stop(int)
 } // namespace
 
 ServeCommand::ServeCommand(CLI::App& theProgram)
-    : Command(theProgram, "serve", "Be a DICOM node: answer C-ECHO"), itsTracing(itsOptions)
+    : Command(theProgram, "serve", "Be a DICOM node: answer C-ECHO, keep what is sent"), itsStorage(itsOptions),
+      itsTracing(itsOptions)
 {
    itsOptions.add_option("--aet", itsSettings.itsTitle, "Application entity title of this node")->capture_default_str();
    itsOptions.add_option("--port", itsSettings.itsPort, "Port; 0 is any free one")
@@ -49,9 +51,21 @@ ServeCommand::ServeCommand(CLI::App& theProgram)
    itsOptions.add_option("--idle-timeout", aLimits.itsIdle, "Seconds that an association may be idle")
        ->check(CLI::NonNegativeNumber)
        ->capture_default_str();
+   itsOptions.add_option("--max-pdu", itsMaxPDU, "Bytes of the longest PDU that peers may send; 0 is without limit")
+       ->check(CLI::Range(0U, 0x7FFFFFFFU))
+       ->capture_default_str();
    itsOptions.footer(
        "A limit of 0 seconds is none. SIGTERM and SIGINT end the node; messages under way are finished.\n\n"
-       "Example:\n  tn serve --aet ARCHIVE --port 11112");
+       "Example:\n  tn serve --aet ARCHIVE --port 11112 --store /var/lib/archive");
+}
+
+// What sockets and associations are made with.
+void ServeCommand::SetDefaults() const
+{
+   constexpr int kAsTheSystemLikes = 0; // it lets the buffers grow with the speed of the connection
+   TNXInitializer::SetDefaultTCPReceiveBufferSize(kAsTheSystemLikes);
+   TNXInitializer::SetDefaultTCPSendBufferSize(kAsTheSystemLikes);
+   TNXInitializer::SetDefaultMaxPDUReceiveLength(itsMaxPDU);
 }
 
 int ServeCommand::Run()
@@ -65,13 +79,21 @@ int ServeCommand::Run()
    {
       LoadDictionaries("");
       itsTracing.Begin();
-      Node aNode(itsSettings, {[] { return std::make_unique<EchoRole>(); }});
+      SetDefaults();
+      NodeRoleMakers aRoles = {[] { return std::make_unique<EchoRole>(); }};
+      if (itsStorage.IsWanted())
+      {
+         itsStorage.Begin();
+         aRoles.push_back(itsStorage.MakeRole());
+      }
+      Node aNode(itsSettings, aRoles);
       gNode = &aNode;
       std::signal(SIGTERM, Stop);
       std::signal(SIGINT, Stop);
       std::cerr << "tn serve: " << itsSettings.itsTitle << " listens on port " << aNode.GetPort() << std::endl;
       aNode.Run();
       gNode = nullptr;
+      itsStorage.End();
       return ExitCode::kDone;
    }
    catch (const std::exception& anError)

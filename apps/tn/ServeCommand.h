@@ -3,6 +3,7 @@
 
 #include "apps/tn/Command.h"
 #include "apps/tn/Node.h"
+#include "apps/tn/StorageOptions.h"
 #include "apps/tn/Tracing.h"
 
 class ServeCommand : public Command
@@ -12,6 +13,10 @@ public:
    int Run() override;
 
 private:
+   void SetDefaults() const;
+
    Node::Settings itsSettings;
+   unsigned int itsMaxPDU = 131072; // bytes; 0: without limit
+   StorageOptions itsStorage;
    Tracing itsTracing;
 };

@@ -175,7 +175,12 @@ private:
    VR* NextValue(const ElementHeader& theHeader)
    {
       std::unique_ptr<VR> aVR = MakeVR(theHeader);
-      if (theHeader.itsLength != 0)
+      const bool isPassedOver = theHeader.itsLength > Base().itsRoot->itsLongestValue;
+      if (isPassedOver)
+      {
+         PassOverValue(*aVR);
+      }
+      else if (theHeader.itsLength != 0)
       {
          ReadValue(*aVR);
       }
@@ -183,7 +188,10 @@ private:
       {
          return End(InputTransferSyntax::AtPadding);
       }
-      Policy::NoteValue(itsDecoder, *aVR);
+      if (!isPassedOver)
+      {
+         Policy::NoteValue(itsDecoder, *aVR);
+      }
       return aVR.release();
    }
 
@@ -230,6 +238,14 @@ private:
                                  << " bytes of data read\n"
                                  << endentry;
          ThrowNext("EOF before all of data read", TN_END_OF_FILE);
+      }
+   }
+
+   void PassOverValue(const VR& theVR)
+   {
+      if (itsReader.Skip(theVR.GetLength()) != theVR.GetLength())
+      {
+         ThrowNext("EOF before all of data skipped", TN_END_OF_FILE);
       }
    }
 

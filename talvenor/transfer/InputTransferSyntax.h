@@ -54,6 +54,10 @@ public:
 
    LevelEnd GetLevelEnd() const { return itsLevelEnd; }
 
+   // An addition for a host that walks a dataset without keeping it, in constant memory: values longer than theBytes are
+   // passed over, in the sequences of this dataset, too. Their elements come with their length, but without data.
+   void SetLongestValue(UINT32 theBytes) { itsRoot->itsLongestValue = theBytes; }
+
    // Whether a sequence or an item of this dataset ended only because the stream did: a delimiter or a part of the stated
    // length is missing. Decoding goes on quietly then, as the data that is there is good; a host that must know whether
    // it has the whole asks the outermost decoder.
@@ -114,6 +118,7 @@ private:
    bool itsIsShortened = false;                   // its defined length is longer than what is around it
 
    // Of the outermost decoder only.
+   UINT32 itsLongestValue = 0xFFFFFFFF; // bytes
    bool itsIsCut = false;
    RWCString itsFaultPath;
 };

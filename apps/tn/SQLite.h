@@ -1,0 +1,80 @@
+// SQLite with C++ lifetimes: a database and its prepared statements. Failures throw SQLiteFailure. One thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+class SQLiteFailure : public std::runtime_error
+{
+public:
+   SQLiteFailure(const std::string& theText, int theCode) : std::runtime_error(theText), itsCode(theCode) {}
+
+   // That another process has locked the database for longer than it was waited for.
+   bool IsBusy() const;
+
+   // That the file is damaged, or no database.
+   bool IsDamaged() const;
+
+private:
+   int itsCode;
+};
+
+class SQLiteDatabase
+{
+public:
+   // Opens or creates the file. Waits theBusySeconds for locks.
+   SQLiteDatabase(const std::string& thePath, int theBusySeconds);
+   SQLiteDatabase(const SQLiteDatabase&) = delete;
+   SQLiteDatabase& operator=(const SQLiteDatabase&) = delete;
+   ~SQLiteDatabase();
+
+   // One statement or several, without results.
+   void Execute(const std::string& theText);
+
+   std::int64_t GetLastRow() const;
+   sqlite3* Get() const { return itsDatabase; }
+
+private:
+   sqlite3* itsDatabase = nullptr;
+};
+
+class SQLiteStatement
+{
+public:
+   // theDatabase is borrowed.
+   SQLiteStatement(const SQLiteDatabase& theDatabase, const std::string& theText);
+
+   // Parameters count from 1. The text is borrowed until Reset.
+   SQLiteStatement& Bind(int theParameter, std::string_view theText);
+   SQLiteStatement& Bind(int theParameter, std::int64_t theNumber);
+   SQLiteStatement& BindNull(int theParameter);
+
+   // Whether there is a (further) row.
+   bool Step();
+
+   // Runs to the end, and is ready for other parameters.
+   void Run();
+   void Reset();
+
+   // Columns of the row, from 0.
+   std::string GetText(int theColumn) const;
+   std::int64_t GetNumber(int theColumn) const;
+   bool IsNull(int theColumn) const;
+
+private:
+   struct Finalizer
+   {
+      void operator()(sqlite3_stmt* theStatement) const;
+   };
+
+   [[noreturn]] void Fail(int theCode) const;
+
+   const SQLiteDatabase& itsDatabase;
+   std::unique_ptr<sqlite3_stmt, Finalizer> itsStatement;
+};

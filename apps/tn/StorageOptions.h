@@ -1,0 +1,37 @@
+// The options that make a node keep what it is sent, and what they make.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/tn/Archive.h"
+#include "apps/tn/NodeRole.h"
+#include "apps/tn/Notices.h"
+#include "apps/tn/StoreRole.h"
+
+class StorageOptions
+{
+public:
+   explicit StorageOptions(CLI::App& theOptions);
+
+   bool IsWanted() const { return !itsArchiveSettings.itsFolder.empty(); }
+
+   // Opens the archive. Throws std::runtime_error.
+   void Begin();
+
+   // Of the archive, which has begun and must outlive it.
+   NodeRoleMaker MakeRole();
+
+   // When all associations have ended.
+   void End();
+
+private:
+   Archive::Settings itsArchiveSettings;
+   Notices::Settings itsNoticeSettings;
+   StoreRole::Settings itsRoleSettings;
+   std::string itsFailStatus;
+   std::unique_ptr<Notices> itsNotices; // null when there are no commands
+   std::unique_ptr<Archive> itsArchive;
+};
