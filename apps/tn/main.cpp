@@ -10,7 +10,10 @@
 #include "apps/tn/DumpCommand.h"
 #include "apps/tn/EchoCommand.h"
 #include "apps/tn/ExitCode.h"
+#include "apps/tn/FindCommand.h"
 #include "apps/tn/FramesCommand.h"
+#include "apps/tn/IndexCommand.h"
+#include "apps/tn/MoveCommand.h"
 #include "apps/tn/SendCommand.h"
 #include "apps/tn/ServeCommand.h"
 #include "talvenor/foundation/TNXInitializer.h"
@@ -35,13 +38,11 @@ int Run(int theCount, char** theArguments)
    aProgram.set_version_flag("--version", "tn " TN_VERSION);
    aProgram.require_subcommand(1);
    const std::unique_ptr<Command> aCommands[] = {
-       std::make_unique<DumpCommand>(aProgram),
-       std::make_unique<ConvertCommand>(aProgram),
-       std::make_unique<FramesCommand>(aProgram),
-       std::make_unique<DicomdirCommand>(aProgram),
-       std::make_unique<EchoCommand>(aProgram),
-       std::make_unique<SendCommand>(aProgram),
-       std::make_unique<ServeCommand>(aProgram),
+       std::make_unique<DumpCommand>(aProgram),   std::make_unique<ConvertCommand>(aProgram),
+       std::make_unique<FramesCommand>(aProgram), std::make_unique<DicomdirCommand>(aProgram),
+       std::make_unique<EchoCommand>(aProgram),   std::make_unique<SendCommand>(aProgram),
+       std::make_unique<FindCommand>(aProgram),   std::make_unique<MoveCommand>(aProgram),
+       std::make_unique<ServeCommand>(aProgram),  std::make_unique<IndexCommand>(aProgram),
    };
    try
    {
