@@ -1,0 +1,47 @@
+// tn move: has an archive send what it keeps to a node (C-MOVE, PS3.4 C.4.2).
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/tn/Command.h"
+#include "apps/tn/MoveRequests.h"
+#include "apps/tn/Requester.h"
+#include "apps/tn/Tracing.h"
+
+class QuerySession;
+struct QueryModel;
+struct QueryOutcome;
+
+class MoveCommand : public Command
+{
+public:
+   explicit MoveCommand(CLI::App& theProgram);
+
+   int Run() override;
+
+private:
+   using TextList = std::vector<std::string>;
+
+   const QueryModel& GetModel() const;
+   bool IsSelected() const;
+   void Select();
+   void CheckSelection() const;
+   int Move();
+   int MoveAll(QuerySession& theSession);
+   int MoveOne(QuerySession& theSession, const MoveRequest& theRequest);
+   void LookUp(QuerySession& theSession, const std::string& theAccession);
+   int Report(const MoveRequest& theRequest, const QueryOutcome& theOutcome) const;
+   void Tell(const std::string& theText) const;
+
+   Requester itsRequester;
+   Tracing itsTracing;
+   std::string itsDestination;
+   std::string itsModel = "study";
+   std::string itsPatient;
+   TextList itsStudies;
+   TextList itsSeries;
+   TextList itsInstances;
+   TextList itsAccessions;
+   MoveRequests itsRequests;
+};
