@@ -7,10 +7,17 @@ namespace
 {
 constinit Mutex gMutex;
 UINT16 gLastMessageID = 0;
+thread_local UINT16 gLastOfThread = 0;
 } // namespace
 
 UINT16 NextMessageID()
 {
    const MutexWhileInScope aGuard(gMutex);
-   return ++gLastMessageID;
+   gLastOfThread = ++gLastMessageID;
+   return gLastOfThread;
+}
+
+UINT16 LastMessageIDOfThread()
+{
+   return gLastOfThread;
 }

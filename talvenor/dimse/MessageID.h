@@ -5,3 +5,6 @@
 
 // The next one of the process: 1 at first, 0 after 65535. Any thread may ask.
 UINT16 NextMessageID();
+
+// The last one that this thread has taken: of the request that it has just sent.
+UINT16 LastMessageIDOfThread();

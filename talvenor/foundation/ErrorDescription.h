@@ -1,6 +1,6 @@
-// A record in which a print host describes one failure of a DIMSE operation to its error callback. It holds pointers
-// only: whoever supplies the texts and the datasets keeps them alive as long as the record is used. A text is never
-// null; null given is stored as an empty text. The library itself neither fills nor reads the record.
+// A record that describes one failure of a DIMSE operation, as the error callback of print management gets it. It holds
+// pointers only: whoever supplies the texts and the datasets keeps them alive as long as the record is used. A text is
+// never null; null given is stored as an empty text.
 #pragma once
 
 #include "talvenor/foundation/BasicTypes.h"
@@ -13,28 +13,49 @@ public:
    // The values may be stored by hosts and stay as they are.
    enum ErrorType
    {
-      UnknownError = 0,
-      LocalError = 1,     // found before anything was sent
-      TransportError = 2, // the association or connection failed
-      ProtocolError = 3,  // the peer answered with something unexpected
-      StatusError = 4     // the peer answered with a failure status
+      NoError = 0,
+      OtherError = 1,         // found before anything was sent
+      ReadFailed = 2,         // the association ended, or the next message cannot be read
+      MissingStatus = 3,      // a response without one
+      UnexpectedResponse = 4, // another message than the response
+      WriteFailed = 5,
+      InvalidResponse = 6, // the response, with contents that it must not have
+      Warning = 7,         // the status of the response, as the next two
+      Failure = 8,
+      UnknownStatus = 9
    };
 
-   // The DIMSE services of PS3.7 in the order of its chapters.
+   // What was under way: for each DIMSE-N service the request sent, the response read, the request read and the response
+   // sent, in that order.
    enum Operation
    {
-      UnknownOperation = 0,
-      CStore = 1,
-      CGet = 2,
-      CMove = 3,
-      CFind = 4,
-      CEcho = 5,
-      NEventReport = 6,
-      NGet = 7,
-      NSet = 8,
-      NAction = 9,
-      NCreate = 10,
-      NDelete = 11
+      NoOperation = 1,
+      PDURead = 2, // the next message, whatever it is
+      PDUWrite = 3,
+      NActionRequestWrite = 5,
+      NActionResponseRead = 6,
+      NActionRequestRead = 7,
+      NActionResponseWrite = 8,
+      NCreateRequestWrite = 9,
+      NCreateResponseRead = 10,
+      NCreateRequestRead = 11,
+      NCreateResponseWrite = 12,
+      NDeleteRequestWrite = 13,
+      NDeleteResponseRead = 14,
+      NDeleteRequestRead = 15,
+      NDeleteResponseWrite = 16,
+      NEventReportRequestWrite = 17,
+      NEventReportResponseRead = 18,
+      NEventReportRequestRead = 19,
+      NEventReportResponseWrite = 20,
+      NGetRequestWrite = 21,
+      NGetResponseRead = 22,
+      NGetRequestRead = 23,
+      NGetResponseWrite = 24,
+      NSetRequestWrite = 25,
+      NSetResponseRead = 26,
+      NSetRequestRead = 27,
+      NSetResponseWrite = 28
    };
 
    ErrorDescription() = default;
@@ -85,8 +106,8 @@ private:
    const char* itsClass = "";
    const char* itsMethod = "";
    const char* itsMessage = "";
-   Operation itsOperation = CStore;
-   ErrorType itsErrorType = UnknownError;
+   Operation itsOperation = NoOperation;
+   ErrorType itsErrorType = NoError;
    UINT16 itsDICOMStatus = 0;
    const DICOMObject* itsResponseCommand = nullptr;
    const DICOMObject* itsResponseDataset = nullptr;

@@ -8,8 +8,8 @@ namespace
 TEST(ErrorDescription, TextsAreNeverNull)
 {
    ErrorDescription aDefault;
-   ErrorDescription aNull(nullptr, 0, nullptr, nullptr, nullptr, ErrorDescription::UnknownError,
-                          ErrorDescription::CStore, 0, nullptr, nullptr);
+   ErrorDescription aNull(nullptr, 0, nullptr, nullptr, nullptr, ErrorDescription::NoError,
+                          ErrorDescription::NoOperation, 0, nullptr, nullptr);
    for (const ErrorDescription* anError : {&aDefault, &aNull})
    {
       EXPECT_STREQ(anError->GetFile(), "");
