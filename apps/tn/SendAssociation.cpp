@@ -147,7 +147,9 @@ SendAssociation::Route SendAssociation::FindRoute(const SendFile& theFile) const
    const bool isNative = SyntaxOf(theFile.itsTransferSyntaxUID).IsNative();
    if (const unsigned char anID = aFind(theFile.itsTransferSyntaxUID); anID != 0)
    {
-      return {anID, theFile.itsTransferSyntaxUID, !theFile.itsIsIrregular};
+      const bool canEncode =
+          TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(theFile.itsTransferSyntaxUID) != nullptr;
+      return {anID, theFile.itsTransferSyntaxUID, !theFile.itsIsIrregular || !canEncode};
    }
    for (const RWCString* const aSyntax : NativeSyntaxes())
    {
@@ -196,6 +198,11 @@ void SendAssociation::Copy(OutgoingFile& theFile, Output& theOutput)
    while (std::unique_ptr<IOBuffer> aPiece = theFile.NextPiece(itsBlockSize))
    {
       theOutput.Write(aPiece.release());
+   }
+   if (theFile.GetFile().GetDatasetSize() % 2 != 0) // of a deflated dataset (PS3.5 A.5)
+   {
+      constexpr unsigned char kPadding = 0;
+      theOutput.Write(&kPadding, 1);
    }
 }
 

@@ -104,7 +104,7 @@ int SendCommand::Send(SendReport& theReport)
 {
    LookAtFiles(theReport);
    itsBatches = PlanBatches(itsFiles);
-   const bool isOver = itsSettings.itsFailsFast && theReport.GetTotal() > 0;
+   const bool isOver = itsSettings.itsFailsFast && theReport.Count(Outcome::Failed) > 0;
    if (itsIsDryRun)
    {
       ShowPlan();

@@ -6,6 +6,7 @@
 #include "apps/tn/InputFile.h"
 #include "talvenor/file/DICOMDirUtilities.h"
 #include "talvenor/file/Part10Header.h"
+#include "talvenor/transfer/TransferSyntaxManager.h"
 
 namespace
 {
@@ -16,6 +17,11 @@ void Require(const RWCString& theUID, const char* theName)
    {
       throw IncompleteDataset(std::string(theUID.empty() ? "it has no " : "it has no valid ") + theName);
    }
+}
+
+bool IsServed(const RWCString& theTransferSyntaxUID)
+{
+   return TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(theTransferSyntaxUID) != nullptr;
 }
 
 void TakeHeader(const Part10InputStream& theStream, SendFile& theFile)
@@ -29,7 +35,7 @@ void TakeHeader(const Part10InputStream& theStream, SendFile& theFile)
    }
 }
 
-void TakeDataset(const PlainFile& thePlainFile, SendFile& theFile)
+void TakeDataset(const PlainFile& thePlainFile, bool theHasHeader, SendFile& theFile)
 {
    theFile.itsDatasetEnd = thePlainFile.GetSize();
    const DatasetSyntax aSyntax = SyntaxOf(theFile.itsTransferSyntaxUID);
@@ -39,9 +45,25 @@ void TakeDataset(const PlainFile& thePlainFile, SendFile& theFile)
    }
    FileWindow aWindow(thePlainFile);
    DatasetWalk aWalk(aWindow, theFile.itsDatasetStart, aSyntax);
-   aWalk.Run();
+   try
+   {
+      aWalk.Run();
+   }
+   catch (const IncompleteDataset&)
+   {
+      if (!theHasHeader && aWalk.GetSOPClassUID().empty())
+      {
+         throw NotDICOM(); // nothing speaks for it
+      }
+      throw;
+   }
    theFile.itsDatasetEnd = aWalk.GetEnd();
    theFile.itsIsIrregular = aWalk.IsIrregular();
+   if (theFile.itsIsIrregular && theFile.GetDatasetSize() % 2 != 0 && !IsServed(theFile.itsTransferSyntaxUID))
+   {
+      throw IncompleteDataset("it has an odd length, and its transfer syntax cannot be encoded anew: " +
+                              theFile.itsTransferSyntaxUID);
+   }
    if (!aWalk.GetSOPClassUID().empty())
    {
       theFile.itsSOPClassUID = aWalk.GetSOPClassUID();
@@ -71,7 +93,7 @@ SendFile LookAtFile(const std::string& thePath)
    }
    try
    {
-      TakeDataset(aPlainFile, aFile);
+      TakeDataset(aPlainFile, hasHeader, aFile);
       if (aFile.GetDatasetSize() == 0)
       {
          throw IncompleteDataset("it has no dataset");

@@ -179,9 +179,14 @@ void Sender::TakeLoss(const SendQueue::Item& theItem, const NetworkFailure& theF
       return;
    }
    Report(theItem, Outcome::Failed, theFailure.what(), theFailure.GetExitCode());
-   if (isCancelled || itsSettings.itsRetries == 0)
+   if (isCancelled)
    {
       itsEnd = theFailure;
+   }
+   else if (itsSettings.itsRetries == 0)
+   {
+      itsEnd = NetworkFailure(theFailure.GetExitCode(),
+                              std::string(theFailure.what()) + "; --retry would go on with a new association");
    }
 }
 

@@ -26,7 +26,7 @@ constexpr StatusRow kRows[] = {
     {StatusService::Storage, 0xB000, 0xB000, "stored with a warning: data elements were coerced"},
     {StatusService::Storage, 0xB006, 0xB006, "stored with a warning: elements were discarded"},
     {StatusService::Storage, 0xB007, 0xB007, "stored with a warning: the data set does not match its SOP class"},
-    {StatusService::Storage, 0xC000, 0xCFFF, "failed: the peer cannot understand it"},
+    {StatusService::Storage, 0xC000, 0xCFFF, "refused: the peer cannot understand it"},
     {StatusService::Find, 0x0000, 0x0000, "complete"},
     {StatusService::Find, 0xA700, 0xA700, "refused: out of resources"},
     {StatusService::Find, 0xA900, 0xA900, "failed: the identifier does not match its SOP class"},

@@ -73,7 +73,8 @@ AETable END
 END
 cat > "$work/orthanc.json" << END
 { "Name": "O", "StorageDirectory": "$work/orthanc", "IndexDirectory": "$work/orthanc", "HttpServerEnabled": false,
-  "DicomAet": "ORTHANC", "DicomPort": $orthanc, "DicomCheckCalledAet": false, "DicomAlwaysAllowEcho": true }
+  "DicomAet": "ORTHANC", "DicomPort": $orthanc, "DicomCheckCalledAet": false, "DicomAlwaysAllowEcho": true,
+  "DicomAlwaysAllowStore": true, "OverwriteInstances": true }
 END
 if command -v tshark > /dev/null; then
    start tshark tshark -q -i lo -w "$work/capture.pcap" -f "tcp port $storescp or tcp port $ours or tcp port $qrscp"
@@ -111,6 +112,8 @@ row "gdcmscu" 0 '1 echo, released' \
 row "odil" 0 '.*' odil echo 127.0.0.1 "$ours" ODIL OURS
 row "storescu finds no storage" any 'No Acceptable' storescu -v 127.0.0.1 "$ours" data/samples/ct-explicit.dcm
 row "tn serve still answers" 0 'ms' "$tn" echo "OURS@127.0.0.1:$ours"
+
+. tests/interop/sending.sh
 
 if [ -s "$work/capture.pcap" ]; then
    sleep 1
