@@ -102,6 +102,7 @@ public:
       try
       {
          theAction();
+         itsAssociation.itsWatchdog.End(); // reading the next piece is not the peer's affair
       }
       catch (const StreamIOException& anException)
       {
@@ -141,8 +142,8 @@ void SendAssociation::Open(const SendBatch& theBatch)
 
 SendAssociation::Route SendAssociation::FindRoute(const SendFile& theFile) const
 {
-   const auto aFind = [&](const RWCString& theSyntax) {
-      return itsService.GetUsablePresentationContextID(UID(theFile.itsSOPClassUID), UID(theSyntax));
+   const auto aFind = [&](const RWCString& theSyntax) -> unsigned char {
+      return !IsOpen() ? 0 : itsService.GetUsablePresentationContextID(UID(theFile.itsSOPClassUID), UID(theSyntax));
    };
    const bool isNative = SyntaxOf(theFile.itsTransferSyntaxUID).IsNative();
    if (const unsigned char anID = aFind(theFile.itsTransferSyntaxUID); anID != 0)
@@ -172,10 +173,10 @@ void SendAssociation::Send(OutgoingFile& theFile, const Route& theRoute)
       itsWatchdog.Begin(itsRequester.GetTimeout());
       OutputStream& aStream = itsStorage->GetDatasetOutputStream(
           itsService, theRoute.itsContextID, UID(aFile.itsSOPClassUID), UID(aFile.itsSOPInstanceUID), 0, AETitle());
+      itsWatchdog.End();
       Output anOutput(*this, aStream);
       theRoute.itsIsCopied ? Copy(theFile, anOutput) : Encode(aFile, theRoute, anOutput);
       anOutput.Watched([&] { itsStorage->FinishDatasetTransmission(); });
-      itsWatchdog.End();
    }
    catch (const OutputFailure&)
    {

@@ -14,6 +14,16 @@ constexpr const char* kNames[] = {"sent", "warning", "failed", "skipped", "not s
 
 // What the sums call them.
 constexpr const char* kSumNames[] = {"sent", "with warnings", "failed", "skipped", "not sent"};
+
+// What several lines say, on one.
+std::string Line(std::string theText)
+{
+   for (std::size_t i = theText.find('\n'); i != std::string::npos; i = theText.find('\n', i))
+   {
+      theText.replace(i, 1, "; ");
+   }
+   return OnOneLine(theText);
+}
 } // namespace
 
 const char* SendReport::NameOf(Outcome theOutcome)
@@ -85,7 +95,7 @@ void SendReport::Add(const Entry& theEntry)
       {
          itsProgress->Wipe();
       }
-      std::cerr << OnOneLine("tn send: " + theEntry.itsPath + ": " + theEntry.itsText) << "\n" << std::flush;
+      std::cerr << Line("tn send: " + theEntry.itsPath + ": " + theEntry.itsText) << "\n" << std::flush;
    }
    if (itsKeepsEntries)
    {
@@ -101,7 +111,7 @@ void SendReport::WriteLine(const Entry& theEntry)
       return;
    }
    *itsOutput << OnOneLine(theEntry.itsPath) + "\t" + OnOneLine(theEntry.itsSOPInstanceUID) + "\t" +
-                     NameOf(theEntry.itsOutcome) + "\t" + OnOneLine(theEntry.itsText) + "\n"
+                     NameOf(theEntry.itsOutcome) + "\t" + Line(theEntry.itsText) + "\n"
               << std::flush;
    if (!*itsOutput)
    {
@@ -117,7 +127,7 @@ void SendReport::Tell(const std::string& theText)
    {
       itsProgress->Wipe();
    }
-   std::cerr << OnOneLine("tn send: " + theText) << "\n" << std::flush;
+   std::cerr << Line("tn send: " + theText) << "\n" << std::flush;
 }
 
 std::size_t SendReport::GetTotal() const

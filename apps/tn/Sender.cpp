@@ -139,7 +139,7 @@ void Sender::TakeAnswer(const SendQueue::Item& theItem, const SendAssociation::A
 // False when there is none any more, and itsEnd says why.
 bool Sender::OpenAssociation()
 {
-   while (!itsAssociation || !itsAssociation->IsOpen())
+   while (!itsIsNothingAccepted && (!itsAssociation || !itsAssociation->IsOpen()))
    {
       try
       {
@@ -153,7 +153,8 @@ bool Sender::OpenAssociation()
       {
          if (aFailure.GetExitCode() == ExitCode::kNoContext)
          {
-            return true; // each file is told what the peer said to it
+            itsIsNothingAccepted = true; // each file is told what the peer said to it
+            return true;
          }
          if (itsVainCalls++ >= itsSettings.itsRetries || Interruption::HasCome())
          {

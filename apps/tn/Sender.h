@@ -61,5 +61,6 @@ private:
    std::optional<Turn> itsNext; // prepared while an answer was awaited
    std::optional<NetworkFailure> itsEnd;
    unsigned int itsAssociationCount = 0;
-   unsigned int itsVainCalls = 0; // since the last association
+   unsigned int itsVainCalls = 0;     // since the last association
+   bool itsIsNothingAccepted = false; // of the contexts of the batch
 };

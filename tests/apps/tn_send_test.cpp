@@ -92,7 +92,18 @@ TEST(TnSend, SendsFilesAsTheyAreOrEncodedAnew)
    }
 }
 
-// 40 files of different sizes, the first bigger than a PDU.
+TEST(TnSend, AsksOnceWhenNothingIsAccepted)
+{
+   StoringNode aNode({kJPEG});
+   const Outcome anOutcome = Tn("send --retry 3 " + aNode.Address() + " '" + Sample("ct-explicit.dcm") + "' '" +
+                                Sample("sr-implicit.dcm") + "'");
+   EXPECT_EQ(anOutcome.itsCode, 7);
+   EXPECT_EQ(LinesOf(anOutcome.itsErrors), 2u) << anOutcome.itsErrors;
+   aNode.Finish();
+   EXPECT_EQ(aNode.GetAssociationCount(), 1u);
+}
+
+// Files of different sizes, the first bigger than a PDU.
 std::string MakeFiles(const TemporaryDirectory& theFolder, unsigned int theCount)
 {
    for (unsigned int i = 0; i < theCount; ++i)
