@@ -1,5 +1,5 @@
-// Walks the structure of a dataset in a file from element to element, by seeking over the values (PS3.5 section 7): finds
-// out whether it is whole before a byte of it is sent, and whose it is, in constant memory and little time.
+// Walks the structure of a dataset in a file from element to element, by seeking over the values (PS3.5 section 7):
+// finds out whether it is whole before a byte of it is sent, and whose it is, in constant memory and little time.
 //
 // What has a stated length is stepped over, sequences and items too; those of undefined length and the fragments of
 // encapsulated pixel data are followed to their delimiters.

@@ -13,8 +13,8 @@ public:
 
    UINT64 GetSize() const { return itsFile.GetSize(); }
 
-   // The theCount (at most kMaximum) bytes from thePosition on, lent until the next call; null when the file ends before
-   // the last of them. Throws StreamIOException when it cannot be read.
+   // The theCount (at most kMaximum) bytes from thePosition on, lent until the next call; null when the file ends
+   // before the last of them. Throws StreamIOException when it cannot be read.
    const unsigned char* At(UINT64 thePosition, unsigned int theCount);
 
    static constexpr unsigned int kMaximum = 64;

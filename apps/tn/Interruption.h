@@ -1,5 +1,5 @@
-// Whether the user wants the program to end (SIGINT, SIGTERM, SIGHUP), for commands that then end what they have begun and say
-// how far they came. A second signal ends the program at once.
+// Whether the user wants the program to end (SIGINT, SIGTERM, SIGHUP), for commands that then end what they have begun
+// and say how far they came. A second signal ends the program at once.
 #pragma once
 
 #include <chrono>

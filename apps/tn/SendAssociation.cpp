@@ -72,8 +72,8 @@ std::unique_ptr<IOBuffer> OutgoingFile::ReadPiece(unsigned int theSize)
    return aPiece;
 }
 
-// What goes to the peer: every piece has to be taken within the time-out, however long the whole takes. Tells a failure of
-// the network from one of the file.
+// What goes to the peer: every piece has to be taken within the time-out, however long the whole takes. Tells a failure
+// of the network from one of the file.
 class SendAssociation::Output : public OutputStream
 {
 public:
@@ -163,7 +163,8 @@ SendAssociation::Route SendAssociation::FindRoute(const SendFile& theFile) const
                      ExplainClass(itsService, theFile.itsSOPClassUID, isNative ? "" : theFile.itsTransferSyntaxUID));
 }
 
-// Half of a dataset must not be ended as if it were whole, which the storage would do at its end: the association ends first.
+// Half of a dataset must not be ended as if it were whole, which the storage would do at its end: the association ends
+// first.
 void SendAssociation::Send(OutgoingFile& theFile, const Route& theRoute)
 {
    const SendFile& aFile = theFile.GetFile();
@@ -279,8 +280,8 @@ void SendAssociation::GiveUp(bool wasLate)
    throw aFailure;
 }
 
-// A peer that aborts in the middle of a message may be noticed first by a write that fails: what it said before it closed
-// can still be read.
+// A peer that aborts in the middle of a message may be noticed first by a write that fails: what it said before it
+// closed can still be read.
 void SendAssociation::LearnWhy()
 {
    const TNResultCode aCode = itsService.GetResultCode();

@@ -1,12 +1,13 @@
-// One association on which files are sent (C-STORE as SCU, PS3.4 B). Files go from the disk to the connection in pieces, a PDU
-// at a time; none is ever held.
+// One association on which files are sent (C-STORE as SCU, PS3.4 B). Files go from the disk to the connection in
+// pieces, a PDU at a time; none is ever held.
 //
 //    OutgoingFile aFile(theFile, anAssociation.GetBlockSize());
 //    anAssociation.Send(aFile, anAssociation.FindRoute(theFile));
 //    ...                            // what can be done while the peer stores it
 //    anAssociation.ReadAnswer();
 //
-// What fails at the network throws NetworkFailure; the association is over then, and what was under way has been aborted.
+// What fails at the network throws NetworkFailure; the association is over then, and what was under way has been
+// aborted.
 #pragma once
 
 #include <functional>
@@ -25,8 +26,8 @@ class StandardStorage;
 struct SendBatch;
 struct SendFile;
 
-// A file that is about to be sent: opened, and its first piece read. Throws StreamIOException when it cannot be read or was
-// changed since it was looked at.
+// A file that is about to be sent: opened, and its first piece read. Throws StreamIOException when it cannot be read or
+// was changed since it was looked at.
 class OutgoingFile
 {
 public:
@@ -81,8 +82,8 @@ public:
    // Throws NotAccepted, with what was proposed and how the peer answered.
    Route FindRoute(const SendFile& theFile) const;
 
-   // Sends the whole file. Aborts the association when the file fails in the middle, as half of a dataset cannot be called
-   // back, and throws IncompleteDataset or ExceptionBase.
+   // Sends the whole file. Aborts the association when the file fails in the middle, as half of a dataset cannot be
+   // called back, and throws IncompleteDataset or ExceptionBase.
    void Send(OutgoingFile& theFile, const Route& theRoute);
 
    // To the file sent last.

@@ -24,6 +24,6 @@ struct SendFile
 // Reads the meta information and walks the dataset. The SOP class and instance are those that the dataset names, as the
 // peer will see them; meta information says the same, or is out of date.
 //
-// Throws NotDICOM for other files and for media directories, IncompleteDataset for a DICOM file that cannot be sent, and
-// ExceptionBase when it cannot be read.
+// Throws NotDICOM for other files and for media directories, IncompleteDataset for a DICOM file that cannot be sent,
+// and ExceptionBase when it cannot be read.
 SendFile LookAtFile(const std::string& thePath);

@@ -1,5 +1,5 @@
-// Sends the files of a queue on one association, and on the next when that one is lost and may be replaced. One of several
-// that may share queue and report, each on its thread.
+// Sends the files of a queue on one association, and on the next when that one is lost and may be replaced. One of
+// several that may share queue and report, each on its thread.
 #pragma once
 
 #include <memory>

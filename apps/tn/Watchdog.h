@@ -4,11 +4,11 @@
 //    Watchdog aWatchdog;
 //    aWatchdog.Watch(aSocket);
 //    aWatchdog.Begin(aLimit);
-//    const int isDone = aService.Read(...);   // TN_CANCELLED when the limit has passed
+//    const int isDone = aService.Read(...);   // fails when the limit has passed
 //    if (aWatchdog.End()) ...
 //
-// Begin and End cost no system call: the thread behind it looks at the clock several times a second. It also ends the waits,
-// a little later, when the user interrupts the program (Interruption.h).
+// Begin and End cost no system call: the thread behind it looks at the clock several times a second. It also ends the
+// waits, a little later, when the user interrupts the program (Interruption.h).
 #pragma once
 
 #include <chrono>

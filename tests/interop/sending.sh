@@ -1,5 +1,5 @@
-# Rows of interop.sh: tn send to nodes of other toolkits, and what arrived there beside what was sent, element by element.
-# SAMPLES may name a folder of further files.
+# Rows of interop.sh: tn send to nodes of other toolkits, and what arrived there beside what was sent, element by
+# element. SAMPLES may name a folder of further files.
 
 samples=(data/samples/*.dcm)
 if [ -n "${SAMPLES:-}" ]; then samples+=("$SAMPLES"/*.dcm); fi
@@ -18,8 +18,8 @@ elements() {
    done
 }
 
-# arrived NAME REPORT FOLDER: everything that the report says was sent is in the folder as it was. Of samples that share a
-# SOP instance UID nodes keep the first or the last: they are left out.
+# arrived NAME REPORT FOLDER: everything that the report says was sent is in the folder as it was. Of samples that share
+# a SOP instance UID nodes keep the first or the last: they are left out.
 arrived() {
    local name=$1 report=$2 folder=$3 paths received
    mapfile -t paths < <(awk -F '\t' '$3 == "sent" || $3 == "warning" { path[$2] = $1; ++count[$2] }
@@ -43,13 +43,15 @@ start breaker storescp --abort-during -od "$work/in" "$breaker"
 start implicit storescp --implicit --bit-preserving -od "$work/in-implicit" "$implicit"
 for port in "$receiver" "$aborter" "$breaker" "$implicit"; do listening "$port"; done
 
-row "tn send to storescp" 0 '1 sent' "$tn" send --report "$work/report" "STORESCP@127.0.0.1:$receiver" data/samples/ct-explicit.dcm
+row "tn send to storescp" 0 '1 sent' \
+   "$tn" send --report "$work/report" "STORESCP@127.0.0.1:$receiver" data/samples/ct-explicit.dcm
 arrived "what storescp has" "$work/report" "$work/in"
 # The other toolkit itself cannot store some of the stranger files, or does not know their SOP class.
 row "tn send of all samples to storescp" any '[1-9][0-9]* sent' \
    "$tn" send --retry 1 --report "$work/report" "STORESCP@127.0.0.1:$receiver" "${samples[@]}"
 arrived "what storescp has" "$work/report" "$work/in"
-row "tn send on 4 associations" any '[1-9] sent' "$tn" send --parallel 4 "STORESCP@127.0.0.1:$receiver" data/samples/*.dcm
+row "tn send on 4 associations" any '[1-9] sent' \
+   "$tn" send --parallel 4 "STORESCP@127.0.0.1:$receiver" data/samples/*.dcm
 row "tn send of what storescp does not take" 7 'JPEG Baseline.*transfer syntaxes not supported' \
    "$tn" send "STORESCP@127.0.0.1:$storescp" data/samples/us-jpeg.dcm
 row "tn send encodes for a node that takes implicit VR only" 0 '2 sent' \
@@ -57,7 +59,8 @@ row "tn send encodes for a node that takes implicit VR only" 0 '2 sent' \
 "$tn" convert --to implicit data/samples/ct-explicit.dcm "$work/converted.dcm"
 printf '%s\t\tsent\n' "$work/converted.dcm" > "$work/report"
 arrived "what it has" "$work/report" "$work/in-implicit"
-row "tn send to a node that refuses" 6 'rejected' "$tn" send "STORESCP@127.0.0.1:$refuser" data/samples/ct-explicit.dcm
+row "tn send to a node that refuses" 6 'rejected' \
+   "$tn" send "STORESCP@127.0.0.1:$refuser" data/samples/ct-explicit.dcm
 row "tn send to a node that aborts after an object" 8 'aborted' \
    "$tn" send "STORESCP@127.0.0.1:$aborter" data/samples/ct-explicit.dcm
 row "tn send to a node that aborts in an object" 8 'aborted.*sending it again' \

@@ -1,5 +1,5 @@
-// A node that keeps in memory what is stored on it, byte for byte as it arrives, and answers as a test wants it to. Each
-// association has a thread of its own.
+// A node that keeps in memory what is stored on it, byte for byte as it arrives, and answers as a test wants it to.
+// Each association has a thread of its own.
 #pragma once
 
 #include <algorithm>
