@@ -56,6 +56,7 @@ FindCommand::FindCommand(CLI::App& theProgram)
    itsOptions.add_flag("--worklist", itsIsWorklist, "Ask for scheduled procedure steps")
        ->excludes("--level")
        ->excludes("--model");
+   itsOptions.add_flag("--utf8", itsIsUTF8, "Tell the peer that the query is in UTF-8: some answer in the same");
    itsOptions.add_option("--limit", itsLimit, "Cancel after so many matches of a query; 0 is without limit")
        ->type_name("N")
        ->capture_default_str();
@@ -188,9 +189,13 @@ int FindCommand::Find(QuerySession& theSession, const KeyList& theKeys)
       Tell("interrupted after " + std::to_string(aCount) + " matches; the query was cancelled");
       return ExitCode::kCancelled;
    }
-   if (anOutcome.itsIsCancelled && anOutcome.Kind() == StatusKind::Cancelled)
+   const bool isCancelled = anOutcome.itsIsCancelled && anOutcome.Kind() == StatusKind::Cancelled;
+   if (isCancelled || anOutcome.itsIsCut)
    {
-      Tell("cancelled after " + std::to_string(aCount) + " matches, there may be more");
+      Tell("cancelled after " + std::to_string(aCount) + (aCount == 1 ? " match" : " matches") + ", there may be more");
+   }
+   if (isCancelled)
+   {
       return ExitCode::kDone;
    }
    if (anOutcome.Kind() != StatusKind::Success)
@@ -214,6 +219,10 @@ QueryKeys FindCommand::MakeKeys(const KeyList& theKeys) const
       aKeys.Add(aKey);
    }
    aKeys.SetLevel(QueryLevelText(GetLevel()));
+   if (itsIsUTF8)
+   {
+      aKeys.SetUTF8();
+   }
    return aKeys;
 }
 

@@ -38,6 +38,7 @@ private:
    std::string itsLevel;
    bool itsIsWorklist = false;
    KeyList itsKeys;
+   bool itsIsUTF8 = false;
    unsigned int itsLimit = 0; // 0: none
    bool itsIsTable = false;
    bool itsIsCommaSeparated = false;

@@ -199,8 +199,13 @@ void QueryKeys::Add(const std::string& theKey)
    }
    if (std::any_of(aValue.begin(), aValue.end(), [](char theByte) { return (theByte & 0x80) != 0; }))
    {
-      itsIdentifier.ReplaceVR(MakeText({kSpecificCharacterSet, VRCode::CS}, kUTF8).release());
+      SetUTF8();
    }
+}
+
+void QueryKeys::SetUTF8()
+{
+   itsIdentifier.ReplaceVR(MakeText({kSpecificCharacterSet, VRCode::CS}, kUTF8).release());
 }
 
 void QueryKeys::SetLevel(const std::string& theLevel)

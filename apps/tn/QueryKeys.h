@@ -32,6 +32,9 @@ public:
    // Tells Query/Retrieve Level, unless it is empty.
    void SetLevel(const std::string& theLevel);
 
+   // Says that the identifier is in UTF-8, which it does of itself where a value needs it.
+   void SetUTF8();
+
    // The identifier, which says in which character set it is when that matters.
    DICOMDataObject& GetIdentifier() { return itsIdentifier; }
 

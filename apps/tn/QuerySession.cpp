@@ -229,6 +229,7 @@ void QuerySession::Take(Exchange& theExchange, DICOMCommandObject& theResponse, 
    anOutcome.itsHasUnsupportedKeys = anOutcome.itsHasUnsupportedKeys || theProgress == QueryPendingWarning;
    if (theExchange.itsIsCancelling)
    {
+      anOutcome.itsIsCut = true;
       return; // and the time that the peer has for its last response goes on
    }
    itsWatchdog.Begin(itsRequester.GetTimeout());

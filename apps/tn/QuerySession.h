@@ -21,6 +21,7 @@ struct QueryOutcome
    UINT16 itsStatus = 0;
    std::string itsComment;      // the peer's, may be empty
    bool itsIsCancelled = false; // because we asked for it
+   bool itsIsCut = false;       // matches came after that
    bool itsHasUnsupportedKeys = false;
    unsigned int itsRemaining = 0; // numbers of sub-operations, as last told
    unsigned int itsCompleted = 0;
