@@ -114,6 +114,7 @@ row "storescu finds no storage" any 'No Acceptable' storescu -v 127.0.0.1 "$ours
 row "tn serve still answers" 0 'ms' "$tn" echo "OURS@127.0.0.1:$ours"
 
 . tests/interop/sending.sh
+. tests/interop/asking.sh
 
 if [ -s "$work/capture.pcap" ]; then
    sleep 1
