@@ -17,10 +17,9 @@ Watchdog::~Watchdog()
    itsThread.join();
 }
 
-void Watchdog::Watch(Socket& theSocket)
+void Watchdog::Watch(Socket& theSocket) const
 {
-   const std::lock_guard aLock(itsMutex);
-   itsSocket = &theSocket;
+   theSocket.SetSharedAbortFlag(itsFlag);
 }
 
 void Watchdog::Begin(std::chrono::duration<double> theLimit)
@@ -35,10 +34,7 @@ bool Watchdog::End()
 {
    const std::lock_guard aLock(itsMutex);
    itsIsWatching = false;
-   if (itsSocket != nullptr)
-   {
-      itsSocket->SetAbortRequestedFlag(0);
-   }
+   *itsFlag = 0;
    return std::exchange(itsHasPassed, false);
 }
 
@@ -47,10 +43,10 @@ void Watchdog::Run()
    std::unique_lock aLock(itsMutex);
    while (!itsIsClosing)
    {
-      if (const Clock::time_point aNow = Clock::now(); itsIsWatching && itsSocket != nullptr && IsOver(aNow))
+      if (const Clock::time_point aNow = Clock::now(); itsIsWatching && IsOver(aNow))
       {
          itsHasPassed = itsHasPassed || aNow >= itsEnd;
-         itsSocket->SetAbortRequestedFlag(1);
+         *itsFlag = 1;
       }
       itsChanged.wait_for(aLock, kInterval);
    }

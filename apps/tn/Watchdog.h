@@ -11,8 +11,10 @@
 // waits, a little later, when the user interrupts the program (Interruption.h).
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -34,8 +36,8 @@ public:
    Watchdog(const Watchdog&) = delete;
    Watchdog& operator=(const Watchdog&) = delete;
 
-   // theSocket is borrowed: it must live from each Begin to its End. Not between those two.
-   void Watch(Socket& theSocket);
+   // From now on theSocket, which may end at any time: the association that it belongs to decides.
+   void Watch(Socket& theSocket) const;
 
    // A limit of 0 is none. Beginning again moves the end.
    void Begin(std::chrono::duration<double> theLimit);
@@ -47,8 +49,8 @@ private:
 
    std::mutex itsMutex;
    std::condition_variable itsChanged;
-   Socket* itsSocket = nullptr;
-   Clock::time_point itsEnd = Clock::time_point::max(); // of what is being watched
+   const std::shared_ptr<std::atomic<int>> itsFlag = std::make_shared<std::atomic<int>>(0); // shared with the sockets
+   Clock::time_point itsEnd = Clock::time_point::max();                                     // of what is being watched
    bool itsIsWatching = false;
    bool itsHasPassed = false;
    bool itsIsClosing = false;

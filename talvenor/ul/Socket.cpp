@@ -209,7 +209,8 @@ int Socket::GetGlobalAbortRequestedFlag()
 
 int Socket::GetAbortRequestedFlag() const
 {
-   return itsAbortRequestedFlag.load(std::memory_order_relaxed) != 0 || GetGlobalAbortRequestedFlag() != 0;
+   return itsAbortRequestedFlag.load(std::memory_order_relaxed) != 0 || GetGlobalAbortRequestedFlag() != 0 ||
+          (itsSharedAbortFlag && itsSharedAbortFlag->load(std::memory_order_relaxed) != 0);
 }
 
 SocketRules::WaitResult Socket::Wait(SocketRules::SlicedWait& theWait, Handle theHandle, TNPlatform::WaitFor theEvent)

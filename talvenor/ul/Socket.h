@@ -11,6 +11,8 @@
 
 #include <atomic>
 #include <cstddef>
+#include <memory>
+#include <utility>
 
 #include "talvenor/Export.h"
 #include "talvenor/foundation/BasicTypes.h"
@@ -127,7 +129,11 @@ public:
    void SetAbortRequestedFlag(int theFlag) { itsAbortRequestedFlag.store(theFlag, std::memory_order_relaxed); }
    static void SetGlobalAbortRequestedFlag(int theFlag);
    static int GetGlobalAbortRequestedFlag();
-   int GetAbortRequestedFlag() const; // of this socket or of all
+   int GetAbortRequestedFlag() const; // of this socket, of all, or the shared one
+
+   // An addition: a flag of the host's, which is looked at, too, and may outlive the socket. For a host that ends waits
+   // from another thread and does not know when an association is done with its socket. Null takes it away.
+   void SetSharedAbortFlag(std::shared_ptr<const std::atomic<int>> theFlag) { itsSharedAbortFlag = std::move(theFlag); }
 
    // In bytes, for connections made from now on; after one was made, what the system granted.
    void SetTCPSendBufferSize(int theSize) { itsTCPSendBufferSize = theSize; }
@@ -208,6 +214,7 @@ private:
    int itsTimeout = itsDefaultTimeout;
    int itsAbortPollInterval = itsDefaultAbortPollInterval;
    std::atomic<int> itsAbortRequestedFlag{0};
+   std::shared_ptr<const std::atomic<int>> itsSharedAbortFlag;
    int itsTCPSendBufferSize = itsDefaultTCPSendBufferSize;
    int itsTCPReceiveBufferSize = itsDefaultTCPReceiveBufferSize;
    int itsConnectTimeout = itsDefaultConnectTimeout;
