@@ -38,6 +38,11 @@ unsigned int AbstractPrintManagementMeta::GetAnnotationBoxCount(const RWCString&
    return 0;
 }
 
+PrintAnswer AbstractPrintManagementMeta::AcceptPrint(const AbstractFilmBox*)
+{
+   return {};
+}
+
 // Requests name the SOP class of a part, but printers accept the meta SOP class that stands for all obligatory ones
 // (PS3.4 H.3.1).
 void AbstractPrintManagementMeta::AliasContexts(PDU_Service& theService) const

@@ -95,6 +95,11 @@ public:
    // Annotation Display Format ID (2010,0030), has. The base has none.
    virtual unsigned int GetAnnotationBoxCount(const RWCString& theFormat);
 
+   // An addition, for SCPs that keep a print before they acknowledge it: asked before the client is told that the film box,
+   // or for null the whole session, is being printed. What it refuses is answered with that status, and not printed. The
+   // base accepts.
+   virtual PrintAnswer AcceptPrint(const AbstractFilmBox* theFilmBox);
+
    // SCU. Write brings the printer up to date with the tree: what was sent before is not sent again. The others
    // print the whole session or one film box, counted from 0, which they bring up to date first; thePrintJob is the last
    // job that the session knows of, empty when it knows none.

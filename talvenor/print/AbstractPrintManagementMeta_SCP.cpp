@@ -261,6 +261,10 @@ int AbstractPrintManagementMeta::PrintSessionRequest(const Request& theRequest)
    {
       return theRequest.Refuse(PrintStatus::kImageCollision, "Two images have one position");
    }
+   if (const PrintAnswer anAnswer = AcceptPrint(nullptr); !anAnswer.IsDone())
+   {
+      return theRequest.Refuse(anAnswer);
+   }
    DICOMDataObject anInformation;
    if (!itsFilmSessionMessages.ReadPrint(theRequest.itsService, theRequest.itsCommand, anInformation))
    {

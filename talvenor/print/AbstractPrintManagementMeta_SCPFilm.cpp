@@ -212,6 +212,10 @@ int AbstractPrintManagementMeta::PrintFilmBoxRequest(const Request& theRequest, 
    {
       return theRequest.Refuse(PrintStatus::kImageCollision, "Two images have one position");
    }
+   if (const PrintAnswer anAnswer = AcceptPrint(&theFilmBox); !anAnswer.IsDone())
+   {
+      return theRequest.Refuse(anAnswer);
+   }
    DICOMDataObject anInformation;
    if (!itsFilmBoxMessages.ReadPrint(theRequest.itsService, theRequest.itsCommand, anInformation))
    {
