@@ -1,6 +1,9 @@
 #include "apps/tn/StorageOptions.h"
 
+#include <iostream>
 #include <map>
+
+#include "talvenor/foundation/OneLine.h"
 
 namespace
 {
@@ -70,17 +73,26 @@ StorageOptions::StorageOptions(CLI::App& theOptions)
        ->group(kGroup);
 }
 
-void StorageOptions::Begin()
+bool StorageOptions::Begin()
 {
    if (!itsFailStatus.empty())
    {
       itsRoleSettings.itsFailStatus = static_cast<unsigned int>(std::stoul(itsFailStatus, nullptr, 16));
    }
-   itsArchive = std::make_unique<Archive>(itsArchiveSettings);
+   try
+   {
+      itsArchive = std::make_unique<Archive>(itsArchiveSettings);
+   }
+   catch (const std::exception& anError)
+   {
+      std::cerr << OnOneLine(std::string("tn serve: --store: ") + anError.what()) << "\n";
+      return false;
+   }
    if (!itsNoticeSettings.itsObjectCommand.empty() || !itsNoticeSettings.itsStudyCommand.empty())
    {
       itsNotices = std::make_unique<Notices>(itsNoticeSettings);
    }
+   return true;
 }
 
 NodeRoleMaker StorageOptions::MakeRole()

@@ -18,11 +18,14 @@ public:
 
    bool IsWanted() const { return !itsArchiveSettings.itsFolder.empty(); }
 
-   // Opens the archive. Throws std::runtime_error.
-   void Begin();
+   // Opens the archive. False, with a line on standard error, when that fails.
+   bool Begin();
 
    // Of the archive, which has begun and must outlive it.
    NodeRoleMaker MakeRole();
+
+   // Null without --store.
+   Archive* GetArchive() const { return itsArchive.get(); }
 
    // When all associations have ended.
    void End();
