@@ -254,6 +254,12 @@ const RefusalCase kRefusals[] = {
         return aCount;
      },
      -1, TN_CANCELLED, ""},
+    {"reading while a flag of the host's is set",
+     [](ConnectedSockets& p) {
+        p.itsAcceptor.SetSharedAbortFlag(std::make_shared<std::atomic<int>>(1));
+        return p.itsAcceptor.ReadBinary(&gByte, 1);
+     },
+     -1, TN_CANCELLED, ""},
     {"reading with no time",
      [](ConnectedSockets& p) {
         p.itsAcceptor.SetTimeout(-1);
