@@ -168,6 +168,7 @@ bool PDU_Service::TakeTransport(std::unique_ptr<DULStream> theStream)
    }
    itsTransport = std::make_shared<AssociationTransport>(std::move(theStream));
    itsIsRequester = 0;
+   itsMayHaveDataset = false;
    itsStatus = Requesting;
    return true;
 }

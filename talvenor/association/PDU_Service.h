@@ -154,9 +154,12 @@ public:
    // when it was released or none was there.
    virtual int Close();
 
-   // Receive the next message. A command set replaces the contents of theCommand, and data sets that nobody read are
-   // skipped before it; a data set is added to theObject, whose byte order becomes that of the transfer syntax. When the
-   // peer releases or aborts, that is answered, and shows in the result (TN_PEER_RELEASED, TN_PEER_ABORTED).
+   // Receive the next message. A command set replaces the contents of theCommand, and the data set of the command before
+   // it is skipped when nobody has read it; one that no command has announced aborts the association
+   // (TN_UNEXPECTED_DATASET). A data set is added to theObject, whose byte order becomes that of the transfer syntax.
+   // When the peer releases or aborts, that is answered, and shows in the result (TN_PEER_RELEASED, TN_PEER_ABORTED).
+   // Silence is TN_REQUEST_WAIT_TIMED_OUT in front of a command set, TN_TRANSPORT_TIMED_OUT otherwise. A wait for a
+   // message that an abort flag has ended is TN_CLOSED_BY_PEER, too, with the system error ECANCELED.
    virtual int ReadCommand(DICOMCommandObject& theCommand);
    virtual int Read(DICOMObject& theObject);
 
@@ -202,8 +205,12 @@ public:
 
 protected:
    // An addition: a request has arrived that cannot be read; the transport is closed when this returns. The base does
-   // nothing; a host that wants to may answer with Abort.
+   // nothing; a host that wants to may answer with Abort. Not called for an A-ABORT in its place, which needs no answer.
    virtual void OnUnreadableRequest(TNResultCode theCode);
+
+   // An addition: a set of bits of which bit 0 stands for version 1, the only one there is (PS3.8 9.3.2). The base accepts
+   // every one; a refusal is the protocol machine's (source 2, reason 2) with TN_UNSUPPORTED here.
+   virtual int ShouldIAcceptProtocolVersion(UINT16 theVersions);
 
 public:
    // Requester: takes theStream, which is connected (null and others: TN_CLOSED_BY_US), ends what there was, proposes, and
@@ -332,6 +339,7 @@ private:
    };
    struct Refusal // of a request: what the A-ASSOCIATE-RJ says, and the result here
    {
+      unsigned char itsSource;
       unsigned char itsReason;
       TNResultCode itsCode;
    };
@@ -374,7 +382,7 @@ private:
    bool IsAbstractSyntaxAccepted(const PresentationContextItem& theContext);
    const TransferSyntaxItem* ChooseTransferSyntax(const PresentationContextItem& theContext);
    void SendRejection(unsigned char theResult, unsigned char theSource, unsigned char theReason);
-   int Reject(unsigned char theReason, TNResultCode theCode);
+   int Reject(const Refusal& theRefusal);
    void AddUsableContext(const UsablePresentationContext& theContext);
    void ClearContexts();
 
@@ -413,6 +421,7 @@ private:
    TNResultCode itsSavedResultCode = TN_NO_ERROR;
    int itsSavedSystemErrorCode = 0;
    bool itsIsReadingCommand = false;
+   bool itsMayHaveDataset = false; // a data set may follow the last command
    int itsIsRequester = 0;
    AssociationStatus itsStatus = Idle;
    DULState itsDULState = NoState;

@@ -75,12 +75,17 @@ int PDU_Service::ReadRequest()
    {
       TakeException();
       TraceResultCode("PDU_Service::HandleAssociationRequest(): Error while reading AAssociateRQPDU:");
-      SaveResultCodes();
-      Guarded([&] {
-         OnUnreadableRequest(itsResultCode);
-         return 1;
-      });
-      RestoreResultCodes();
+      const bool isAbort = itsResultCode == TN_PDU_TYPE_MISMATCH &&
+                           itsTransport->GetInput().GetPDUType() == PDUInputStream::AAbortRQ; // PS3.8 9.2.3, AA-2
+      if (!isAbort)
+      {
+         SaveResultCodes();
+         Guarded([&] {
+            OnUnreadableRequest(itsResultCode);
+            return 1;
+         });
+         RestoreResultCodes();
+      }
       return 0;
    }
    if (gTNTracer(TNTrace::TNTracePDU))
@@ -96,7 +101,7 @@ int PDU_Service::RespondToAssociationRequest()
 {
    if (const std::optional<Refusal> aRefusal = FindRefusal())
    {
-      return Reject(aRefusal->itsReason, aRefusal->itsCode);
+      return Reject(*aRefusal);
    }
    PrepareAcceptance();
    DecideContexts();
@@ -109,7 +114,7 @@ int PDU_Service::RespondToAssociationRequest()
    const UINT32 aMaximum = AAssociateRQPDU::GetUserInformationItem().GetMax().GetMaximumLength();
    if (aMaximum != 0 && aMaximum < kSmallestMaximum)
    {
-      return Reject(UserNotGiven, TN_MAX_LENGTH_TOO_SMALL);
+      return Reject({ServiceUser, UserNotGiven, TN_MAX_LENGTH_TOO_SMALL});
    }
    AAssociateACPDU::Write(itsTransport->GetOutput());
    SetSendLimit(aMaximum);
@@ -129,29 +134,34 @@ int PDU_Service::InterogateAAssociateRQPDU()
    return itsUsableContexts.empty() ? Fail(TN_ALL_CONTEXTS_REJECTED) : 1;
 }
 
-// All three are asked; of several reasons the last one stands.
+// Nothing can be said of a request in another protocol. Otherwise all three are asked; of several reasons the last one
+// stands.
 std::optional<PDU_Service::Refusal> PDU_Service::FindRefusal()
 {
+   if (!ShouldIAcceptProtocolVersion(GetRequestedProtocolVersion()))
+   {
+      return Refusal{ServiceProviderACSE, ProtocolVersionNotSupported, TN_UNSUPPORTED};
+   }
    std::optional<Refusal> aRefusal;
    if (!ShouldIAcceptLocalAppTitle(GetCalledAppTitle()))
    {
-      aRefusal = Refusal{CalledAETitleNotRecognized, TN_CALLED_AE_REJECTED};
+      aRefusal = Refusal{ServiceUser, CalledAETitleNotRecognized, TN_CALLED_AE_REJECTED};
    }
    if (!ShouldIAcceptRemoteAppTitle(GetCallingAppTitle()))
    {
-      aRefusal = Refusal{CallingAETitleNotRecognized, TN_CALLING_AE_REJECTED};
+      aRefusal = Refusal{ServiceUser, CallingAETitleNotRecognized, TN_CALLING_AE_REJECTED};
    }
    if (!ShouldIAcceptApplicationContext(AAssociateRQPDU::GetApplicationContext()))
    {
-      aRefusal = Refusal{ApplicationContextNameNotSupported, TN_APPLICATION_CONTEXT_REJECTED};
+      aRefusal = Refusal{ServiceUser, ApplicationContextNameNotSupported, TN_APPLICATION_CONTEXT_REJECTED};
    }
    return aRefusal;
 }
 
-int PDU_Service::Reject(unsigned char theReason, TNResultCode theCode)
+int PDU_Service::Reject(const Refusal& theRefusal)
 {
-   SendRejection(RejectedPermanent, ServiceUser, theReason);
-   return Fail(theCode);
+   SendRejection(RejectedPermanent, theRefusal.itsSource, theRefusal.itsReason);
+   return Fail(theRefusal.itsCode);
 }
 
 void PDU_Service::SendRejection(unsigned char theResult, unsigned char theSource, unsigned char theReason)
@@ -340,6 +350,11 @@ void PDU_Service::AddTransferSyntaxes(PresentationContextItem& theContext)
 {
    theContext.AddTransferSyntax(TransferSyntaxType::TSLEExplicitUID);
    theContext.AddTransferSyntax(TransferSyntaxType::TSLEImplicitUID);
+}
+
+int PDU_Service::ShouldIAcceptProtocolVersion(UINT16)
+{
+   return 1;
 }
 
 int PDU_Service::ShouldIAcceptRemoteAppTitle(const RWCString&)

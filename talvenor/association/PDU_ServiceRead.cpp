@@ -1,4 +1,7 @@
 // Receiving messages (PS3.8 9.2, PS3.7 6.3), and what else a peer sends between and inside them.
+#include <cerrno>
+#include <utility>
+
 #include "talvenor/association/AssociationTransport.h"
 #include "talvenor/association/PDU_Service.h"
 #include "talvenor/association/PDU_ServiceTrace.h"
@@ -16,20 +19,35 @@ namespace
 // A command set is held in memory; it consists of a few short elements.
 constexpr unsigned int kLongestCommand = 1048576; // bytes
 
+// PS3.7 E.1, Command Data Set Type.
+bool AnnouncesDataset(const DICOMObject& theCommand)
+{
+   constexpr UINT16 kNoDataset = 0x0101;
+   UINT16 aType = kNoDataset;
+   return theCommand.GetUINT16(0x0000, 0x0800, aType) && aType != kNoDataset;
+}
+
 double SecondsSince(INT64 theStart)
 {
    return static_cast<double>(SystemClock::Get().MonotonicMilliseconds() - theStart) / 1000;
 }
 
-AAbortRQPDU::AbortReason ReasonFor(TNResultCode theCode)
+// Why a message cannot be read, in the words of an A-ABORT (PS3.8 table 9-26). What is malformed is a parameter of a PDU,
+// unless the PDU itself is of no type that there is.
+AAbortRQPDU::AbortReason ReasonFor(TNResultCode theCode, const PDUInputStream& theInput)
 {
    switch (theCode)
    {
-   case TN_INVALID_PDU: return AAbortRQPDU::AbortReasonUnrecognizedPDU;
-   case TN_PDU_LENGTH_MISMATCH:
-   case TN_CONTEXT_NOT_ACCEPTED:
-   case TN_PDV_CONTEXT_MISMATCH: return AAbortRQPDU::AbortReasonInvalidPDUParameter;
-   default: return AAbortRQPDU::AbortReasonNotSpecified;
+   case TN_INVALID_PDU:
+      return theInput.GetPDUType() == PDUInputStream::PDataTF ? AAbortRQPDU::AbortReasonInvalidPDUParameter
+                                                              : AAbortRQPDU::AbortReasonUnrecognizedPDU;
+   case TN_SYSTEM_CALL_FAILED:
+   case TN_NOT_CONNECTED:
+   case TN_OUT_OF_MEMORY:
+   case TN_TRANSFER_SYNTAX_UNSUPPORTED:
+   case TN_TRANSPORT_TIMED_OUT:
+   case TN_CANCELLED: return AAbortRQPDU::AbortReasonNotSpecified; // nothing of it is the peer's
+   default: return AAbortRQPDU::AbortReasonInvalidPDUParameter;
    }
 }
 } // namespace
@@ -166,7 +184,10 @@ void PDU_Service::FailHeader()
          TracePDU("Transport timed out while awaiting start of command");
       }
       break;
-   case TN_CANCELLED: break;
+   case TN_CANCELLED:
+      itsResultCode = TN_CLOSED_BY_PEER;
+      itsSystemErrorCode = ECANCELED; // by this side, which can tell it by that
+      break;
    default: itsResultCode = TN_CLOSED_BY_PEER; break;
    }
 }
@@ -186,7 +207,8 @@ void PDU_Service::FailMessage()
       return;
    }
    SaveResultCodes();
-   AbortAndWaitForTransportCloseOrTimeout(AbortSourceServiceProvider, ReasonFor(itsResultCode));
+   AbortAndWaitForTransportCloseOrTimeout(AbortSourceServiceProvider,
+                                          ReasonFor(itsResultCode, itsTransport->GetInput()));
    CloseTransport();
    RestoreResultCodes();
    itsStatus = ProtocolError;
@@ -202,9 +224,15 @@ InputTransferSyntax* PDU_Service::OpenMessage(Wanted theWanted)
                               0);
    }
    const bool isCommand = aMessage.GetMessageType() == PDVMessageType::CommandMessage;
+   const bool isExpected = isCommand || std::exchange(itsMayHaveDataset, false);
    if (!isCommand && theWanted == Wanted::Command)
    {
-      aMessage.Flush(); // a data set that its command did not announce
+      if (!isExpected)
+      {
+         throw StreamIOException("PDU_Service::Read(): a data set that no command has announced", TN_UNEXPECTED_DATASET,
+                                 0);
+      }
+      aMessage.Flush(); // nobody has read it
       return nullptr;
    }
    if (isCommand && theWanted == Wanted::Data)
@@ -228,6 +256,7 @@ InputTransferSyntax* PDU_Service::OpenMessage(Wanted theWanted)
           TN_PDV_CONTEXT_MISMATCH, 0);
    }
    itsCurrentContext = *aContext;
+   itsMayHaveDataset = isCommand; // until it is known what the command says
    const RWCString aSyntax =
        isCommand ? TransferSyntaxType::TSLEImplicitUID : aContext->GetTransferSyntaxUID().ToString();
    const TransferSyntaxType* const aType = TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(aSyntax);
@@ -328,6 +357,10 @@ int PDU_Service::ReadObject(DICOMObject& theObject, Wanted theWanted)
       FailMessage();
       ++itsReadStatistics.itsErrorCount;
       return 0;
+   }
+   if (theWanted == Wanted::Command)
+   {
+      itsMayHaveDataset = AnnouncesDataset(theObject);
    }
    ++itsReadStatistics.itsOKCount;
    itsReadStatistics.itsSeconds += SecondsSince(aStart);
