@@ -94,6 +94,13 @@ void CloseSocket(int theSocket)
    ::close(theSocket); // not repeated when interrupted: the descriptor is gone then
 }
 
+void ResetSocket(int theSocket)
+{
+   const linger aLinger = {1, 0};
+   ::setsockopt(theSocket, SOL_SOCKET, SO_LINGER, &aLinger, sizeof aLinger);
+   ::close(theSocket);
+}
+
 bool SetBufferSize(int theSocket, SocketBuffer theBuffer, int theSize)
 {
    return SetOption(theSocket, SOL_SOCKET, BufferOption(theBuffer), theSize);

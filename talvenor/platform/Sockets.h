@@ -54,6 +54,10 @@ struct MutableBlock
 int CreateSocket(SocketKind theKind); // in blocking mode
 void CloseSocket(int theSocket);      // ends both directions first; changes errno
 
+// Closes a connection whose peer takes nothing any more: what he has not taken is dropped. Otherwise the system would
+// keep it for minutes.
+void ResetSocket(int theSocket);
+
 // In bytes, as asked for. Linux doubles what it is given to have room for its own bookkeeping and reports the double;
 // that is undone here, so that a size granted in full reads back as it was set.
 bool SetBufferSize(int theSocket, SocketBuffer theBuffer, int theSize);

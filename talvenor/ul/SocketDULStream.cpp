@@ -202,13 +202,14 @@ bool SocketDULStream::SendHeldOutputAnd(const unsigned char* theBytes, unsigned 
    return aResult > 0;
 }
 
-// A peer that does not read must not hold up whoever closes.
+// A peer that does not read must not hold up whoever closes, nor the memory of what was sent to him.
 void SocketDULStream::Close()
 {
    if (!itsHeldOutput->IsEmpty() && OutputConnected() && !SendHeldOutput(kLastFlushMilliseconds))
    {
       SocketTrace::Line(TNTrace::TNTraceDULStream, "SocketDULStream::Close(): ", itsHeldOutput->GetByteCount(),
                         " bytes could not be sent");
+      TNPlatform::ResetSocket(itsSocket.UnmanageConnection());
    }
    itsHeldOutput->Clear();
    itsReadAheadCount = 0;

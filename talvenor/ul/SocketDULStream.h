@@ -49,7 +49,8 @@ public:
    void Write(IOBuffer* theBuffer) override;
    void Write(const unsigned char* theBytes, unsigned int theCount) override;
 
-   // Sends what is held back if the peer takes it within 2 seconds, and not when an abort was requested.
+   // Sends what is held back if the peer takes it within 2 seconds, and not when an abort was requested. The connection of
+   // one that does not take it is reset.
    void Close() override;
 
    // Throws what a write throws.
