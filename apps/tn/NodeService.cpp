@@ -1,6 +1,7 @@
 #include "apps/tn/NodeService.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "apps/tn/NodeLog.h"
 #include "apps/tn/Tags.h"
@@ -96,7 +97,33 @@ std::string NodeService::Describe(TNResultCode theEnd) const
       const std::string aPart = aRole->Describe();
       aText += aPart.empty() ? "" : aPart + ", ";
    }
+   if (theEnd == TN_CANCELLED || (theEnd == TN_CLOSED_BY_PEER && GetSystemErrorCode() == ECANCELED))
+   {
+      return aText + "ended from here: idle or slow for too long, or the node stops";
+   }
    return aText + (theEnd == TN_PEER_RELEASED ? "released" : TNResult::Describe(theEnd));
+}
+
+// PS3.8 9.3.2: the bit of version 1, whatever else is offered.
+int NodeService::ShouldIAcceptProtocolVersion(UINT16 theVersions)
+{
+   return theVersions & 1;
+}
+
+// DICOM's own (PS3.7 A.2.1), and any other one only where the policy lists it: a list refuses the empty name.
+int NodeService::ShouldIAcceptApplicationContext(const ApplicationContextItem& theContext)
+{
+   const bool isListed = !CheckedPDU_Service::ShouldIAcceptApplicationContext(ApplicationContextItem());
+   return CheckedPDU_Service::ShouldIAcceptApplicationContext(theContext) &&
+          (isListed || theContext.GetName() == "1.2.840.10008.3.1.1.1");
+}
+
+// An ID stands for one context (PS3.8 9.3.2.2): nobody could tell to which of two a message belongs.
+int NodeService::ShouldIAcceptPresentationContext(const PresentationContextItem& theContext,
+                                                  const PresentationContextAcceptItem& theAnswer)
+{
+   return GetUsablePresentationContext(theContext.GetPresentationContextID()) == nullptr &&
+          CheckedPDU_Service::ShouldIAcceptPresentationContext(theContext, theAnswer);
 }
 
 int NodeService::ShouldIAcceptAbstractSyntax(const AbstractSyntaxSubItem& theSyntax, unsigned char& theSCPRole,

@@ -21,6 +21,10 @@ public:
    // Answers the request on theStream, which is taken, with a refusal: there are too many associations.
    void Refuse(GuardedStream* theStream);
 
+   // Hooks of negotiation: what PS3.8 fixes, and what the policy does not narrow further.
+   int ShouldIAcceptApplicationContext(const ApplicationContextItem& theContext) override;
+   int ShouldIAcceptPresentationContext(const PresentationContextItem& theContext,
+                                        const PresentationContextAcceptItem& theAnswer) override;
    int ShouldIAcceptAbstractSyntax(const AbstractSyntaxSubItem& theSyntax, unsigned char& theSCPRole,
                                    unsigned char& theSCURole) override;
 
@@ -28,6 +32,7 @@ public:
                                                         const TransferSyntaxCandidates& theCandidates) override;
 
 protected:
+   int ShouldIAcceptProtocolVersion(UINT16 theVersions) override;
    void OnUnreadableRequest(TNResultCode theCode) override;
 
 private:

@@ -1,6 +1,8 @@
 #include "apps/tn/Requester.h"
 
 #include <algorithm>
+#include <bitset>
+#include <cerrno>
 #include <cmath>
 #include <memory>
 #include <sstream>
@@ -62,6 +64,21 @@ bool AreSyntaxesOffered(const PDU_Service& theService)
          return theSyntax->GetUID() == theContext.GetTransferSyntaxUID();
       });
    });
+}
+
+// The ID of a context that the peer answers more than once, 0 for none: which of the answers holds nobody knows.
+unsigned int FindDoubledAnswer(const AAssociateACPDU& theAnswer)
+{
+   std::bitset<256> aSeen;
+   for (const PresentationContextAcceptItem& aContext : theAnswer.GetAcceptedContextList())
+   {
+      if (aSeen.test(aContext.PresentationContextID()))
+      {
+         return aContext.PresentationContextID();
+      }
+      aSeen.set(aContext.PresentationContextID());
+   }
+   return 0;
 }
 } // namespace
 
@@ -126,6 +143,12 @@ void Requester::Associate(PDU_Service& theService, Watchdog& theWatchdog) const
    {
       throw ExplainFailure(theService, wasLate);
    }
+   if (const unsigned int anID = FindDoubledAnswer(theService))
+   {
+      Abort(theService, theWatchdog);
+      throw NetworkFailure(ExitCode::kPeerFailed,
+                           "the peer answers context " + std::to_string(anID) + " more than once");
+   }
    if (!AreSyntaxesOffered(theService))
    {
       Abort(theService, theWatchdog);
@@ -152,11 +175,14 @@ NetworkFailure Requester::ExplainFailure(const PDU_Service& theService, bool was
    {
       return NetworkFailure(ExitCode::kTimedOut, "no answer within " + Seconds(itsTimeout));
    }
+   if (aCode == TN_CANCELLED || theService.GetSystemErrorCode() == ECANCELED)
+   {
+      return NetworkFailure(ExitCode::kCancelled, kInterrupted);
+   }
    switch (aCode)
    {
    case TN_ASSOCIATION_REJECTED: return NetworkFailure(ExitCode::kRejected, ExplainRejection(theService));
    case TN_ALL_CONTEXTS_REJECTED: return NetworkFailure(ExitCode::kNoContext, ExplainContexts(theService));
-   case TN_CANCELLED: return NetworkFailure(ExitCode::kCancelled, kInterrupted);
    case TN_PEER_ABORTED: return NetworkFailure(ExitCode::kPeerFailed, ExplainAbort(theService));
    case TN_PEER_RELEASED:
       return NetworkFailure(ExitCode::kPeerFailed, "the peer released the association instead of answering");

@@ -10,11 +10,9 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include "support/PDUBytes.h"
 #include "support/RunTn.h"
+#include "support/ServedNode.h"
 #include "support/TemporaryDirectory.h"
 #include "talvenor/ul/Socket.h"
 
@@ -26,70 +24,11 @@ namespace
 const std::string kVerification = "1.2.840.10008.1.1";
 const std::string kRequest = Request({{1, kVerification, {"1.2.840.10008.1.2"}}});
 
-// The program in the background.
-class ServedNode
+std::string Changed(std::string theBytes, std::size_t thePlace, char theByte)
 {
-public:
-   explicit ServedNode(const std::vector<std::string>& theOptions)
-   {
-      std::vector<std::string> anArguments{TN_PROGRAM, "serve", "--port", "0", "--bind", "127.0.0.1"};
-      anArguments.insert(anArguments.end(), theOptions.begin(), theOptions.end());
-      std::vector<char*> aPointers;
-      for (std::string& anArgument : anArguments)
-      {
-         aPointers.push_back(anArgument.data());
-      }
-      aPointers.push_back(nullptr);
-      itsProcess = fork();
-      if (itsProcess == 0)
-      {
-         if (std::freopen(itsFolder.File("log").c_str(), "w", stderr) != nullptr)
-         {
-            execv(TN_PROGRAM, aPointers.data());
-         }
-         _exit(127);
-      }
-      for (int i = 0; i < 500 && itsPort.empty(); ++i)
-      {
-         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-         const std::string aLog = Log();
-         const std::size_t aPlace = aLog.find("listens on port ");
-         if (aPlace != std::string::npos && aLog.back() == '\n')
-         {
-            itsPort = aLog.substr(aPlace + 16, aLog.size() - aPlace - 17);
-         }
-      }
-      if (itsPort.empty())
-      {
-         throw std::runtime_error("tn serve does not listen: " + Log());
-      }
-   }
-   ~ServedNode() { Stop(); }
-
-   // Returns the exit code.
-   int Stop()
-   {
-      if (itsProcess > 0)
-      {
-         kill(itsProcess, SIGTERM);
-         int aStatus = 0;
-         waitpid(itsProcess, &aStatus, 0);
-         itsProcess = 0;
-         itsExitCode = WIFEXITED(aStatus) ? WEXITSTATUS(aStatus) : -1;
-      }
-      return itsExitCode;
-   }
-
-   const std::string& Port() const { return itsPort; }
-   std::string Log() const { return ReadFile(itsFolder.File("log")); }
-   bool Echoes() const { return Tn("echo --timeout 5 ANY@127.0.0.1:" + itsPort).itsCode == 0; }
-
-private:
-   TemporaryDirectory itsFolder;
-   pid_t itsProcess = 0;
-   std::string itsPort;
-   int itsExitCode = -1;
-};
+   theBytes.at(thePlace) = theByte;
+   return theBytes;
+}
 
 // A peer that says what it is told to.
 class RawPeer
@@ -142,11 +81,18 @@ TEST(TnServe, AnswersBadPeersByTheBookAndGoodOnesMeanwhile)
         "ABORT(2,6) end"},
        {"half a request", kRequest.substr(0, 100), " end"}, // when its time is over
        {"nothing", "", " end"},
+       {"abort first", Abort(0, 0), " end"},
+       {"protocol version 2", Changed(kRequest, 7, '\2'), "RJ end"},
+       {"another application context", Changed(kRequest, 94, '2'), "RJ end"},
        {"class that is not served", Request({{1, "1.2.3", {"1.2.840.10008.1.2"}}}), "AC end"},
        {"release", kRequest + ReleaseRequest(), "AC RELEASED end"},
        {"unknown command", kRequest + PData(PDV(1, 3, "\0\0\0\1\2\0\0\0\x77\x77"s)), "AC ABORT(0,0) end"},
+       {"an ID twice",
+        Request({{1, kVerification, {"1.2.840.10008.1.2"}}, {1, kVerification, {"1.2.840.10008.1.2.1"}}}) +
+            PData(PDV(1, 2, "abcd")),
+        "AC ABORT(2,6) end"},
        {"second request", kRequest + kRequest, "AC ABORT(2,2) end"},
-       {"PDV of length 1", kRequest + PData("\0\0\0\1\1\3"s), "AC ABORT(2,1) end"},
+       {"PDV of length 1", kRequest + PData("\0\0\0\1\1\3"s), "AC ABORT(2,6) end"},
    };
    for (const auto& aCase : kCases)
    {
