@@ -13,6 +13,7 @@
 #include "apps/tn/QueryKeys.h"
 #include "apps/tn/QueryLevel.h"
 #include "apps/tn/QuerySession.h"
+#include "apps/tn/ReceivingNode.h"
 #include "apps/tn/Tags.h"
 #include "talvenor/foundation/OneLine.h"
 
@@ -123,6 +124,13 @@ MoveCommand::MoveCommand(CLI::App& theProgram)
    itsOptions.add_option("--model", itsModel, "The information model")
        ->check(CLI::IsMember(ModelNames()))
        ->capture_default_str();
+   CLI::Option* const aFolder =
+       itsOptions.add_option("--receive", itsFolder, "Be that node, and keep what comes in this folder")
+           ->type_name("DIR");
+   itsOptions.add_option("--port", itsPort, "The port to receive on, as the archive knows it; 0 is any free one")
+       ->check(CLI::Range(0, 65535))
+       ->capture_default_str()
+       ->needs(aFolder);
    itsOptions.footer(
        "Without any of what is to be moved, standard input is read: the lines of tn find --json.\n\n"
        "Exit codes: 0 all moved, 1 some instances failed or nothing matched, 2 wrong use, 5 no connection, 6 "
@@ -130,6 +138,7 @@ MoveCommand::MoveCommand(CLI::App& theProgram)
        "rejected, 7 retrieval was not accepted, 8 the peer failed, 9 no answer in time, 10 interrupted.\n\n"
        "Examples:\n"
        "  tn move --to WORKSTATION --accession A4711 ARCHIVE@pacs.example:104\n"
+       "  tn move --to WORKSTATION --receive study/ --port 11112 --study 1.2.3 ARCHIVE@pacs.example:104\n"
        "  tn find --json -k 'PatientName=LE*' ARCHIVE@pacs.example:104 | tn move --to WORKSTATION "
        "ARCHIVE@pacs.example:104");
 }
@@ -144,7 +153,7 @@ int MoveCommand::Run()
       Select();
       itsRequester.SetDefaults();
       Interruption::Take();
-      return Move();
+      return itsFolder.empty() ? Move() : Receive();
    }
    catch (const NetworkFailure& aFailure)
    {
@@ -243,6 +252,13 @@ void MoveCommand::Select()
                                      "; another --model can");
       }
    }
+}
+
+int MoveCommand::Receive()
+{
+   const ReceivingNode aNode(itsDestination, itsPort, itsFolder);
+   std::cerr << "tn move: " << itsDestination << " listens on port " << aNode.GetPort() << std::endl;
+   return Move();
 }
 
 int MoveCommand::Move()

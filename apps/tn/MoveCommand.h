@@ -27,6 +27,7 @@ private:
    bool IsSelected() const;
    void Select();
    void CheckSelection() const;
+   int Receive();
    int Move();
    int MoveAll(QuerySession& theSession);
    int MoveOne(QuerySession& theSession, const MoveRequest& theRequest);
@@ -43,5 +44,7 @@ private:
    TextList itsSeries;
    TextList itsInstances;
    TextList itsAccessions;
+   std::string itsFolder; // to receive in; empty: another node does
+   int itsPort = 11112;
    MoveRequests itsRequests;
 };

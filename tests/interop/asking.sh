@@ -1,5 +1,5 @@
 # The part of interop.sh about questions: tn find and tn move ask archives and a worklist of other makers. Sourced.
-asked=$(free_port) asked_orthanc=$(free_port) worklist=$(free_port) destination=$(free_port)
+asked=$(free_port) asked_orthanc=$(free_port) worklist=$(free_port) destination=$(free_port) receiver=$(free_port)
 mkdir -p "$work/asked" "$work/asked-orthanc" "$work/worklist/WL" "$work/moved"
 cat > "$work/asked.cfg" << END
 NetworkTCPPort = $asked
@@ -8,6 +8,7 @@ MaxAssociations = 16
 HostTable BEGIN
 destination = (DESTINATION, 127.0.0.1, $destination)
 dead = (DEAD, 127.0.0.1, $nobody)
+receiver = (RECEIVER, 127.0.0.1, $receiver)
 HostTable END
 VendorTable BEGIN
 VendorTable END
@@ -64,6 +65,9 @@ for peer in "$archive" "$their_orthanc"; do
    row "tn move from ${peer%%@*} to a node that it does not know" 8 '' "$tn" move --to NOBODY --study "$study" "$peer"
 done
 row "tn move from dcmqrscp to a dead node" 8 "failed $instance" "$tn" move --to DEAD --study "$study" "$archive"
+row "tn move receives itself" 0 '1 completed, 0 failed' "$tn" move --to RECEIVER --receive "$work/received-here" \
+   --port "$receiver" --study "$study" "$archive"
+row "what tn move received is there" 0 "$instance.dcm" find "$work/received-here" -name "$instance.dcm"
 row "tn find the worklist" 0 'Müller\^Jörg.*SPS2' "$tn" find --worklist "WL@127.0.0.1:$worklist"
 row "tn find what is to be done with a modality" 0 '"ScheduledProcedureStepID":"SPS1"' "$tn" find --worklist --json \
    -k ScheduledProcedureStepSequence.Modality=CT "WL@127.0.0.1:$worklist"
