@@ -81,9 +81,12 @@ int ServeCommand::Run()
       itsTracing.Begin();
       SetDefaults();
       NodeRoleMakers aRoles = {[] { return std::make_unique<EchoRole>(); }};
+      if (itsStorage.IsWanted() && !itsStorage.Begin())
+      {
+         return ExitCode::kCouldNotWrite;
+      }
       if (itsStorage.IsWanted())
       {
-         itsStorage.Begin();
          aRoles.push_back(itsStorage.MakeRole());
       }
       Node aNode(itsSettings, aRoles);
