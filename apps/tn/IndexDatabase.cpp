@@ -133,6 +133,7 @@ struct IndexDatabase::Statements
    SQLiteStatement itsOneSeries{itsDatabase, "SELECT row FROM series WHERE study = ? AND SeriesInstanceUID = ?"};
    SQLiteStatement itsPath{itsDatabase, "SELECT path FROM instance WHERE SOPInstanceUID = ?"};
    SQLiteStatement itsInstance{itsDatabase, "SELECT row, series FROM instance WHERE SOPInstanceUID = ?"};
+   SQLiteStatement itsMember{itsDatabase, "SELECT row FROM instance WHERE series = ? LIMIT 1"};
    SQLiteStatement itsRemoval{itsDatabase, "DELETE FROM instance WHERE row = ?"};
    SQLiteStatement itsBegin{itsDatabase, "BEGIN IMMEDIATE"};
    SQLiteStatement itsCommit{itsDatabase, "COMMIT"};
@@ -230,12 +231,12 @@ bool IndexDatabase::Remove(const std::string& theSOPInstanceUID)
       return false;
    }
    const std::int64_t aRow = anInstance.GetNumber(0);
-   const bool hasSeries = !anInstance.IsNull(1);
+   const std::int64_t aSeries = anInstance.GetNumber(1); // 0 for none
    anInstance.Reset();
    itsStatements->itsRemoval.Bind(1, aRow).Run();
-   if (hasSeries)
+   if (aSeries != 0 && !RowOf(itsStatements->itsMember.Bind(1, aSeries)))
    {
-      itsSeries.clear(); // it may have been the last of one
+      itsSeries.clear(); // it was the last of one
       itsDatabase.Execute("DELETE FROM series WHERE NOT EXISTS (SELECT 1 FROM instance WHERE series = series.row)");
       itsDatabase.Execute("DELETE FROM study WHERE NOT EXISTS (SELECT 1 FROM series WHERE study = study.row)");
       itsDatabase.Execute("DELETE FROM patient WHERE NOT EXISTS (SELECT 1 FROM study WHERE patient = patient.row)");
