@@ -1,5 +1,5 @@
-// One JSON object (RFC 8259) as tn find writes it: the texts among its members by name. What is nested in it is checked and
-// left out.
+// One JSON object (RFC 8259) as tn find writes it: the texts among its members by name. What is nested in it is checked
+// and left out.
 #pragma once
 
 #include <map>

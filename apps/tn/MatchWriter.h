@@ -1,5 +1,5 @@
-// Shows the matches of a query on standard output as they come: as a table, as comma-separated values (RFC 4180) or as JSON,
-// an object a line. Text is UTF-8; nothing in it can move the cursor of a terminal.
+// Shows the matches of a query on standard output as they come: as a table, as comma-separated values (RFC 4180) or as
+// JSON, an object a line. Text is UTF-8; nothing in it can move the cursor of a terminal.
 #pragma once
 
 #include <memory>

@@ -25,9 +25,9 @@ struct MoveRequest
 class MoveRequests
 {
 public:
-   // The most specific of the four that are not empty is moved, the others tell where it belongs. Joins what can be asked
-   // for together; what is there already is left out. Throws std::invalid_argument for what is no UID, and when all are
-   // empty.
+   // The most specific of the four that are not empty is moved, the others tell where it belongs. Joins what can be
+   // asked for together; what is there already is left out. Throws std::invalid_argument for what is no UID, and when
+   // all are empty.
    void Add(const std::string& thePatient, const std::string& theStudy, const std::string& theSeries,
             const std::string& theInstance);
 

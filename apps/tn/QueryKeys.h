@@ -46,6 +46,6 @@ private:
    std::vector<Column> itsColumns;
 };
 
-// The keys of a query, a line each; empty lines are between queries, lines with # at the beginning are skipped. False at the
-// end.
+// The keys of a query, a line each; empty lines are between queries, lines with # at the beginning are skipped. False
+// at the end.
 bool ReadKeys(std::istream& theInput, std::vector<std::string>& theKeys);

@@ -1,5 +1,5 @@
-// The levels and the information models of Query/Retrieve (PS3.4 C.6) and of the Modality Worklist (K.6), as users of tn name
-// them, and what a query asks for when nothing else is said.
+// The levels and the information models of Query/Retrieve (PS3.4 C.6) and of the Modality Worklist (K.6), as users of
+// tn name them, and what a query asks for when nothing else is said.
 #pragma once
 
 #include <string>
@@ -38,6 +38,6 @@ const char* QueryLevelText(QueryLevel theLevel);
 // Which attribute names an entity of the level uniquely, as a tag.
 UINT32 UniqueKeyOf(QueryLevel theLevel);
 
-// What to ask for, as keys of the command line. In a hierarchical query only attributes of the level itself and the unique
-// keys above it may be asked for; those of the patient belong to studies where that is the uppermost level.
+// What to ask for, as keys of the command line. In a hierarchical query only attributes of the level itself and the
+// unique keys above it may be asked for; those of the patient belong to studies where that is the uppermost level.
 std::vector<const char*> DefaultKeys(const QueryModel& theModel, QueryLevel theLevel);

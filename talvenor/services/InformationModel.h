@@ -1,5 +1,5 @@
-// The information models in which a peer is asked: their numbers, which a host's hooks are given, and the SOP classes that
-// query and retrieve in them (PS3.4 C.6, K.6).
+// The information models in which a peer is asked: their numbers, which a host's hooks are given, and the SOP classes
+// that query and retrieve in them (PS3.4 C.6, K.6).
 #pragma once
 
 #include "talvenor/Export.h"

@@ -1,5 +1,5 @@
-// What a host answers to a query or a retrieve: the matches, which are destroyed with this, and how it went. Not part of the
-// library's interface.
+// What a host answers to a query or a retrieve: the matches, which are destroyed with this, and how it went. Not part
+// of the library's interface.
 #pragma once
 
 #include <cstddef>

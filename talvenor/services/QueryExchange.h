@@ -1,5 +1,5 @@
-// The requester's side of C-FIND and C-MOVE: a request, and responses until one is final (PS3.7 9.1.2, 9.1.4). Not part of
-// the library's interface.
+// The requester's side of C-FIND and C-MOVE: a request, and responses until one is final (PS3.7 9.1.2, 9.1.4). Not part
+// of the library's interface.
 #pragma once
 
 #include <functional>

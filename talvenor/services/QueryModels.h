@@ -1,5 +1,5 @@
-// The queries: one class for each information model. See StandardQuery. A host derives from one and overrides DoQuery and
-// CFindProgressCallback.
+// The queries: one class for each information model. See StandardQuery. A host derives from one and overrides DoQuery
+// and CFindProgressCallback.
 #pragma once
 
 #include "talvenor/dictionary/UID.h"

@@ -1,5 +1,5 @@
-// One C-MOVE as its provider goes through it (PS3.4 C.4.2.2): the destination gets the instances one after the other, the
-// requester a response after each of them. Not part of the library's interface.
+// One C-MOVE as its provider goes through it (PS3.4 C.4.2.2): the destination gets the instances one after the other,
+// the requester a response after each of them. Not part of the library's interface.
 #pragma once
 
 #include <cstddef>

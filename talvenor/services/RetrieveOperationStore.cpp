@@ -116,8 +116,8 @@ bool RetrieveOperation::Connect(const DICOMDataObject* theMatch, Instance& theIn
    return true;
 }
 
-// A data set of which a part is on its way is never ended as if it were whole, and an answer to it would be taken for that of
-// the next instance: the association goes with it.
+// A data set of which a part is on its way is never ended as if it were whole, and an answer to it would be taken for
+// that of the next instance: the association goes with it.
 bool RetrieveOperation::Send(const DICOMDataObject* theMatch, Instance& theInstance, RunTimeClassStorage& theStorage)
 {
    try

@@ -57,8 +57,8 @@ bool Request(PDU_Service& theService, const StoreConnection& theConnection, cons
    return aStream != nullptr && theService.RequestAssociation(aStream) && theService.Connected();
 }
 
-// An association that a host keeps may lead to the destination of an earlier C-MOVE: an instance must never go to another
-// node than it was meant for. One whose peer has no name is the host's own choice.
+// An association that a host keeps may lead to the destination of an earlier C-MOVE: an instance must never go to
+// another node than it was meant for. One whose peer has no name is the host's own choice.
 bool LeadsTo(const PDU_Service& theService, const RWCString& theTitle)
 {
    const AETitle aPeer(theService.GetRemoteAddress());

@@ -1,23 +1,24 @@
 // The retrieve part of the Query/Retrieve service classes (PS3.4 C.4.2), base of the classes for the information models
-// (RetrieveModels.h). C-MOVE in both roles: the requester asks for instances to be sent to a third node, its destination, and
-// the provider sends each of them there by a C-STORE of its own.
+// (RetrieveModels.h). C-MOVE in both roles: the requester asks for instances to be sent to a third node, its
+// destination, and the provider sends each of them there by a C-STORE of its own.
 //
 // As SCU a host derives and takes the numbers of sub-operations in CMoveProgressCallback:
 //
 //    if (aRetrieve.Write(aService, anIdentifier, "WORKSTATION")) ...
 //
-// As SCP a host derives, says in DoQuery what matches, in GetMoveDestination who is called what, in RetrieveHeader where the
-// instances are, and keeps a second service for the destination:
+// As SCP a host derives, says in DoQuery what matches, in GetMoveDestination who is called what, in RetrieveHeader
+// where the instances are, and keeps a second service for the destination:
 //
 //    if (aService.ReadCommand(aCommand))
 //       aRetrieve.Read(aService, aStoreService, aCommand, aStatus, aComment, aCompleted, aFailed, aWarning);
 //
-// An instance passes from its file to the destination element by element; only what comes before its pixel data is held.
-// It is sent in the syntax in which it is stored, or decompressed when the destination takes that in no compressed form.
+// An instance passes from its file to the destination element by element; only what comes before its pixel data is
+// held. It is sent in the syntax in which it is stored, or decompressed when the destination takes that in no
+// compressed form.
 //
-// Write and Read return non-zero for success and 0 for failure, with the cause in PDU_Service::GetResultCode; none ends the
-// association of the C-MOVE of itself. No data: an object serves any number of operations one after the other, and several
-// at a time if the host's hooks do.
+// Write and Read return non-zero for success and 0 for failure, with the cause in PDU_Service::GetResultCode; none ends
+// the association of the C-MOVE of itself. No data: an object serves any number of operations one after the other, and
+// several at a time if the host's hooks do.
 #pragma once
 
 #include "talvenor/dimse/CMoveRQ.h"
@@ -68,17 +69,19 @@ public:
                        RWTValOrderedVector<DICOMDataObject*>& theMatches, UINT16& theStatus, RWCString& theErrorComment,
                        RWTValOrderedVector<MAttributeTag>& theOffending) = 0;
 
-   // Opens the instance of theMatch, which is lent. 0 for success: theHeader holds its elements before the pixel data, SOP
-   // class and instance UID among them; theInput, the caller's from then on, stands at the next element;
+   // Opens the instance of theMatch, which is lent. 0 for success: theHeader holds its elements before the pixel data,
+   // SOP class and instance UID among them; theInput, the caller's from then on, stands at the next element;
    // theSourceSyntax, lent for the time of the operation, is the one in which it is stored; theSize is whatever the
    // callback should be told. Non-zero for failure, which counts as a failed sub-operation.
    virtual int RetrieveHeader(const DICOMDataObject* theMatch, DICOMDataObject& theHeader,
                               InputTransferSyntax*& theInput, const TransferSyntaxType*& theSourceSyntax,
                               unsigned int& theSize) = 0;
 
-   // Makes native pixel data, the caller's, of theCompressedPixels, which is lent as the syntax is; what it says of them
-   // (bits, photometric interpretation, planar configuration, lossy compression) has to become true in theHeader, which is sent afterwards.
-   // Without any (null) the instance is sent without pixel data: throw where it cannot be done.
+   // Makes native pixel data, the caller's, of theCompressedPixels, which is lent as the syntax is; what it says of
+   // them (bits, photometric interpretation, planar configuration, lossy compression) has to become true in theHeader,
+   // which is sent afterwards. Without any (null) the instance is sent without pixel data: throw where it cannot be
+   // done. Unless it comes from JPEG 2000 lossless or RLE, theHeader is marked with the private element
+   // ReconstImageFlag of CORVAN0: a private dictionary has to know that, or the sub-operation fails.
    virtual void DoStreamingDecompression(DICOMDataObject& theHeader, const TransferSyntaxType* theSourceSyntax,
                                          PixelDataFragmentInputStreamVR* theCompressedPixels,
                                          VR*& theDecompressedPixels) = 0;
@@ -88,8 +91,8 @@ public:
    virtual void CMoveProgressCallback(PDU_Service& theService, DICOMCommandObject& theResponse,
                                       DICOMDataObject& theIdentifier, int theProgress) = 0;
 
-   // The host's callback as SCP. theSize is that of RetrieveHeader from StoreAssociationFailed to SubOperationCompleted and
-   // 0 otherwise. The base does nothing.
+   // The host's callback as SCP. theSize is that of RetrieveHeader from StoreAssociationFailed to SubOperationCompleted
+   // and 0 otherwise. The base does nothing.
    virtual void CMoveServiceProgressCallback(PDU_Service& theService, const DICOMObject& theObject,
                                              unsigned int theSize, UINT16 theStatus, const RWCString& theMessage,
                                              CMoveProgressType theProgress);
@@ -101,21 +104,21 @@ public:
    virtual int GetMoveDestination(const RWCString& theDestinationTitle, RWCString& theCallingTitle, RWCString& theHost,
                                   RWCString& thePort) = 0;
 
-   // Asks, and hands every response to the callback until one is final. 1 when that tells success; a warning, which says
-   // that some instances failed, is 0. After 0 more responses may be on their way, unless the callback was told
+   // Asks, and hands every response to the callback until one is final. 1 when that tells success; a warning, which
+   // says that some instances failed, is 0. After 0 more responses may be on their way, unless the callback was told
    // QueryFailed: end the association.
    int Write(PDU_Service& theService, DICOMDataObject& theIdentifier, const AETitle& theMoveDestination);
 
-   // Takes a command that ReadCommand has read, sends what matches to the destination and answers, with a pending response
-   // after each instance. The last five tell what was answered; nothing counts as a warning. The result is 0 unless the
-   // response to the whole was sent, also when the request was refused.
+   // Takes a command that ReadCommand has read, sends what matches to the destination and answers, with a pending
+   // response after each instance. The last five tell what was answered; nothing counts as a warning. The result is 0
+   // unless the response to the whole was sent, also when the request was refused.
    //
    // theStoreService is connected to the destination when it is not already, and left open, so that the next C-MOVE to
-   // the same destination reuses it. One that failed is closed. Whoever keeps it open for long must expect the destination
-   // to end it: instances fail then that a new association would have carried.
+   // the same destination reuses it. One that failed is closed. Whoever keeps it open for long must expect the
+   // destination to end it: instances fail then that a new association would have carried.
    //
-   // An instance that a destination refuses ends the sub-operations, a connection that fails or an instance that cannot be
-   // read does not: the next match is tried.
+   // An instance that a destination refuses ends the sub-operations, a connection that fails or an instance that cannot
+   // be read does not: the next match is tried.
    int Read(PDU_Service& theMoveService, PDU_Service& theStoreService, const DICOMCommandObject& theCommand,
             UINT16& theStatus, RWCString& theErrorComment, unsigned int& theCompleted, unsigned int& theFailed,
             unsigned int& theWarning);
@@ -126,8 +129,8 @@ private:
    StandardRetrieve(const StandardRetrieve&) = delete;
    StandardRetrieve& operator=(const StandardRetrieve&) = delete;
 
-   // Finds a context of theStoreService for a dataset of the syntaxes, on the association that is there or, with theForceNew
-   // or without such a one, on a new one. theContext is null when there is none.
+   // Finds a context of theStoreService for a dataset of the syntaxes, on the association that is there or, with
+   // theForceNew or without such a one, on a new one. theContext is null when there is none.
    TNResultCode GetConnected(PDU_Service& theStoreService, const RWCString& theHost, const RWCString& thePort,
                              const RWCString& theCallingTitle, const RWCString& theCalledTitle,
                              const RWCString& theAbstractSyntax, const RWCString& theTransferSyntax, int theForceNew,
