@@ -55,6 +55,7 @@ constexpr Attribute kAttributes[] = {
     {0x00080060, VRCode::CS, "OT"}, {0x00080064, VRCode::CS, "WSD"}, {0x00080090, VRCode::PN, ""},
     {0x00100010, VRCode::PN, ""},   {0x00100020, VRCode::LO, ""},    {0x00100030, VRCode::DA, ""},
     {0x00100040, VRCode::CS, ""},   {0x00200010, VRCode::SH, ""},    {0x00200011, VRCode::IS, "1"},
+    {0x00200020, VRCode::CS, ""},   {0x00200060, VRCode::CS, ""},
 };
 
 // The UIDs that the images of one film share.

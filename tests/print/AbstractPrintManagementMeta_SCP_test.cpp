@@ -228,6 +228,12 @@ TEST(AbstractPrintManagementMeta_SCP, LeavesAloneWhatIsBeingPrintedAndBoundsWhat
                 {"second image in the same place", Request(0x0120, kGray, "1.2.4", ImageBox({})), 1, 0,
                  "S1.5[1.6 { 1.2.3+ 1.2.4+}]"},
                 {"collision", Request(0x0130, kFilm, "1.6", "", kPrint), 0, 0xC604, ""}});
+   aHost.itsPrintAnswer.itsStatus = 0xC601;
+   Play(aHost, {{"the images go", Request(0x0120, kGray, "1.2.4", Sequence(0x20200110, {})), 1, 0,
+                 "S1.5[1.6 { 1.2.3+ 1.2.4}]"},
+                {"the host cannot print a film", Request(0x0130, kFilm, "1.6", "", kPrint), 0, 0xC601, ""},
+                {"nor all", Request(0x0130, kSession, "1.5", "", kPrint), 0, 0xC601, ""}});
+   EXPECT_TRUE(aHost.itsNotes.empty());
    for (int i = 1; i < static_cast<int>(AbstractPrintManagementMeta::kMostFilmBoxes); ++i)
    {
       aHost.Add(new AbstractFilmBox(aHost));

@@ -138,6 +138,7 @@ public:
                          std::to_string(theError.GetErrorType()) + ")");
       return itsTolerance;
    }
+   PrintAnswer AcceptPrint(const AbstractFilmBox*) override { return itsPrintAnswer; }
    int ActionPrintFilmBox(AbstractFilmBox* theFilmBox, DICOMDataObject&) override
    {
       itsNotes.push_back("print film " + theFilmBox->GetSOPInstanceUID().ToString());
@@ -151,6 +152,7 @@ public:
 
    std::vector<std::string> itsNotes;
    int itsTolerance = 0;
+   PrintAnswer itsPrintAnswer;
 
 private:
    void Note(const std::string& theWhat, const DICOMDataObject& theInformation, UINT16 theType, const void* theArg)
