@@ -255,6 +255,6 @@ void Archive::AddToIndex(IndexedInstance theInstance, const StoredPath& thePath)
    itsIndex->Add(std::move(theInstance), aFolder, &aTicket);
    if (const std::string& aFault = aTicket.Wait(); !aFault.empty())
    {
-      throw SQLiteFailure(aFault, 0);
+      throw StoreRefusal(StoreStatus::kOutOfResources, aFault);
    }
 }
