@@ -82,8 +82,8 @@ TEST(TnServe, AnswersBadPeersByTheBookAndGoodOnesMeanwhile)
        {"half a request", kRequest.substr(0, 100), " end"}, // when its time is over
        {"nothing", "", " end"},
        {"abort first", Abort(0, 0), " end"},
-       {"protocol version 2", Changed(kRequest, 7, '\2'), "RJ end"},
-       {"another application context", Changed(kRequest, 94, '2'), "RJ end"},
+       {"protocol version 2", Changed(kRequest, 7, '\2'), "RJ(1,2,2) end"},
+       {"another application context", Changed(kRequest, 94, '2'), "RJ(1,1,2) end"},
        {"class that is not served", Request({{1, "1.2.3", {"1.2.840.10008.1.2"}}}), "AC end"},
        {"release", kRequest + ReleaseRequest(), "AC RELEASED end"},
        {"unknown command", kRequest + PData(PDV(1, 3, "\0\0\0\1\2\0\0\0\x77\x77"s)), "AC ABORT(0,0) end"},
