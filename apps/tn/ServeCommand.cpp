@@ -27,7 +27,7 @@ void Stop(int)
 
 ServeCommand::ServeCommand(CLI::App& theProgram)
     : Command(theProgram, "serve", "Be a DICOM node: answer C-ECHO, keep what is sent"), itsStorage(itsOptions),
-      itsTracing(itsOptions)
+      itsPrint(itsOptions), itsTracing(itsOptions)
 {
    itsOptions.add_option("--aet", itsSettings.itsTitle, "Application entity title of this node")->capture_default_str();
    itsOptions.add_option("--port", itsSettings.itsPort, "Port; 0 is any free one")
@@ -85,6 +85,7 @@ int ServeCommand::Run()
       {
          return ExitCode::kCouldNotWrite;
       }
+      itsPrint.AddRoles(aRoles);
       if (itsStorage.IsWanted())
       {
          aRoles.push_back(itsStorage.MakeRole());

@@ -3,6 +3,7 @@
 
 #include "apps/tn/Command.h"
 #include "apps/tn/Node.h"
+#include "apps/tn/PrintOptions.h"
 #include "apps/tn/StorageOptions.h"
 #include "apps/tn/Tracing.h"
 
@@ -18,5 +19,6 @@ private:
    Node::Settings itsSettings;
    unsigned int itsMaxPDU = 131072; // bytes; 0: without limit
    StorageOptions itsStorage;
+   PrintOptions itsPrint;
    Tracing itsTracing;
 };
