@@ -60,6 +60,7 @@ public:
    bool Keep(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance theInstance);
 
    Index& GetIndex() { return *itsIndex; }
+   std::string GetIndexPath() const { return itsFolder.GetIndexPath(); } // to read it
    std::string GetFullPath(const std::string& thePath) const { return itsSettings.itsFolder + "/" + thePath; }
 
 private:

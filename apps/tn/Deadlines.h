@@ -31,6 +31,8 @@ public:
       // Counts from now; 0 is no deadline. theIsIdle says that nothing is lost when the connection is ended.
       void Set(Seconds theLimit, bool theIsIdle);
 
+      Deadlines& GetDeadlines() const { return itsDeadlines; }
+
    private:
       friend class Deadlines;
 

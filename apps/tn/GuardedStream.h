@@ -21,10 +21,20 @@ public:
        : DULStream(SocketDULStream::kBlockSize, SocketDULStream::kBlockSize), itsLimits(theLimits),
          itsGuard(theDeadlines, itsStream.GetSocket())
    {
-      constexpr int kPollMilliseconds = 100; // how soon an abort flag acts
       itsStream.GetSocket().SetAbortPollMilliseconds(kPollMilliseconds);
       itsStream.ManageConnection(theConnection);
       itsGuard.Set(Deadlines::Seconds(itsLimits.itsRequest), false);
+   }
+
+   // Connects to a peer of this node's own choice, under the same deadlines. Throws as SocketDULStream::Open does.
+   GuardedStream(const RWCString& theHost, const RWCString& thePort, const GuardedStream& theOther)
+       : DULStream(SocketDULStream::kBlockSize, SocketDULStream::kBlockSize), itsLimits(theOther.itsLimits),
+         itsGuard(theOther.itsGuard.GetDeadlines(), itsStream.GetSocket())
+   {
+      itsStream.GetSocket().SetAbortPollMilliseconds(kPollMilliseconds);
+      itsGuard.Set(Deadlines::Seconds(itsLimits.itsRequest), false);
+      itsStream.Open(theHost, thePort);
+      itsGuard.Set(Deadlines::Seconds(itsLimits.itsMessage), false);
    }
 
    // The next byte begins a message.
@@ -33,6 +43,9 @@ public:
       itsAwaitsMessage = true;
       itsGuard.Set(Deadlines::Seconds(itsLimits.itsIdle), true);
    }
+
+   // The peer waits for what this node does elsewhere: there is no deadline until something is sent to it.
+   void Suspend() { itsGuard.Set(Deadlines::Seconds(0), false); }
 
    // Nothing more is expected but that the peer closes.
    void AwaitEnd()
@@ -56,10 +69,22 @@ public:
       itsGuard.Set(Deadlines::Seconds(itsLimits.itsMessage), false);
       return 1 + itsStream.Read(theBuffer + 1, theCount - 1);
    }
-   void Write(IOBuffer* theBuffer) override { itsStream.Write(theBuffer); }
-   void Write(const unsigned char* theBytes, unsigned int theCount) override { itsStream.Write(theBytes, theCount); }
+   void Write(IOBuffer* theBuffer) override
+   {
+      itsStream.Write(theBuffer);
+      HasWritten();
+   }
+   void Write(const unsigned char* theBytes, unsigned int theCount) override
+   {
+      itsStream.Write(theBytes, theCount);
+      HasWritten();
+   }
    void Close() override { itsStream.Close(); }
-   void FlushOutput() override { itsStream.FlushOutput(); }
+   void FlushOutput() override
+   {
+      itsStream.FlushOutput();
+      HasWritten();
+   }
    int GetTimeout() const override { return itsStream.GetTimeout(); }
    int SetTimeout(int theSeconds) override { return itsStream.SetTimeout(theSeconds); }
    int BytesAvailable() override { return itsStream.BytesAvailable(); }
@@ -71,6 +96,18 @@ public:
    int OutputConnected() const override { return itsStream.OutputConnected(); }
 
 private:
+   static constexpr int kPollMilliseconds = 100; // how soon an abort flag acts
+
+   // What has been taken by the peer begins a new wait: an answer of many messages may take long, but each of them must
+   // move.
+   void HasWritten()
+   {
+      if (!itsAwaitsMessage)
+      {
+         itsGuard.Set(Deadlines::Seconds(itsLimits.itsMessage), false);
+      }
+   }
+
    Limits itsLimits;
    SocketDULStream itsStream;
    Deadlines::Guard itsGuard; // behind the stream, whose socket it watches

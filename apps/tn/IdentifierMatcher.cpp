@@ -4,6 +4,7 @@
 
 #include "apps/tn/CharacterSet.h"
 #include "apps/tn/Tags.h"
+#include "apps/tn/ValueText.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/DICOMObjectIterator.h"
 #include "talvenor/dataset/SequenceVR.h"
@@ -14,59 +15,11 @@ namespace
 {
 constexpr UINT32 kSpecificCharacterSet = 0x00080005;
 
-// Representations whose text depends on the character set (PS3.5 6.1.2.2).
-constexpr UINT16 kEncodedTypes[] = {VRCode::LO, VRCode::LT, VRCode::PN,          VRCode::SH,
-                                    VRCode::ST, VRCode::UT, MakeVRCode('U', 'C')};
-
 CharacterSet CharacterSetOf(const DICOMObject& theDataset)
 {
    return CharacterSet(TextOf(theDataset, kSpecificCharacterSet));
 }
 
-// The value of theVR as text in UTF-8: numbers as digits, other bytes as they are.
-std::string ValueText(const VR& theVR, const CharacterSet& theCharacterSet)
-{
-   const UINT16 aType = theVR.GetTypeCode();
-   const unsigned char* const aData = theVR.GetData();
-   if (aData == nullptr)
-   {
-      return "";
-   }
-   std::string aText;
-   if (aType == VRCode::US || aType == VRCode::UL)
-   {
-      const unsigned int aSize = aType == VRCode::US ? 2 : 4;
-      for (UINT32 anEnd = aSize; anEnd <= theVR.GetLength(); anEnd += aSize)
-      {
-         UINT32 aNumber = 0;
-         for (unsigned int aByte = 0; aByte < aSize; ++aByte)
-         {
-            const bool isLittle = theVR.GetDataEndian() == TNEndian::LittleEndian;
-            aNumber = aNumber << 8 | aData[isLittle ? anEnd - 1 - aByte : anEnd - aSize + aByte];
-         }
-         aText += (aText.empty() ? "" : "\\") + std::to_string(aNumber);
-      }
-      return aText;
-   }
-   aText.assign(reinterpret_cast<const char*>(aData), theVR.GetLength());
-   aText.resize(aText.find_last_not_of(std::string_view(" \0", 2)) + 1);
-   return std::find(std::begin(kEncodedTypes), std::end(kEncodedTypes), aType) == std::end(kEncodedTypes)
-              ? aText
-              : theCharacterSet.ToUTF8(aText, aType == VRCode::PN);
-}
-
-// The items of a sequence, lent; null ones left out.
-std::vector<DICOMDataObject*> ItemsOf(const VR* theVR)
-{
-   std::vector<DICOMDataObject*> anItems;
-   const SequenceVR* const aSequence = theVR == nullptr ? nullptr : theVR->GetAsSequenceVR();
-   if (aSequence != nullptr && aSequence->GetSequenceArray() != nullptr)
-   {
-      std::copy_if(aSequence->GetSequenceArray()->begin(), aSequence->GetSequenceArray()->end(),
-                   std::back_inserter(anItems), [](const DICOMDataObject* theItem) { return theItem != nullptr; });
-   }
-   return anItems;
-}
 } // namespace
 
 IdentifierMatcher::IdentifierMatcher(const DICOMDataObject& theIdentifier)

@@ -26,8 +26,8 @@ void Stop(int)
 } // namespace
 
 ServeCommand::ServeCommand(CLI::App& theProgram)
-    : Command(theProgram, "serve", "Be a DICOM node: answer C-ECHO, keep what is sent"), itsStorage(itsOptions),
-      itsPrint(itsOptions), itsTracing(itsOptions)
+    : Command(theProgram, "serve", "Be a DICOM node: keep what is sent, answer what is asked"), itsStorage(itsOptions),
+      itsQuery(itsOptions), itsPrint(itsOptions), itsTracing(itsOptions)
 {
    itsOptions.add_option("--aet", itsSettings.itsTitle, "Application entity title of this node")->capture_default_str();
    itsOptions.add_option("--port", itsSettings.itsPort, "Port; 0 is any free one")
@@ -85,10 +85,11 @@ int ServeCommand::Run()
       {
          return ExitCode::kCouldNotWrite;
       }
+      itsQuery.AddRoles(aRoles, itsSettings.itsTitle, itsStorage.GetArchive());
       itsPrint.AddRoles(aRoles);
       if (itsStorage.IsWanted())
       {
-         aRoles.push_back(itsStorage.MakeRole());
+         aRoles.push_back(itsStorage.MakeRole()); // last: it may take what nobody knows
       }
       Node aNode(itsSettings, aRoles);
       gNode = &aNode;

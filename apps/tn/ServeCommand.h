@@ -4,6 +4,7 @@
 #include "apps/tn/Command.h"
 #include "apps/tn/Node.h"
 #include "apps/tn/PrintOptions.h"
+#include "apps/tn/QueryOptions.h"
 #include "apps/tn/StorageOptions.h"
 #include "apps/tn/Tracing.h"
 
@@ -19,6 +20,7 @@ private:
    Node::Settings itsSettings;
    unsigned int itsMaxPDU = 131072; // bytes; 0: without limit
    StorageOptions itsStorage;
+   QueryOptions itsQuery;
    PrintOptions itsPrint;
    Tracing itsTracing;
 };

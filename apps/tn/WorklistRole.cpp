@@ -1,6 +1,7 @@
 #include "apps/tn/WorklistRole.h"
 
 #include "apps/tn/IdentifierMatcher.h"
+#include "apps/tn/NodeLog.h"
 #include "apps/tn/QueryAnswers.h"
 #include "apps/tn/Worklist.h"
 #include "talvenor/dataset/DICOMDataObject.h"
@@ -37,6 +38,7 @@ int WorklistRole::Serve(PDU_Service& theService, DICOMCommandObject& theCommand)
    }
    catch (const ValueMatcher::BadKey& aFault)
    {
+      NodeLog::Line(theService, std::string("worklist query refused: ") + aFault.what());
       return anAnswers.Refuse(kIdentifierDoesNotMatch, aFault.what());
    }
    itsMatches += anAnswers.GetCount();
