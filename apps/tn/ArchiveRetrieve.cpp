@@ -180,6 +180,11 @@ void ArchiveRetrieve::CMoveServiceProgressCallback(PDU_Service&, const DICOMObje
          itsStream->Suspend(); // the destination has deadlines of its own
       }
       break;
+   case QueryRefused:
+   case DestinationUnknown:
+      itsHasRefused = true;
+      itsLog("move refused: " + theMessage);
+      break;
    case SubOperationFailed:
    case StoreAssociationFailed:
    case StoreRefused:

@@ -45,6 +45,9 @@ public:
    int GetMoveDestination(const RWCString& theDestinationTitle, RWCString& theCallingTitle, RWCString& theHost,
                           RWCString& thePort) override;
 
+   // Whether the request was answered with a refusal, which is no failure of the association.
+   bool HasRefused() const { return itsHasRefused; }
+
 private:
    void Select(IndexModel theModel, const DICOMDataObject& theIdentifier,
                RWTValOrderedVector<DICOMDataObject*>& theMatches) const;
@@ -56,5 +59,6 @@ private:
    GuardedStream* itsStream; // of the C-MOVE
    std::function<void(const std::string&)> itsLog;
    std::unique_ptr<Part10InputStream> itsFile; // that is being sent
-   std::string itsReason;                      // why it cannot be
+   bool itsHasRefused = false;
+   std::string itsReason; // why it cannot be
 };

@@ -22,13 +22,10 @@ void CheckUID(const std::string& theUID)
    }
 }
 
-// In an identifier a wild card would move what was never named.
-void CheckPatient(const std::string& thePatient)
+// Whether a patient ID names one patient: in an identifier a wild card would move what was never named.
+bool IsPatient(const std::string& thePatient)
 {
-   if (thePatient.find_first_of("*?\\") != std::string::npos)
-   {
-      throw std::invalid_argument(thePatient + " is no patient ID: it has a wild card or a backslash in it");
-   }
+   return thePatient.find_first_of("*?\\") == std::string::npos;
 }
 
 MoveRequest MakeRequest(const std::string& thePatient, const std::string& theStudy, const std::string& theSeries,
@@ -45,6 +42,10 @@ MoveRequest MakeRequest(const std::string& thePatient, const std::string& theStu
    if (!theStudy.empty())
    {
       return {QueryLevel::Study, thePatient, "", "", {theStudy}};
+   }
+   if (!IsPatient(thePatient))
+   {
+      throw std::invalid_argument(thePatient + " is no patient ID: it has a wild card or a backslash in it");
    }
    if (!thePatient.empty())
    {
@@ -114,11 +115,12 @@ std::vector<std::string> MoveRequest::Keys(QueryLevel theFirst) const
 void MoveRequests::Add(const std::string& thePatient, const std::string& theStudy, const std::string& theSeries,
                        const std::string& theInstance)
 {
-   CheckPatient(thePatient);
    CheckUID(theStudy);
    CheckUID(theSeries);
    CheckUID(theInstance);
-   const MoveRequest aRequest = MakeRequest(thePatient, theStudy, theSeries, theInstance);
+   const bool isNamed = !theStudy.empty() || !theSeries.empty() || !theInstance.empty();
+   const MoveRequest aRequest =
+       MakeRequest(isNamed && !IsPatient(thePatient) ? "" : thePatient, theStudy, theSeries, theInstance);
    if (!itsRequests.empty() && BelongTogether(itsRequests.back(), aRequest) &&
        itsRequests.back().itsUIDs.size() < kMostTogether)
    {

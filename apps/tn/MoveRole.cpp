@@ -76,7 +76,7 @@ int MoveRole::Serve(PDU_Service& theService, DICOMCommandObject& theCommand)
        aRetrieve.Read(theService, *itsDestination, theCommand, aStatus, aComment, aCompleted, aFailed, aWarning);
    itsMoved += aCompleted;
    itsFailed += aFailed;
-   return isAnswered;
+   return isAnswered || aRetrieve.HasRefused();
 }
 
 std::string MoveRole::Describe() const

@@ -5,6 +5,7 @@
 #include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/dataset/MVRFactory.h"
 #include "talvenor/dataset/VR.h"
+#include "talvenor/dictionary/VRType.h"
 #include "talvenor/dimse/CommandElement.h"
 #include "talvenor/foundation/AETitle.h"
 #include "talvenor/foundation/Exceptions.h"
@@ -158,6 +159,10 @@ void RetrieveOperation::SendDataset(Instance& theInstance, OutputTransferSyntax&
    }
    else
    {
+      if (aVR != nullptr && aVR->GetAsPixelDataFragmentInputStreamVR() != nullptr)
+      {
+         aVR->SetTypeCode(VRCode::OB); // PS3.5 A.4; that files have OW there is no reason to keep them back
+      }
       theOutput.SaveDICOMObject(theInstance.itsHeader);
    }
    for (; aVR != nullptr; aVR.reset(anInput.NextVR()))
