@@ -5,17 +5,17 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/tn/ConvertCommand.h"
-#include "apps/tn/DicomdirCommand.h"
-#include "apps/tn/DumpCommand.h"
-#include "apps/tn/EchoCommand.h"
-#include "apps/tn/ExitCode.h"
-#include "apps/tn/FindCommand.h"
-#include "apps/tn/FramesCommand.h"
-#include "apps/tn/IndexCommand.h"
-#include "apps/tn/MoveCommand.h"
-#include "apps/tn/SendCommand.h"
-#include "apps/tn/ServeCommand.h"
+#include "apps/tn/archive/IndexCommand.h"
+#include "apps/tn/base/ExitCode.h"
+#include "apps/tn/files/ConvertCommand.h"
+#include "apps/tn/files/DicomdirCommand.h"
+#include "apps/tn/files/DumpCommand.h"
+#include "apps/tn/files/FramesCommand.h"
+#include "apps/tn/network/EchoCommand.h"
+#include "apps/tn/node/ServeCommand.h"
+#include "apps/tn/query/FindCommand.h"
+#include "apps/tn/query/MoveCommand.h"
+#include "apps/tn/send/SendCommand.h"
 #include "talvenor/foundation/TNXInitializer.h"
 
 namespace

@@ -1,4 +1,4 @@
-#include "apps/tn/CharacterSet.h"
+#include "apps/tn/base/CharacterSet.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
 // What the walk finds in datasets that are whole, and in those that are not.
-#include "apps/tn/DatasetWalk.h"
+#include "apps/tn/files/DatasetWalk.h"
 
 #include <set>
 
 #include <gtest/gtest.h>
 
-#include "apps/tn/DatasetChecks.h"
-#include "apps/tn/FileWindow.h"
+#include "apps/tn/files/DatasetChecks.h"
+#include "apps/tn/files/FileWindow.h"
 #include "support/FileBytes.h"
 #include "support/TemporaryDirectory.h"
 

@@ -1,4 +1,4 @@
-#include "apps/tn/IdentifierMatcher.h"
+#include "apps/tn/answers/IdentifierMatcher.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // Which presentation contexts are proposed for which files.
-#include "apps/tn/SendPlan.h"
+#include "apps/tn/send/SendPlan.h"
 
 #include <gtest/gtest.h>
 
-#include "apps/tn/SendFile.h"
+#include "apps/tn/send/SendFile.h"
 
 namespace
 {

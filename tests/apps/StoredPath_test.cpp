@@ -1,4 +1,4 @@
-#include "apps/tn/StoredPath.h"
+#include "apps/tn/archive/StoredPath.h"
 
 #include <stdexcept>
 #include <string>

@@ -1,4 +1,4 @@
-#include "apps/tn/ValueMatcher.h"
+#include "apps/tn/answers/ValueMatcher.h"
 
 #include <gtest/gtest.h>
 

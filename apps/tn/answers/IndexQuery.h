@@ -1,0 +1,38 @@
+// The matches that the index of an archive has for an identifier, one after another as they are asked for. What is not yet
+// in the index when the first is asked for is not found: flush it before.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "apps/tn/answers/QueryPlan.h"
+#include "apps/tn/archive/SQLite.h"
+#include "apps/tn/base/CharacterSet.h"
+
+class DICOMDataObject;
+
+class IndexQuery
+{
+public:
+   // Both are borrowed. Throws SQLiteFailure.
+   IndexQuery(const SQLiteDatabase& theIndex, const QueryPlan& thePlan);
+
+   // Null at the end. Throws SQLiteFailure.
+   std::unique_ptr<DICOMDataObject> Next();
+
+private:
+   using Answer = QueryPlan::Answer;
+
+   bool Matches(const std::vector<Answer>& theAnswers);
+   std::unique_ptr<DICOMDataObject> MakeMatch();
+   void Fill(DICOMDataObject& theMatch, const std::vector<Answer>& theAnswers, bool theIsUTF8);
+   std::string TextOf(const Answer& theAnswer) const;
+   std::string UTF8Of(const Answer& theAnswer);
+   bool HasOneCharacterSet() const;
+
+   const QueryPlan& itsPlan;
+   SQLiteStatement itsStatement;
+   std::map<std::string, CharacterSet> itsCharacterSets; // by defined terms
+};

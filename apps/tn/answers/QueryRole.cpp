@@ -1,0 +1,98 @@
+#include "apps/tn/answers/QueryRole.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "apps/tn/answers/IndexQuery.h"
+#include "apps/tn/answers/QueryAnswers.h"
+#include "apps/tn/archive/Archive.h"
+#include "apps/tn/base/Tags.h"
+#include "apps/tn/node/NodeLog.h"
+#include "talvenor/dataset/DICOMCommandObject.h"
+#include "talvenor/dataset/DICOMDataObject.h"
+
+namespace
+{
+// PS3.4 C.4.1.1.4
+constexpr UINT16 kOutOfResources = 0xA700;
+constexpr UINT16 kIdentifierDoesNotMatch = 0xA900;
+
+struct Service
+{
+   const char* itsSOPClass;
+   IndexModel itsModel;
+};
+
+constexpr Service kServices[] = {
+    {"1.2.840.10008.5.1.4.1.2.1.1", IndexModel::kPatientRoot},
+    {"1.2.840.10008.5.1.4.1.2.2.1", IndexModel::kStudyRoot},
+    {"1.2.840.10008.5.1.4.1.2.3.1", IndexModel::kPatientStudyOnly},
+};
+
+const Service* FindService(const RWCString& theSOPClass)
+{
+   const auto* const aService =
+       std::find_if(std::begin(kServices), std::end(kServices),
+                    [&](const Service& theService) { return theSOPClass == theService.itsSOPClass; });
+   return aService == std::end(kServices) ? nullptr : aService;
+}
+} // namespace
+
+bool QueryRole::Accepts(const RWCString& theAbstractSyntax) const
+{
+   return FindService(theAbstractSyntax) != nullptr;
+}
+
+int QueryRole::Serve(PDU_Service& theService, DICOMCommandObject& theCommand)
+{
+   QueryAnswers anAnswers(theService, theCommand);
+   DICOMDataObject anIdentifier;
+   if (!anAnswers.ReadIdentifier(anIdentifier))
+   {
+      return 0;
+   }
+   ++itsQueries;
+   const IndexModel aModel = FindService(TextOf(theCommand, CommandTag::kAffectedSOPClassUID))->itsModel;
+   try
+   {
+      return Answer(anAnswers, aModel, anIdentifier);
+   }
+   catch (const BadIdentifier& aFault)
+   {
+      NodeLog::Line(theService, std::string("query refused: ") + aFault.what());
+      return anAnswers.Refuse(kIdentifierDoesNotMatch, aFault.what());
+   }
+   catch (const SQLiteFailure& aFault)
+   {
+      itsIndex.reset();
+      NodeLog::Line(theService, std::string("query refused: the index: ") + aFault.what());
+      return anAnswers.Refuse(kOutOfResources, std::string("the index: ") + aFault.what());
+   }
+}
+
+int QueryRole::Answer(QueryAnswers& theAnswers, IndexModel theModel, const DICOMDataObject& theIdentifier)
+{
+   const QueryPlan aPlan(theModel, theIdentifier, itsRules);
+   itsArchive.GetIndex().Flush(); // what cannot be added now is not found: the rest is
+   if (!itsIndex)
+   {
+      itsIndex.emplace(itsArchive.GetIndexPath(), IndexDatabase::kBusySeconds);
+   }
+   IndexQuery aQuery(*itsIndex, aPlan);
+   while (const auto aMatch = aQuery.Next())
+   {
+      if (!theAnswers.SendMatch(*aMatch, aPlan.KnowsAllKeys()))
+      {
+         break;
+      }
+   }
+   itsMatches += theAnswers.GetCount();
+   return theAnswers.Finish();
+}
+
+std::string QueryRole::Describe() const
+{
+   return itsQueries == 0 ? ""
+                          : std::to_string(itsQueries) + (itsQueries == 1 ? " query with " : " queries with ") +
+                                std::to_string(itsMatches) + (itsMatches == 1 ? " match" : " matches");
+}

@@ -1,0 +1,260 @@
+#include "apps/tn/archive/Archive.h"
+
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <system_error>
+#include <vector>
+
+#include <fcntl.h>
+
+#include "apps/tn/archive/StoreRefusal.h"
+#include "apps/tn/base/SystemFailure.h"
+#include "talvenor/file/Part10FileInputStream.h"
+#include "talvenor/foundation/ExceptionBase.h"
+#include "talvenor/foundation/OneLine.h"
+
+namespace
+{
+constexpr char kOther[] = "another instance with this SOP Instance UID is stored";
+
+void Tell(const std::string& theText)
+{
+   std::cerr << OnOneLine("tn serve: " + theText) + "\n" << std::flush;
+}
+
+// One that cannot be used is thrown away: the files are there.
+void MakeIndexAgree(const ArchiveFolder& theFolder)
+{
+   const std::string aPath = theFolder.GetIndexPath();
+   for (int anAttempt = 0;; ++anAttempt)
+   {
+      try
+      {
+         IndexDatabase anIndex(aPath);
+         if (!anIndex.AgreesWithFiles())
+         {
+            theFolder.Repair(anIndex, Tell);
+         }
+         anIndex.SetAgreesWithFiles(false); // from now on
+         return;
+      }
+      catch (const SQLiteFailure& anError)
+      {
+         if (!anError.IsDamaged() || anAttempt == 1)
+         {
+            throw std::runtime_error(aPath + ": " + anError.what());
+         }
+         Tell(aPath + ": damaged, made anew from the files");
+         for (const char* aSuffix : {"", "-wal", "-shm"})
+         {
+            std::filesystem::remove(aPath + aSuffix);
+         }
+      }
+   }
+}
+
+// Whether the rest of the one file is that of the other.
+bool AreEqualFrom(int theFirst, off_t theFirstStart, int theSecond, off_t theSecondStart)
+{
+   constexpr std::size_t kBlock = 65536;
+   std::vector<char> aFirst(kBlock);
+   std::vector<char> aSecond(kBlock);
+   for (off_t aDone = 0;;)
+   {
+      const ssize_t aCount = ::pread(theFirst, aFirst.data(), kBlock, theFirstStart + aDone);
+      if (aCount != ::pread(theSecond, aSecond.data(), kBlock, theSecondStart + aDone) || aCount < 0 ||
+          std::memcmp(aFirst.data(), aSecond.data(), static_cast<std::size_t>(aCount)) != 0)
+      {
+         return false;
+      }
+      if (aCount == 0)
+      {
+         return true;
+      }
+      aDone += aCount;
+   }
+}
+} // namespace
+
+// The right to store the instance with a UID, which one thread has at a time.
+class Archive::Claim
+{
+public:
+   Claim(Archive& theArchive, const std::string& theUID) : itsArchive(theArchive), itsUID(theUID)
+   {
+      std::unique_lock aLock(itsArchive.itsMutex);
+      itsArchive.itsRelease.wait(aLock, [&] { return itsArchive.itsClaims.insert(itsUID).second; });
+   }
+   Claim(const Claim&) = delete;
+   Claim& operator=(const Claim&) = delete;
+   ~Claim()
+   {
+      {
+         const std::lock_guard aLock(itsArchive.itsMutex);
+         itsArchive.itsClaims.erase(itsUID);
+      }
+      itsArchive.itsRelease.notify_all();
+   }
+
+private:
+   Archive& itsArchive;
+   std::string itsUID;
+};
+
+Archive::Archive(const Settings& theSettings)
+    : itsSettings(theSettings), itsFolder(theSettings.itsFolder, true), itsSpoolFolder(itsFolder.OpenSpoolFolder())
+{
+   itsFolder.EmptySpoolFolder();
+   MakeIndexAgree(itsFolder);
+   Index::FolderAction anAction;
+   if (itsSettings.itsSynchronising == Synchronising::kGroup)
+   {
+      anAction = [this](const std::set<std::string>& theFolders) { Synchronise(theFolders); };
+   }
+   itsIndex = std::make_unique<Index>(itsFolder.GetIndexPath(), anAction);
+}
+
+Archive::~Archive()
+{
+   const bool isWhole = itsIndex->Flush();
+   itsIndex.reset();
+   try
+   {
+      if (isWhole)
+      {
+         IndexDatabase(itsFolder.GetIndexPath()).SetAgreesWithFiles(true);
+      }
+   }
+   catch (const SQLiteFailure& anError)
+   {
+      Tell(std::string("index: ") + anError.what()); // the next start repairs it
+   }
+}
+
+bool Archive::Keep(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance theInstance)
+{
+   try
+   {
+      const StoredPath aPath = StoredPath::Of(theInstance.itsKeys);
+      const Claim aClaim(*this, theInstance.itsKeys[Key::kSOPInstance]);
+      theInstance.itsPath = aPath.GetText();
+      const Placed aPlace = Place(theFile, theDatasetStart, theInstance, aPath);
+      if (aPlace == Placed::kWasThere)
+      {
+         return false;
+      }
+      try
+      {
+         AddToIndex(std::move(theInstance), aPath);
+      }
+      catch (...)
+      {
+         if (aPlace == Placed::kNew)
+         {
+            itsFolder.Remove(aPath);
+         }
+         throw;
+      }
+      return true;
+   }
+   catch (const std::invalid_argument& anError)
+   {
+      throw StoreRefusal(StoreStatus::kDoesNotMatchSOPClass, anError.what());
+   }
+   catch (const SQLiteFailure& anError)
+   {
+      throw StoreRefusal(StoreStatus::kOutOfResources, std::string("index: ") + anError.what());
+   }
+   catch (const std::system_error& anError)
+   {
+      throw StoreRefusal(StoreStatus::kOutOfResources, anError.what());
+   }
+}
+
+Archive::Placed Archive::Place(SpoolFile& theFile, std::uint64_t theDatasetStart, const IndexedInstance& theInstance,
+                               const StoredPath& thePath)
+{
+   std::optional<std::string> aStored = itsIndex->Find(theInstance.itsKeys[Key::kSOPInstance]);
+   if (aStored && IsEqual(*aStored, theFile, theDatasetStart, theInstance.itsTransferSyntax))
+   {
+      return Placed::kWasThere;
+   }
+   const bool replaces = itsSettings.itsDuplicates == Duplicates::kReplace;
+   const bool isThere = aStored && std::filesystem::exists(GetFullPath(*aStored));
+   if (isThere && !replaces)
+   {
+      throw StoreRefusal(StoreStatus::kDuplicateInstance, kOther);
+   }
+   if (itsSettings.itsSynchronising != Synchronising::kNone)
+   {
+      theFile.Synchronise();
+   }
+   if (!theFile.MoveTo(itsFolder.OpenFolderOf(thePath), thePath.GetFile(), replaces))
+   {
+      // Not in the index: somebody has put it there.
+      if (!IsEqual(thePath.GetText(), theFile, theDatasetStart, theInstance.itsTransferSyntax))
+      {
+         throw StoreRefusal(StoreStatus::kDuplicateInstance, kOther);
+      }
+      return Placed::kInPlace;
+   }
+   if (isThere && *aStored != theInstance.itsPath)
+   {
+      std::filesystem::remove(GetFullPath(*aStored));
+   }
+   return isThere ? Placed::kInPlace : Placed::kNew;
+}
+
+bool Archive::IsEqual(const std::string& thePath, const SpoolFile& theFile, std::uint64_t theDatasetStart,
+                      const std::string& theTransferSyntax) const
+{
+   try
+   {
+      const std::string aPath = GetFullPath(thePath);
+      const Part10FileInputStream aStream(aPath);
+      const Descriptor aStored(::open(aPath.c_str(), O_RDONLY | O_CLOEXEC));
+      return aStored.IsOpen() && aStream.GetTransferSyntaxUID() == theTransferSyntax &&
+             AreEqualFrom(aStored.Get(), aStream.GetHeaderSize(), theFile.GetDescriptor(),
+                          static_cast<off_t>(theDatasetStart));
+   }
+   catch (const ExceptionBase&)
+   {
+      return false; // it cannot be read, or is gone
+   }
+}
+
+// The folders of instances, those around them and the archive itself: any of them may be new.
+void Archive::Synchronise(const std::set<std::string>& theFolders) const
+{
+   std::set<std::string> anUpper = {""};
+   for (const std::string& aFolder : theFolders)
+   {
+      itsFolder.Synchronise(aFolder);
+      anUpper.insert(aFolder.substr(0, aFolder.find('/')));
+   }
+   for (const std::string& aFolder : anUpper)
+   {
+      itsFolder.Synchronise(aFolder);
+   }
+}
+
+void Archive::AddToIndex(IndexedInstance theInstance, const StoredPath& thePath)
+{
+   const std::string aFolder = thePath.GetUpperFolder() + "/" + thePath.GetLowerFolder();
+   if (itsSettings.itsSynchronising == Synchronising::kNone)
+   {
+      itsIndex->Add(std::move(theInstance), aFolder, nullptr);
+      return;
+   }
+   if (itsSettings.itsSynchronising == Synchronising::kFile)
+   {
+      Synchronise({aFolder});
+   }
+   Index::Ticket aTicket;
+   itsIndex->Add(std::move(theInstance), aFolder, &aTicket);
+   if (const std::string& aFault = aTicket.Wait(); !aFault.empty())
+   {
+      throw StoreRefusal(StoreStatus::kOutOfResources, aFault);
+   }
+}

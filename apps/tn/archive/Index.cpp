@@ -1,0 +1,167 @@
+#include "apps/tn/archive/Index.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+
+namespace
+{
+constexpr std::size_t kLongestList = 20000; // instances; each takes about 4 KiB
+constexpr std::size_t kFullBatch = 1000;
+constexpr std::chrono::seconds kLongestWait{IndexDatabase::kBusySeconds};
+
+// A transaction costs as much as adding ten instances. Nobody waits for those without tickets.
+constexpr std::chrono::milliseconds kGathering{50};
+} // namespace
+
+Index::Index(const std::string& thePath, FolderAction theFolderAction)
+    : itsFolderAction(std::move(theFolderAction)), itsWriter(thePath), itsReader(thePath), itsThread([this] { Run(); })
+{}
+
+Index::~Index()
+{
+   {
+      const std::lock_guard aLock(itsMutex);
+      itsIsEnding = true;
+   }
+   itsWork.notify_one();
+   itsThread.join();
+}
+
+void Index::Add(IndexedInstance theInstance, const std::string& theFolder, Ticket* theTicket)
+{
+   std::unique_lock aLock(itsMutex);
+   if (!itsProgress.wait_for(aLock, kLongestWait, [&] { return itsList.size() < kLongestList; }))
+   {
+      throw SQLiteFailure("the index is locked or too slow", 0);
+   }
+   itsPaths[theInstance.itsKeys[Key::kSOPInstance]] = theInstance.itsPath;
+   itsList.push_back({std::move(theInstance), theFolder, theTicket});
+   itsTickets += theTicket != nullptr;
+   if (theTicket != nullptr || itsList.size() == 1 || itsList.size() == kFullBatch)
+   {
+      aLock.unlock();
+      itsWork.notify_one();
+   }
+}
+
+std::optional<std::string> Index::Find(const std::string& theSOPInstanceUID)
+{
+   {
+      const std::lock_guard aLock(itsMutex);
+      const auto aPlace = itsPaths.find(theSOPInstanceUID);
+      if (aPlace != itsPaths.end())
+      {
+         return aPlace->second;
+      }
+   }
+   const std::lock_guard aLock(itsReaderMutex);
+   return itsReader.Find(theSOPInstanceUID);
+}
+
+bool Index::Flush()
+{
+   std::unique_lock aLock(itsMutex);
+   ++itsFlushes;
+   itsHasFailed = false;
+   itsWork.notify_one();
+   itsProgress.wait(aLock, [&] { return itsPaths.empty() || itsHasFailed; });
+   --itsFlushes;
+   return itsPaths.empty();
+}
+
+void Index::Run()
+{
+   while (AwaitBatch())
+   {
+      AddBatch();
+   }
+}
+
+// False at the end.
+bool Index::AwaitBatch()
+{
+   std::unique_lock aLock(itsMutex);
+   itsWork.wait(aLock, [&] { return itsIsEnding || !itsList.empty() || !itsBatch.empty(); });
+   const auto isWanted = [&] {
+      return itsIsEnding || itsTickets != 0 || itsFlushes != 0 || itsList.size() >= kFullBatch;
+   };
+   itsWork.wait_for(aLock, itsHasFailed ? kGathering * 10 : kGathering, isWanted);
+   std::move(itsList.begin(), itsList.end(), std::back_inserter(itsBatch));
+   itsList.clear();
+   itsTickets = 0;
+   return !itsBatch.empty();
+}
+
+void Index::AddBatch()
+{
+   const std::string aFault = TryAddBatch();
+   Settle(aFault);
+}
+
+std::string Index::TryAddBatch()
+{
+   try
+   {
+      if (itsFolderAction)
+      {
+         std::set<std::string> aFolders;
+         for (const Entry& anEntry : itsBatch)
+         {
+            aFolders.insert(anEntry.itsFolder);
+         }
+         itsFolderAction(aFolders);
+      }
+      itsWriter.Begin();
+      for (const Entry& anEntry : itsBatch)
+      {
+         itsWriter.Add(anEntry.itsInstance);
+      }
+      itsWriter.Commit();
+      return "";
+   }
+   catch (const std::exception& anError)
+   {
+      itsWriter.RollBack();
+      return std::string("index: ") + anError.what();
+   }
+}
+
+// Tells those who wait, and keeps what has to be tried again.
+void Index::Settle(const std::string& theFault)
+{
+   std::vector<Ticket*> aTickets;
+   {
+      const std::lock_guard aLock(itsMutex);
+      const auto isOver = [&](const Entry& theEntry) {
+         return theFault.empty() || theEntry.itsTicket != nullptr || itsIsEnding;
+      };
+      for (const Entry& anEntry : itsBatch)
+      {
+         if (isOver(anEntry))
+         {
+            itsPaths.erase(anEntry.itsInstance.itsKeys[Key::kSOPInstance]);
+            if (anEntry.itsTicket != nullptr)
+            {
+               anEntry.itsTicket->itsFault = theFault;
+               aTickets.push_back(anEntry.itsTicket);
+            }
+         }
+      }
+      itsBatch.erase(std::remove_if(itsBatch.begin(), itsBatch.end(), isOver), itsBatch.end());
+      for (const Entry& anEntry : itsList)
+      {
+         itsPaths[anEntry.itsInstance.itsKeys[Key::kSOPInstance]] = anEntry.itsInstance.itsPath;
+      }
+      if (!theFault.empty() && !itsHasFailed)
+      {
+         std::cerr << "tn serve: " + theFault + "\n" << std::flush;
+      }
+      itsHasFailed = !theFault.empty();
+   }
+   itsProgress.notify_all();
+   for (Ticket* const aTicket : aTickets)
+   {
+      aTicket->itsIsDone.release();
+   }
+}

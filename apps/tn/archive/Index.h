@@ -1,0 +1,96 @@
+// The index of an archive as many associations use it at once: a thread of its own adds what they have stored, as many
+// instances in a transaction as there are.
+//
+// Failures throw SQLiteFailure unless said otherwise. Any thread, except that Flush and the destructor wait.
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <semaphore>
+#include <set>
+#include <string>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+#include "apps/tn/archive/IndexDatabase.h"
+
+class Index
+{
+public:
+   // What Add gives to one who waits for the end of the transaction.
+   class Ticket
+   {
+   public:
+      // Returns what went wrong; empty for nothing.
+      const std::string& Wait()
+      {
+         itsIsDone.acquire();
+         return itsFault;
+      }
+
+   private:
+      friend class Index;
+
+      std::binary_semaphore itsIsDone{0};
+      std::string itsFault;
+   };
+
+   // theFolders are those that the instances of a transaction have come into: called before it, it makes sure that they
+   // are on the disk, or throws what becomes the fault of the tickets.
+   using FolderAction = std::function<void(const std::set<std::string>& theFolders)>;
+
+   explicit Index(const std::string& thePath, FolderAction theFolderAction = {});
+
+   // Adds what is still waiting.
+   ~Index();
+   Index(const Index&) = delete;
+   Index& operator=(const Index&) = delete;
+
+   // Puts the instance on the list of those to be added, in place of one with its SOP Instance UID. An instance with a
+   // ticket, which is borrowed, is given up when it cannot be added, another one tried again until it can. Throws
+   // SQLiteFailure when the list is full and stays so.
+   void Add(IndexedInstance theInstance, const std::string& theFolder, Ticket* theTicket);
+
+   // The path of the instance, whether it has been added yet or is on the list.
+   std::optional<std::string> Find(const std::string& theSOPInstanceUID);
+
+   // What is on the list now is in the tables when this returns. False when that failed.
+   bool Flush();
+
+private:
+   struct Entry
+   {
+      IndexedInstance itsInstance;
+      std::string itsFolder;
+      Ticket* itsTicket;
+   };
+
+   void Run();
+   bool AwaitBatch();
+   void AddBatch();
+   std::string TryAddBatch();
+   void Settle(const std::string& theFault);
+
+   FolderAction itsFolderAction;
+   IndexDatabase itsWriter; // the thread's
+   std::mutex itsReaderMutex;
+   IndexDatabase itsReader;
+
+   std::mutex itsMutex; // guards what follows
+   std::condition_variable itsWork;
+   std::condition_variable itsProgress;
+   std::vector<Entry> itsList;
+   std::unordered_map<std::string, std::string> itsPaths; // of the instances on the list and in the batch
+   unsigned int itsTickets = 0;                           // on the list
+   unsigned int itsFlushes = 0;                           // that wait
+   bool itsHasFailed = false;                             // the last transaction
+   bool itsIsEnding = false;
+
+   std::vector<Entry> itsBatch; // the thread's
+   std::thread itsThread;       // last: it uses the others
+};

@@ -1,0 +1,19 @@
+// tn index: makes the index of an archive anew from its files.
+#pragma once
+
+#include "apps/tn/base/Command.h"
+
+class ArchiveFolder;
+
+class IndexCommand : public Command
+{
+public:
+   explicit IndexCommand(CLI::App& theProgram);
+   int Run() override;
+
+private:
+   int Rebuild(const ArchiveFolder& theFolder) const;
+
+   std::string itsFolder;
+   bool itsReadsWhole = false;
+};

@@ -1,0 +1,133 @@
+#include "apps/tn/archive/SQLite.h"
+
+#include <sqlite3.h>
+
+namespace
+{
+constexpr int kPrimaryCode = 0xFF; // what an extended code begins with
+
+void Check(sqlite3* theDatabase, int theCode)
+{
+   if (theCode != SQLITE_OK)
+   {
+      throw SQLiteFailure(theDatabase != nullptr ? sqlite3_errmsg(theDatabase) : sqlite3_errstr(theCode), theCode);
+   }
+}
+} // namespace
+
+bool SQLiteFailure::IsBusy() const
+{
+   return (itsCode & kPrimaryCode) == SQLITE_BUSY || (itsCode & kPrimaryCode) == SQLITE_LOCKED;
+}
+
+bool SQLiteFailure::IsDamaged() const
+{
+   return (itsCode & kPrimaryCode) == SQLITE_CORRUPT || (itsCode & kPrimaryCode) == SQLITE_NOTADB;
+}
+
+SQLiteDatabase::SQLiteDatabase(const std::string& thePath, int theBusySeconds)
+{
+   constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+   const int aCode = sqlite3_open_v2(thePath.c_str(), &itsDatabase, kFlags, nullptr);
+   if (aCode != SQLITE_OK)
+   {
+      const SQLiteFailure aFailure(itsDatabase != nullptr ? sqlite3_errmsg(itsDatabase) : "no memory", aCode);
+      sqlite3_close(itsDatabase);
+      throw aFailure;
+   }
+   sqlite3_busy_timeout(itsDatabase, theBusySeconds * 1000);
+}
+
+SQLiteDatabase::~SQLiteDatabase()
+{
+   sqlite3_close(itsDatabase);
+}
+
+void SQLiteDatabase::Execute(const std::string& theText)
+{
+   Check(itsDatabase, sqlite3_exec(itsDatabase, theText.c_str(), nullptr, nullptr, nullptr));
+}
+
+std::int64_t SQLiteDatabase::GetLastRow() const
+{
+   return sqlite3_last_insert_rowid(itsDatabase);
+}
+
+SQLiteStatement::SQLiteStatement(const SQLiteDatabase& theDatabase, const std::string& theText)
+    : itsDatabase(theDatabase)
+{
+   sqlite3_stmt* aStatement = nullptr;
+   Check(theDatabase.Get(),
+         sqlite3_prepare_v3(theDatabase.Get(), theText.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &aStatement, nullptr));
+   itsStatement.reset(aStatement);
+}
+
+void SQLiteStatement::Finalizer::operator()(sqlite3_stmt* theStatement) const
+{
+   sqlite3_finalize(theStatement);
+}
+
+SQLiteStatement& SQLiteStatement::Bind(int theParameter, std::string_view theText)
+{
+   Check(itsDatabase.Get(), sqlite3_bind_text64(itsStatement.get(), theParameter, theText.data(), theText.size(),
+                                                SQLITE_STATIC, SQLITE_UTF8));
+   return *this;
+}
+
+SQLiteStatement& SQLiteStatement::Bind(int theParameter, std::int64_t theNumber)
+{
+   Check(itsDatabase.Get(), sqlite3_bind_int64(itsStatement.get(), theParameter, theNumber));
+   return *this;
+}
+
+SQLiteStatement& SQLiteStatement::BindNull(int theParameter)
+{
+   Check(itsDatabase.Get(), sqlite3_bind_null(itsStatement.get(), theParameter));
+   return *this;
+}
+
+bool SQLiteStatement::Step()
+{
+   const int aCode = sqlite3_step(itsStatement.get());
+   if (aCode != SQLITE_ROW && aCode != SQLITE_DONE)
+   {
+      Fail(aCode);
+   }
+   return aCode == SQLITE_ROW;
+}
+
+void SQLiteStatement::Run()
+{
+   while (Step())
+   {}
+   Reset();
+}
+
+void SQLiteStatement::Reset()
+{
+   sqlite3_reset(itsStatement.get()); // a failure has been told by Step
+}
+
+void SQLiteStatement::Fail(int theCode) const
+{
+   const SQLiteFailure aFailure(sqlite3_errmsg(itsDatabase.Get()), theCode);
+   sqlite3_reset(itsStatement.get());
+   throw aFailure;
+}
+
+std::string SQLiteStatement::GetText(int theColumn) const
+{
+   const auto* const aText = reinterpret_cast<const char*>(sqlite3_column_text(itsStatement.get(), theColumn));
+   const int aLength = sqlite3_column_bytes(itsStatement.get(), theColumn);
+   return aText != nullptr ? std::string(aText, static_cast<std::size_t>(aLength)) : std::string();
+}
+
+std::int64_t SQLiteStatement::GetNumber(int theColumn) const
+{
+   return sqlite3_column_int64(itsStatement.get(), theColumn);
+}
+
+bool SQLiteStatement::IsNull(int theColumn) const
+{
+   return sqlite3_column_type(itsStatement.get(), theColumn) == SQLITE_NULL;
+}

@@ -1,0 +1,238 @@
+#include "apps/tn/print/FilmSheet.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+
+#include <png.h>
+
+#include "apps/tn/base/Tags.h"
+#include "talvenor/dataset/SequenceVR.h"
+#include "talvenor/dictionary/VRType.h"
+#include "talvenor/print/AbstractFilmBox.h"
+
+namespace
+{
+constexpr UINT32 kDisplayFormat = 0x20100010;
+constexpr UINT32 kOrientation = 0x20100040;
+constexpr UINT32 kFilmSize = 0x20100050;
+constexpr UINT32 kEmptyDensity = 0x20100110;
+constexpr UINT32 kPosition = 0x20200010;
+constexpr UINT32 kPolarity = 0x20200020;
+constexpr UINT32 kImages[] = {0x20200110, 0x20200111}; // gray and colour
+constexpr UINT32 kPixelData = 0x7FE00010;
+
+constexpr double kPixelsPerInch = 100;
+constexpr double kGap = 6; // pixels round each image
+constexpr double kCentimetresPerInch = 2.54;
+constexpr double kLongest = 40; // inches; no film is longer
+
+// Numbers in a text, whatever stands between them.
+std::vector<double> NumbersIn(std::string_view theText)
+{
+   std::vector<double> aNumbers;
+   while (!theText.empty())
+   {
+      double aNumber = 0;
+      const auto [anEnd, anError] = std::from_chars(theText.data(), theText.data() + theText.size(), aNumber);
+      const bool isNumber = anError == std::errc() && std::isfinite(aNumber) && aNumber > 0;
+      if (isNumber)
+      {
+         aNumbers.push_back(aNumber);
+      }
+      theText.remove_prefix(std::max<std::size_t>(1, static_cast<std::size_t>(anEnd - theText.data())));
+   }
+   return aNumbers;
+}
+
+// The image of an image box, which the printer has checked: pixels are there, 8 or 16 bits each.
+class Source
+{
+public:
+   Source(const DICOMDataObject& theImage, bool isReversed)
+       : itsRows(theImage.GetUINT16(0x0028, 0x0010)), itsColumns(theImage.GetUINT16(0x0028, 0x0011)),
+         itsSamples(theImage.GetUINT16(0x0028, 0x0002)), itsBytes(theImage.GetUINT16(0x0028, 0x0100) / 8u),
+         itsStored(theImage.GetUINT16(0x0028, 0x0101)), isPlanar(theImage.GetUINT16(0x0028, 0x0006) == 1)
+   {
+      const VR* const aPixels = FindVR(theImage, kPixelData);
+      itsPixels = aPixels->GetData();
+      isBigEndian = aPixels->GetDataEndian() == TNEndian::BigEndian && aPixels->GetTypeCode() == VRCode::OW;
+      isInverted = isReversed != (TextOf(theImage, 0x00280004) == "MONOCHROME1");
+   }
+
+   UINT32 GetRows() const { return itsRows; }
+   UINT32 GetColumns() const { return itsColumns; }
+
+   std::array<double, 3> At(UINT32 theRow, UINT32 theColumn) const
+   {
+      std::array<double, 3> aColor{};
+      for (unsigned int i = 0; i < 3; ++i)
+      {
+         aColor[i] = Sample(theRow, theColumn, itsSamples == 3 ? i : 0);
+      }
+      return aColor;
+   }
+
+private:
+   // From 0 to 255.
+   double Sample(UINT32 theRow, UINT32 theColumn, unsigned int theSample) const
+   {
+      const std::size_t aPixel = std::size_t{theRow} * itsColumns + theColumn;
+      const std::size_t aPlane = std::size_t{itsRows} * itsColumns;
+      const std::size_t aPlace = isPlanar ? theSample * aPlane + aPixel : aPixel * itsSamples + theSample;
+      unsigned int aValue = 0;
+      if (itsBytes == 1)
+      {
+         // Bytes in words (OW) that came in big endian stand the other way round (PS3.5 8.1.1).
+         aValue = itsPixels[isBigEndian ? aPlace ^ 1 : aPlace];
+      }
+      else
+      {
+         const unsigned char* const aWord = itsPixels + 2 * aPlace;
+         aValue = isBigEndian ? aWord[0] * 256u + aWord[1] : aWord[1] * 256u + aWord[0];
+      }
+      const unsigned int aMost = (1u << itsStored) - 1;
+      const double aLevel = 255.0 * (aValue & aMost) / aMost;
+      return isInverted ? 255 - aLevel : aLevel;
+   }
+
+   UINT32 itsRows, itsColumns;
+   unsigned int itsSamples, itsBytes, itsStored;
+   bool isPlanar;
+   bool isBigEndian = false;
+   bool isInverted = false;
+   const unsigned char* itsPixels = nullptr;
+};
+
+std::optional<Source> ImageOf(const AbstractImageBox& theBox)
+{
+   for (const UINT32 aTag : kImages)
+   {
+      const VR* const aVR = FindVR(theBox, aTag);
+      const SequenceVR* const aSequence = aVR != nullptr ? aVR->GetAsSequenceVR() : nullptr;
+      if (aSequence != nullptr && !aSequence->IsEmpty())
+      {
+         return Source(*aSequence->GetSequenceArray()->front(), TextOf(theBox, kPolarity) == "REVERSE");
+      }
+   }
+   return std::nullopt;
+}
+} // namespace
+
+FilmSheet::FilmSheet(const AbstractFilmBox& theFilmBox)
+{
+   SetSize(theFilmBox);
+   const unsigned char anEmpty = TextOf(theFilmBox, kEmptyDensity) == "WHITE" ? 255 : 0;
+   itsPixels.assign(std::size_t{3} * itsWidth * itsHeight, anEmpty);
+   const std::vector<Place> aPlaces = FindPlaces(TextOf(theFilmBox, kDisplayFormat));
+   std::size_t anOrdinal = 0;
+   for (const auto& aBox : theFilmBox.GetImageBoxes())
+   {
+      UINT16 aPosition = 0;
+      const bool isPlaced = aBox->GetUINT16(GroupOf(kPosition), ElementOf(kPosition), aPosition) && aPosition > 0;
+      const std::size_t aPlace = isPlaced ? aPosition - 1u : anOrdinal;
+      ++anOrdinal;
+      if (aPlace < aPlaces.size())
+      {
+         Draw(*aBox, aPlaces[aPlace]);
+      }
+   }
+}
+
+// "14INX17IN", "24CMX30CM"; without one as the first.
+void FilmSheet::SetSize(const AbstractFilmBox& theFilmBox)
+{
+   const RWCString aSize = TextOf(theFilmBox, kFilmSize);
+   const std::vector<double> aNumbers = NumbersIn(aSize);
+   double aWidth = 14;
+   double aHeight = 17;
+   if (aNumbers.size() == 2)
+   {
+      const double aUnit = aSize.find("CM") != RWCString::npos ? kCentimetresPerInch : 1;
+      aWidth = std::clamp(aNumbers[0] / aUnit, 1.0, kLongest);
+      aHeight = std::clamp(aNumbers[1] / aUnit, 1.0, kLongest);
+   }
+   if (TextOf(theFilmBox, kOrientation) == "LANDSCAPE")
+   {
+      std::swap(aWidth, aHeight);
+   }
+   itsWidth = static_cast<UINT32>(aWidth * kPixelsPerInch);
+   itsHeight = static_cast<UINT32>(aHeight * kPixelsPerInch);
+}
+
+std::vector<FilmSheet::Place> FilmSheet::FindPlaces(const RWCString& theFormat) const
+{
+   // As rows of so many images each; the columns of COL are rows on the side.
+   const std::vector<double> aNumbers = NumbersIn(theFormat.substr(std::min(theFormat.find('\\'), theFormat.size())));
+   std::vector<double> aRows = {1};
+   const bool isByColumns = theFormat.starts_with("COL");
+   if (theFormat.starts_with("STANDARD") && aNumbers.size() == 2)
+   {
+      aRows.assign(static_cast<std::size_t>(aNumbers[1]), aNumbers[0]);
+   }
+   else if ((isByColumns || theFormat.starts_with("ROW")) && !aNumbers.empty())
+   {
+      aRows = aNumbers;
+   }
+   std::vector<Place> aPlaces;
+   const double aDepth = (isByColumns ? itsWidth : itsHeight) / static_cast<double>(aRows.size());
+   for (std::size_t i = 0; i < aRows.size(); ++i)
+   {
+      const double anExtent = (isByColumns ? itsHeight : itsWidth) / aRows[i];
+      for (double j = 0; j < aRows[i]; ++j)
+      {
+         const double aFar = static_cast<double>(i) * aDepth;
+         aPlaces.push_back(isByColumns ? Place{aFar, j * anExtent, aDepth, anExtent}
+                                       : Place{j * anExtent, aFar, anExtent, aDepth});
+      }
+   }
+   return aPlaces;
+}
+
+void FilmSheet::Draw(const AbstractImageBox& theBox, const Place& thePlace)
+{
+   const std::optional<Source> anImage = ImageOf(theBox);
+   if (!anImage)
+   {
+      return;
+   }
+   const double aScale = std::min((thePlace.itsWidth - 2 * kGap) / anImage->GetColumns(),
+                                  (thePlace.itsHeight - 2 * kGap) / anImage->GetRows());
+   const double aWidth = anImage->GetColumns() * aScale;
+   const double aHeight = anImage->GetRows() * aScale;
+   if (aWidth < 1 || aHeight < 1)
+   {
+      return; // too many images for a picture of this size
+   }
+   const auto aLeft = static_cast<UINT32>(thePlace.itsLeft + (thePlace.itsWidth - aWidth) / 2);
+   const auto aTop = static_cast<UINT32>(thePlace.itsTop + (thePlace.itsHeight - aHeight) / 2);
+   for (UINT32 y = 0; y < static_cast<UINT32>(aHeight); ++y)
+   {
+      const UINT32 aRow = std::min(static_cast<UINT32>((y + 0.5) / aScale), anImage->GetRows() - 1);
+      for (UINT32 x = 0; x < static_cast<UINT32>(aWidth); ++x)
+      {
+         const UINT32 aColumn = std::min(static_cast<UINT32>((x + 0.5) / aScale), anImage->GetColumns() - 1);
+         const std::array<double, 3> aColor = anImage->At(aRow, aColumn);
+         unsigned char* const aPixel = &itsPixels[3 * ((std::size_t{aTop} + y) * itsWidth + aLeft + x)];
+         std::transform(aColor.begin(), aColor.end(), aPixel,
+                        [](double theLevel) { return static_cast<unsigned char>(std::lround(theLevel)); });
+      }
+   }
+}
+
+void FilmSheet::Write(const std::string& thePath) const
+{
+   png_image anImage{};
+   anImage.version = PNG_IMAGE_VERSION;
+   anImage.width = itsWidth;
+   anImage.height = itsHeight;
+   anImage.format = PNG_FORMAT_RGB;
+   if (!png_image_write_to_file(&anImage, thePath.c_str(), 0, itsPixels.data(), 0, nullptr))
+   {
+      throw std::runtime_error(thePath + ": " + anImage.message);
+   }
+}

@@ -1,0 +1,179 @@
+#include "apps/tn/print/PrintedFilm.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+
+#include "apps/tn/base/SystemFailure.h"
+#include "apps/tn/base/Tags.h"
+#include "apps/tn/print/FilmSheet.h"
+#include "talvenor/dataset/DICOMFileType.h"
+#include "talvenor/dataset/SequenceVR.h"
+#include "talvenor/dictionary/VRType.h"
+#include "talvenor/foundation/MUIDFactory.h"
+#include "talvenor/print/AbstractFilmSession.h"
+#include "talvenor/print/PrintMessages.h"
+
+namespace
+{
+constexpr char kSecondaryCapture[] = "1.2.840.10008.5.1.4.1.1.7";
+constexpr UINT32 kImages[] = {0x20200110, 0x20200111}; // gray and colour
+
+void PushText(DICOMDataObject& theDataset, UINT32 theTag, UINT16 theType, const std::string& theText)
+{
+   auto aVR = std::make_unique<VR>(GroupOf(theTag), ElementOf(theTag), theDataset.GetEndian());
+   aVR->SetTypeCode(theType);
+   aVR->SetData(theText.data(), static_cast<UINT32>(theText.size()), theType == VRCode::UI ? '\0' : ' ');
+   theDataset.Push(aVR.release());
+}
+
+void Save(DICOMDataObject& theDataset, const std::string& thePath, const RWCString& theSOPClass,
+          const RWCString& theInstance)
+{
+   TNResultCode aCode = TN_NO_ERROR;
+   int anError = 0;
+   if (!theDataset.SaveToFile(thePath, GivenOrLittleEndianExplicitFile, RWCString(), aCode, anError, theSOPClass,
+                              theInstance))
+   {
+      throw std::runtime_error(thePath + ": " + TNResult::Describe(aCode));
+   }
+}
+
+// What a Secondary Capture image needs besides its pixels (PS3.3 A.8.1).
+struct Attribute
+{
+   UINT32 itsTag;
+   UINT16 itsType;
+   const char* itsText;
+};
+constexpr Attribute kAttributes[] = {
+    {0x00080020, VRCode::DA, ""},   {0x00080030, VRCode::TM, ""},    {0x00080050, VRCode::SH, ""},
+    {0x00080060, VRCode::CS, "OT"}, {0x00080064, VRCode::CS, "WSD"}, {0x00080090, VRCode::PN, ""},
+    {0x00100010, VRCode::PN, ""},   {0x00100020, VRCode::LO, ""},    {0x00100030, VRCode::DA, ""},
+    {0x00100040, VRCode::CS, ""},   {0x00200010, VRCode::SH, ""},    {0x00200011, VRCode::IS, "1"},
+    {0x00200020, VRCode::CS, ""},   {0x00200060, VRCode::CS, ""},
+};
+
+// The UIDs that the images of one film share.
+struct Series
+{
+   RWCString itsStudy = MUIDFactory::GetInstance().GetUID();
+   RWCString itsSeries = MUIDFactory::GetInstance().GetUID();
+};
+
+void SaveImage(const DICOMDataObject& theImage, const std::string& thePath, const Series& theSeries,
+               unsigned int theNumber)
+{
+   DICOMDataObject aDataset(theImage);
+   const RWCString anInstance = MUIDFactory::GetInstance().GetUID();
+   for (const Attribute& anAttribute : kAttributes)
+   {
+      if (!FindVR(aDataset, anAttribute.itsTag))
+      {
+         PushText(aDataset, anAttribute.itsTag, anAttribute.itsType, anAttribute.itsText);
+      }
+   }
+   PushText(aDataset, 0x00080016, VRCode::UI, kSecondaryCapture);
+   PushText(aDataset, 0x00080018, VRCode::UI, anInstance);
+   PushText(aDataset, 0x0020000D, VRCode::UI, theSeries.itsStudy);
+   PushText(aDataset, 0x0020000E, VRCode::UI, theSeries.itsSeries);
+   PushText(aDataset, 0x00200013, VRCode::IS, std::to_string(theNumber));
+   Save(aDataset, thePath, kSecondaryCapture, anInstance);
+}
+
+void SaveImages(const AbstractFilmBox& theFilmBox, const std::string& theFolder)
+{
+   const Series aSeries;
+   unsigned int aNumber = 0;
+   for (const auto& aBox : theFilmBox.GetImageBoxes())
+   {
+      ++aNumber;
+      char aName[32];
+      std::snprintf(aName, sizeof aName, "/image-%03u.dcm", aNumber);
+      for (const UINT32 aTag : kImages)
+      {
+         const VR* const aVR = FindVR(*aBox, aTag);
+         const SequenceVR* const aSequence = aVR != nullptr ? aVR->GetAsSequenceVR() : nullptr;
+         if (aSequence != nullptr && !aSequence->IsEmpty())
+         {
+            SaveImage(*aSequence->GetSequenceArray()->front(), theFolder + aName, aSeries, aNumber);
+         }
+      }
+   }
+}
+
+void SavePart(const PrintObject& thePart, const std::string& thePath)
+{
+   DICOMDataObject aDataset(thePart);
+   Save(aDataset, thePath, thePart.GetSOPClassUID().ToString(), thePart.GetSOPInstanceUID().ToString());
+}
+
+std::string TimeText()
+{
+   const std::time_t aNow = std::time(nullptr);
+   std::tm aTime{};
+   localtime_r(&aNow, &aTime);
+   char aText[32];
+   std::strftime(aText, sizeof aText, "%Y%m%d-%H%M%S", &aTime);
+   return aText;
+}
+
+// A folder that is removed, with what it has, unless it gets its name.
+class FolderInTheMaking
+{
+public:
+   explicit FolderInTheMaking(const std::string& theParent) : itsPath(theParent + "/.film-XXXXXX")
+   {
+      if (::mkdtemp(itsPath.data()) == nullptr)
+      {
+         throw SystemFailure(itsPath);
+      }
+      std::filesystem::permissions(itsPath, std::filesystem::perms::owner_all | std::filesystem::perms::group_read |
+                                                std::filesystem::perms::group_exec);
+   }
+   ~FolderInTheMaking()
+   {
+      std::error_code anIgnored;
+      std::filesystem::remove_all(itsPath, anIgnored);
+   }
+   FolderInTheMaking(const FolderInTheMaking&) = delete;
+   FolderInTheMaking& operator=(const FolderInTheMaking&) = delete;
+
+   const std::string& GetPath() const { return itsPath; }
+
+   // The first free one of theStem-1, theStem-2, ...
+   std::string Name(const std::string& theStem)
+   {
+      for (unsigned int aNumber = 1;; ++aNumber)
+      {
+         const std::string aName = theStem + "-" + std::to_string(aNumber);
+         if (std::rename(itsPath.c_str(), aName.c_str()) == 0)
+         {
+            return aName;
+         }
+         if (errno != ENOTEMPTY && errno != EEXIST)
+         {
+            throw SystemFailure(aName);
+         }
+      }
+   }
+
+private:
+   std::string itsPath;
+};
+} // namespace
+
+std::string WritePrintedFilm(const std::string& theFolder, const AbstractFilmSession& theSession,
+                             const AbstractFilmBox& theFilmBox)
+{
+   FolderInTheMaking aFolder(theFolder);
+   SavePart(theSession, aFolder.GetPath() + "/session.dcm");
+   SavePart(theFilmBox, aFolder.GetPath() + "/film.dcm");
+   SaveImages(theFilmBox, aFolder.GetPath());
+   FilmSheet(theFilmBox).Write(aFolder.GetPath() + "/sheet.png");
+   return aFolder.Name(theFolder + "/film-" + TimeText());
+}

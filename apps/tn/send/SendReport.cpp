@@ -1,0 +1,171 @@
+#include "apps/tn/send/SendReport.h"
+
+#include <cstdio>
+#include <iostream>
+#include <numeric>
+#include <stdexcept>
+
+#include "apps/tn/base/ExitCode.h"
+#include "talvenor/foundation/OneLine.h"
+
+namespace
+{
+constexpr const char* kNames[] = {"sent", "warning", "failed", "skipped", "not sent"}; // of the outcomes
+
+// What the sums call them.
+constexpr const char* kSumNames[] = {"sent", "with warnings", "failed", "skipped", "not sent"};
+
+// What several lines say, on one.
+std::string Line(std::string theText)
+{
+   for (std::size_t i = theText.find('\n'); i != std::string::npos; i = theText.find('\n', i))
+   {
+      theText.replace(i, 1, "; ");
+   }
+   return OnOneLine(theText);
+}
+} // namespace
+
+const char* SendReport::NameOf(Outcome theOutcome)
+{
+   return kNames[static_cast<int>(theOutcome)];
+}
+
+SendReport::SendReport(const std::string& theReportPath, bool theKeepsEntries) : itsKeepsEntries(theKeepsEntries)
+{
+   if (theReportPath.empty())
+   {
+      return;
+   }
+   itsOutput = &std::cout;
+   if (theReportPath != "-")
+   {
+      itsFile.open(theReportPath);
+      itsOutput = &itsFile;
+   }
+   if (!*itsOutput)
+   {
+      throw std::runtime_error("the report " + theReportPath + " cannot be written");
+   }
+}
+
+void SendReport::BeginSending(std::size_t theFiles, UINT64 theBytes)
+{
+   itsStart = Clock::now();
+   itsProgress = std::make_unique<Progress>(theFiles, theBytes);
+}
+
+void SendReport::EndSending()
+{
+   itsEnd = Clock::now();
+   itsProgress.reset();
+}
+
+void SendReport::Begin(const std::string& thePath)
+{
+   const std::lock_guard aLock(itsMutex);
+   itsProgress->Begin(thePath);
+}
+
+void SendReport::Advance(UINT64 theBytes)
+{
+   const std::lock_guard aLock(itsMutex);
+   itsProgress->Advance(theBytes);
+}
+
+void SendReport::Add(const Entry& theEntry)
+{
+   const std::lock_guard aLock(itsMutex);
+   ++itsCounts[static_cast<int>(theEntry.itsOutcome)];
+   const bool isStored = theEntry.itsOutcome == Outcome::Sent || theEntry.itsOutcome == Outcome::Warning;
+   itsBytes += isStored ? theEntry.itsBytes : 0;
+   ++itsReasons[isStored ? ExitCode::kDone : theEntry.itsExitCode];
+   WriteLine(theEntry);
+   if (itsProgress)
+   {
+      itsProgress->End(0);
+   }
+   if (theEntry.itsOutcome == Outcome::Sent)
+   {
+      return;
+   }
+   if (theEntry.itsOutcome != Outcome::NotSent) // one line says why they all were not
+   {
+      if (itsProgress)
+      {
+         itsProgress->Wipe();
+      }
+      std::cerr << Line("tn send: " + theEntry.itsPath + ": " + theEntry.itsText) << "\n" << std::flush;
+   }
+   if (itsKeepsEntries)
+   {
+      itsFaults.push_back(theEntry);
+   }
+}
+
+// Each line is on its way before the next file is: what is killed has told what was acknowledged.
+void SendReport::WriteLine(const Entry& theEntry)
+{
+   if (itsOutput == nullptr)
+   {
+      return;
+   }
+   *itsOutput << OnOneLine(theEntry.itsPath) + "\t" + OnOneLine(theEntry.itsSOPInstanceUID) + "\t" +
+                     NameOf(theEntry.itsOutcome) + "\t" + Line(theEntry.itsText) + "\n"
+              << std::flush;
+   if (!*itsOutput)
+   {
+      itsOutput = nullptr;
+      throw std::runtime_error("the report cannot be written");
+   }
+}
+
+void SendReport::Tell(const std::string& theText)
+{
+   const std::lock_guard aLock(itsMutex);
+   if (itsProgress)
+   {
+      itsProgress->Wipe();
+   }
+   std::cerr << Line("tn send: " + theText) << "\n" << std::flush;
+}
+
+std::size_t SendReport::GetTotal() const
+{
+   return std::accumulate(std::begin(itsCounts), std::end(itsCounts), std::size_t{0});
+}
+
+double SendReport::GetSeconds() const
+{
+   return std::chrono::duration<double>(itsEnd - itsStart).count();
+}
+
+int SendReport::GetExitCode() const
+{
+   return itsReasons.empty()       ? ExitCode::kSomeFailed
+          : itsReasons.size() == 1 ? itsReasons.begin()->first
+                                   : ExitCode::kSomeFailed;
+}
+
+std::string SendReport::Summary() const
+{
+   std::string aText;
+   for (int i = 0; i < 5; ++i)
+   {
+      if (i == 0 || itsCounts[i] != 0)
+      {
+         aText += (aText.empty() ? "" : ", ") + std::to_string(itsCounts[i]) + " " + kSumNames[i];
+      }
+   }
+   const double aSeconds = GetSeconds();
+   if (aSeconds <= 0)
+   {
+      return aText;
+   }
+   const std::size_t aStored = Count(Outcome::Sent) + Count(Outcome::Warning);
+   char aFigures[160];
+   std::snprintf(aFigures, sizeof aFigures, "; %.1f MB in %.2f s, %.1f MB/s, %.0f files/s",
+                 static_cast<double>(itsBytes) / 1e6, aSeconds, static_cast<double>(itsBytes) / 1e6 / aSeconds,
+                 static_cast<double>(aStored) / aSeconds);
+   return aText + aFigures;
+}
