@@ -1,19 +1,45 @@
-# What a host needs of an installed library: headers, library, dictionaries, the program, and a CMake package:
+# What a host needs of an installed library: headers, libraries, dictionaries, and what CMake and pkg-config ask for:
 #    find_package(Talvenor REQUIRED)
 #    target_link_libraries(host PRIVATE Talvenor::talvenor)
+# and the program with its manual and completions. Everything may be moved afterwards as a whole: nothing names the
+# prefix, the build tree or the source tree. The components are those of the Debian packages.
 include(CMakePackageConfigHelpers)
 set(PACKAGE_FOLDER ${CMAKE_INSTALL_LIBDIR}/cmake/Talvenor)
+set(PKGCONFIG_FOLDER ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-install(TARGETS talvenor EXPORT Talvenor)
-install(DIRECTORY talvenor DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
-install(FILES data/dicom.dic data/uid.dic DESTINATION ${CMAKE_INSTALL_DATADIR}/talvenor)
-install(DIRECTORY data/private DESTINATION ${CMAKE_INSTALL_DATADIR}/talvenor)
-if(TALVENOR_BUILD_TN)
-   # The program finds its library wherever the two are put together.
-   set_target_properties(tn PROPERTIES INSTALL_RPATH $ORIGIN/../${CMAKE_INSTALL_LIBDIR})
-   install(TARGETS tn)
+set(LIBRARIES talvenor)
+if(TARGET talvenor_data)
+   list(APPEND LIBRARIES talvenor_data)
+endif()
+# Programs and libraries find each other wherever they are put together; in /usr the system finds them.
+if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+   if(TARGET talvenor_data)
+      set_target_properties(talvenor_data PROPERTIES INSTALL_RPATH $ORIGIN)
+   endif()
+   if(TALVENOR_BUILD_TN)
+      set_target_properties(tn PROPERTIES INSTALL_RPATH $ORIGIN/../${CMAKE_INSTALL_LIBDIR})
+   endif()
 endif()
 
-install(EXPORT Talvenor FILE TalvenorConfig.cmake NAMESPACE Talvenor:: DESTINATION ${PACKAGE_FOLDER})
+install(TARGETS ${LIBRARIES} EXPORT Talvenor
+   LIBRARY COMPONENT library NAMELINK_COMPONENT development ARCHIVE COMPONENT development)
+install(DIRECTORY talvenor DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development FILES_MATCHING PATTERN "*.h")
+install(FILES data/dicom.dic data/uid.dic DESTINATION ${CMAKE_INSTALL_DATADIR}/talvenor COMPONENT dictionaries)
+install(DIRECTORY data/private DESTINATION ${CMAKE_INSTALL_DATADIR}/talvenor COMPONENT dictionaries)
+
+install(EXPORT Talvenor FILE TalvenorConfig.cmake NAMESPACE Talvenor:: DESTINATION ${PACKAGE_FOLDER}
+   COMPONENT development)
 write_basic_package_version_file(TalvenorConfigVersion.cmake COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/TalvenorConfigVersion.cmake DESTINATION ${PACKAGE_FOLDER})
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/TalvenorConfigVersion.cmake DESTINATION ${PACKAGE_FOLDER}
+   COMPONENT development)
+
+file(RELATIVE_PATH PC_PREFIX /prefix/${PKGCONFIG_FOLDER} /prefix)
+string(REGEX REPLACE "/$" "" PC_PREFIX "${PC_PREFIX}")
+foreach(NAME talvenor talvenor-data)
+   configure_file(cmake/${NAME}.pc.in ${NAME}.pc @ONLY)
+   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${NAME}.pc DESTINATION ${PKGCONFIG_FOLDER} COMPONENT development)
+endforeach()
+
+if(TALVENOR_BUILD_TN)
+   install(TARGETS tn RUNTIME COMPONENT program)
+endif()

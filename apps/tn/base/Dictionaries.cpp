@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <stdexcept>
-#include <vector>
 
 #include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
 #include "talvenor/foundation/ExceptionBase.h"
@@ -23,9 +22,8 @@ fs::path FindFolder(const std::string& theFolder)
       return theFolder;
    }
    std::error_code anError;
-   const fs::path aProgram = fs::read_symlink("/proc/self/exe", anError);
-   const std::vector<fs::path> aPlaces = {aProgram.parent_path().parent_path() / "share" / "talvenor",
-                                          fs::path(TN_SOURCE_DATA)};
+   const fs::path aProgramFolder = fs::read_symlink("/proc/self/exe", anError).parent_path();
+   const fs::path aPlaces[] = {aProgramFolder / "talvenor-data", aProgramFolder.parent_path() / "share" / "talvenor"};
    for (const fs::path& aPlace : aPlaces)
    {
       if (fs::exists(aPlace / kAttributes, anError))
