@@ -6,13 +6,14 @@
 #include "apps/tn/base/ErrorText.h"
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/base/ValueText.h"
+#include "apps/tn/codec/Decompression.h"
 #include "apps/tn/node/GuardedStream.h"
+#include "talvenor/association/PDU_Service.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/VR.h"
 #include "talvenor/dictionary/UID.h"
 #include "talvenor/dictionary/VRType.h"
 #include "talvenor/file/Part10FileInputStream.h"
-#include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/transfer/InputTransferSyntax.h"
 #include "talvenor/transfer/TransferSyntaxManager.h"
 
@@ -35,9 +36,9 @@ std::vector<std::string> UniqueValues(const IndexLevel& theLevel, const DICOMDat
 
 ArchiveRetrieve::ArchiveRetrieve(const RWCString& theSOPClass, Archive& theArchive, const PeerList* thePeers,
                                  const Settings& theSettings, GuardedStream* theStream,
-                                 std::function<void(const std::string&)> theLog)
+                                 std::function<void(const std::string&)> theLog, std::function<void(bool)> theReached)
     : itsSOPClass(theSOPClass), itsArchive(theArchive), itsPeers(thePeers), itsSettings(theSettings),
-      itsStream(theStream), itsLog(std::move(theLog))
+      itsStream(theStream), itsLog(std::move(theLog)), itsReached(std::move(theReached))
 {}
 
 ArchiveRetrieve::~ArchiveRetrieve() = default;
@@ -159,26 +160,43 @@ int ArchiveRetrieve::RetrieveHeader(const DICOMDataObject* theMatch, DICOMDataOb
    }
 }
 
-void ArchiveRetrieve::DoStreamingDecompression(DICOMDataObject&, const TransferSyntaxType* theSourceSyntax,
-                                               PixelDataFragmentInputStreamVR*, VR*&)
+void ArchiveRetrieve::DoStreamingDecompression(DICOMDataObject& theHeader, const TransferSyntaxType* theSourceSyntax,
+                                               PixelDataFragmentInputStreamVR* theCompressedPixels,
+                                               VR*& theDecompressedPixels)
 {
-   itsReason = "the destination does not take " + theSourceSyntax->GetUID() + ", and it cannot be decompressed";
-   throw StreamIOException(itsReason.c_str(), TN_TRANSFER_SYNTAX_UNSUPPORTED, 0);
+   const auto aTell = [this](const RWCString& theText) { itsReason = "it cannot be decompressed: " + theText; };
+   try
+   {
+      theDecompressedPixels =
+          Decompression::MakePixels(std::make_unique<Decompression>(theHeader, *theSourceSyntax, *theCompressedPixels),
+                                    aTell)
+              .release();
+   }
+   catch (const ExceptionBase& anException)
+   {
+      aTell(ErrorText(anException));
+      throw;
+   }
 }
 
 void ArchiveRetrieve::CMoveProgressCallback(PDU_Service&, DICOMCommandObject&, DICOMDataObject&, int) {}
 
-void ArchiveRetrieve::CMoveServiceProgressCallback(PDU_Service&, const DICOMObject& theObject, unsigned int, UINT16,
-                                                   const RWCString& theMessage, CMoveProgressType theProgress)
+void ArchiveRetrieve::CMoveServiceProgressCallback(PDU_Service& theService, const DICOMObject& theObject, unsigned int,
+                                                   UINT16, const RWCString& theMessage, CMoveProgressType theProgress)
 {
    switch (theProgress)
    {
    case SubOperationBegins:
       itsReason.clear();
+      itsIsAnnounced = false;
       if (itsStream != nullptr)
       {
          itsStream->Suspend(); // the destination has deadlines of its own
       }
+      break;
+   case StoreRequestSent:
+      itsIsAnnounced = true;
+      itsReached(true);
       break;
    case QueryRefused:
    case DestinationUnknown:
@@ -188,6 +206,10 @@ void ArchiveRetrieve::CMoveServiceProgressCallback(PDU_Service&, const DICOMObje
    case SubOperationFailed:
    case StoreAssociationFailed:
    case StoreRefused:
+      if (!itsIsAnnounced && itsReason.empty())
+      {
+         itsReached(theService.Connected() != 0);
+      }
       itsLog("not sent: " + TextOf(theObject, kSOPInstanceUID) + ": " + (itsReason.empty() ? theMessage : itsReason));
       break;
    default: break;

@@ -22,10 +22,11 @@ public:
       std::string itsTitle; // that destinations are called with
    };
 
-   // All are borrowed. theLog gets a line for each instance that could not be sent.
+   // All are borrowed. theLog gets a line for each instance that could not be sent, theReached whether the destination was
+   // on the other end, for each for which it was needed.
    ArchiveRetrieve(const RWCString& theSOPClass, Archive& theArchive, const PeerList* thePeers,
                    const Settings& theSettings, GuardedStream* theStream,
-                   std::function<void(const std::string&)> theLog);
+                   std::function<void(const std::string&)> theLog, std::function<void(bool)> theReached);
    ~ArchiveRetrieve() override;
 
    int DoQuery(DICOMDataObject& theIdentifier, int theModel, const RWCString& thePeerTitle,
@@ -58,7 +59,9 @@ private:
    Settings itsSettings;
    GuardedStream* itsStream; // of the C-MOVE
    std::function<void(const std::string&)> itsLog;
+   std::function<void(bool)> itsReached;
    std::unique_ptr<Part10InputStream> itsFile; // that is being sent
    bool itsHasRefused = false;
-   std::string itsReason; // why it cannot be
+   bool itsIsAnnounced = false; // the instance, to the destination
+   std::string itsReason;       // why it cannot be
 };

@@ -1,7 +1,5 @@
 #include "apps/tn/answers/IndexQuery.h"
 
-#include <algorithm>
-
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/base/ValueText.h"
 #include "talvenor/dataset/DICOMDataObject.h"
@@ -14,33 +12,38 @@ namespace
 constexpr UINT32 kSpecificCharacterSet = 0x00080005;
 } // namespace
 
-IndexQuery::IndexQuery(const SQLiteDatabase& theIndex, const QueryPlan& thePlan)
-    : itsPlan(thePlan), itsStatement(theIndex, thePlan.MakeStatement())
+IndexQuery::IndexQuery(SQLiteDatabase& theIndex, const QueryPlan& thePlan) : itsPlan(thePlan)
 {
+   theIndex.Define("matches", [this](std::int64_t theMatcher, std::string_view theText, std::string_view theTerms) {
+      return Matches(theMatcher, theText, theTerms);
+   });
+   itsStatement.emplace(theIndex, thePlan.MakeStatement());
    int aNumber = 0;
    for (const std::string& aParameter : thePlan.GetParameters())
    {
-      itsStatement.Bind(++aNumber, aParameter);
+      itsStatement->Bind(++aNumber, aParameter);
    }
 }
 
 std::unique_ptr<DICOMDataObject> IndexQuery::Next()
 {
-   while (itsStatement.Step())
-   {
-      if (Matches(itsPlan.GetAnswers()))
-      {
-         return MakeMatch();
-      }
-   }
-   return nullptr;
+   return itsStatement->Step() ? MakeMatch() : nullptr;
 }
 
-bool IndexQuery::Matches(const std::vector<Answer>& theAnswers)
+bool IndexQuery::Matches(std::int64_t theMatcher, std::string_view theText, std::string_view theTerms)
 {
-   return std::all_of(theAnswers.begin(), theAnswers.end(), [this](const Answer& theAnswer) {
-      return Matches(theAnswer.itsItem) && (!theAnswer.itsMatcher || theAnswer.itsMatcher->Matches(UTF8Of(theAnswer)));
-   });
+   const QueryPlan::Matcher& aMatcher = itsPlan.GetMatchers()[static_cast<std::size_t>(theMatcher)];
+   return aMatcher.itsMatcher.Matches(IsEncodedType(aMatcher.itsType)
+                                          ? FindCharacterSet(theTerms).ToUTF8(theText, aMatcher.itsType == VRCode::PN)
+                                          : std::string(theText));
+}
+
+const CharacterSet& IndexQuery::FindCharacterSet(std::string_view theTerms)
+{
+   const auto aPlace = itsCharacterSets.find(theTerms);
+   return aPlace != itsCharacterSets.end()
+              ? aPlace->second
+              : itsCharacterSets.try_emplace(std::string(theTerms), theTerms).first->second;
 }
 
 // The levels may be in different sets, as they come from different instances: then all is answered in UTF-8.
@@ -48,7 +51,7 @@ std::unique_ptr<DICOMDataObject> IndexQuery::MakeMatch()
 {
    auto aMatch = std::make_unique<DICOMDataObject>();
    const bool isUTF8 = !HasOneCharacterSet();
-   const std::string aSet = isUTF8 ? "ISO_IR 192" : itsStatement.GetText(0);
+   const std::string aSet = isUTF8 ? "ISO_IR 192" : itsStatement->GetText(0);
    if (!aSet.empty())
    {
       aMatch->Push(MakeElement(kSpecificCharacterSet, VRCode::CS, aSet).release());
@@ -80,22 +83,21 @@ void IndexQuery::Fill(DICOMDataObject& theMatch, const std::vector<Answer>& theA
 
 std::string IndexQuery::TextOf(const Answer& theAnswer) const
 {
-   return theAnswer.itsColumn < 0 ? theAnswer.itsText : itsStatement.GetText(theAnswer.itsColumn);
+   return theAnswer.itsColumn < 0 ? theAnswer.itsText : itsStatement->GetText(theAnswer.itsColumn);
 }
 
 std::string IndexQuery::UTF8Of(const Answer& theAnswer)
 {
-   const std::string aTerms = itsStatement.GetText(static_cast<int>(theAnswer.itsLevel));
-   return itsCharacterSets.try_emplace(aTerms, aTerms)
-       .first->second.ToUTF8(TextOf(theAnswer), theAnswer.itsType == VRCode::PN);
+   return FindCharacterSet(itsStatement->GetText(static_cast<int>(theAnswer.itsLevel)))
+       .ToUTF8(TextOf(theAnswer), theAnswer.itsType == VRCode::PN);
 }
 
 bool IndexQuery::HasOneCharacterSet() const
 {
-   const std::string aFirst = itsStatement.GetText(0);
+   const std::string aFirst = itsStatement->GetText(0);
    for (int aLevel = 1; aLevel <= static_cast<int>(itsPlan.GetLevel().itsLevel); ++aLevel)
    {
-      if (itsStatement.GetText(aLevel) != aFirst)
+      if (itsStatement->GetText(aLevel) != aFirst)
       {
          return false;
       }

@@ -4,6 +4,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,8 +17,10 @@ class DICOMDataObject;
 class IndexQuery
 {
 public:
-   // Both are borrowed. Throws SQLiteFailure.
-   IndexQuery(const SQLiteDatabase& theIndex, const QueryPlan& thePlan);
+   // Both are borrowed; one query at a time on theIndex. Throws SQLiteFailure.
+   IndexQuery(SQLiteDatabase& theIndex, const QueryPlan& thePlan);
+   IndexQuery(const IndexQuery&) = delete;
+   IndexQuery& operator=(const IndexQuery&) = delete;
 
    // Null at the end. Throws SQLiteFailure.
    std::unique_ptr<DICOMDataObject> Next();
@@ -25,7 +28,8 @@ public:
 private:
    using Answer = QueryPlan::Answer;
 
-   bool Matches(const std::vector<Answer>& theAnswers);
+   bool Matches(std::int64_t theMatcher, std::string_view theText, std::string_view theTerms);
+   const CharacterSet& FindCharacterSet(std::string_view theTerms);
    std::unique_ptr<DICOMDataObject> MakeMatch();
    void Fill(DICOMDataObject& theMatch, const std::vector<Answer>& theAnswers, bool theIsUTF8);
    std::string TextOf(const Answer& theAnswer) const;
@@ -33,6 +37,6 @@ private:
    bool HasOneCharacterSet() const;
 
    const QueryPlan& itsPlan;
-   SQLiteStatement itsStatement;
-   std::map<std::string, CharacterSet> itsCharacterSets; // by defined terms
+   std::optional<SQLiteStatement> itsStatement;
+   std::map<std::string, CharacterSet, std::less<>> itsCharacterSets; // by defined terms
 };

@@ -17,19 +17,31 @@ constexpr const char* kSOPClasses[] = {"1.2.840.10008.5.1.4.1.2.1.2", "1.2.840.1
                                        "1.2.840.10008.5.1.4.1.2.3.2"};
 } // namespace
 
-// Connects to destinations under the deadlines of the association that asks for the move.
+// Connects to destinations under the deadlines of the association that asks for the move. One that has not answered a few
+// times is not called again in that move: each call may take minutes, and there may be thousands of instances.
 class MoveRole::Factory : public DULStreamFactory
 {
 public:
-   void SetModel(GuardedStream* theModel) { itsModel = theModel; }
+   // For another move; theModel is borrowed.
+   void Begin(GuardedStream* theModel)
+   {
+      itsModel = theModel;
+      itsFailures = 0;
+   }
+
+   // Whether the destination was reached for an instance.
+   void NoteReached(bool theAnswer) { itsFailures = theAnswer ? 0 : itsFailures + 1; }
 
    DULStream* GetConnectedDULStream(const RWCString& theHost, const RWCString& thePort) override
    {
-      return itsModel == nullptr ? nullptr : new GuardedStream(theHost, thePort, *itsModel);
+      constexpr unsigned int kMostFailures = 3;
+      return itsModel == nullptr || itsFailures >= kMostFailures ? nullptr
+                                                                 : new GuardedStream(theHost, thePort, *itsModel);
    }
 
 private:
    GuardedStream* itsModel = nullptr;
+   unsigned int itsFailures = 0;
 };
 
 MoveRole::MoveRole(Archive& theArchive, const PeerList* thePeers, ArchiveRetrieve::Settings theSettings)
@@ -53,7 +65,7 @@ bool MoveRole::Accepts(const RWCString& theAbstractSyntax) const
 int MoveRole::Serve(PDU_Service& theService, DICOMCommandObject& theCommand)
 {
    auto* const aStream = dynamic_cast<GuardedStream*>(theService.GetDULStream());
-   itsFactory->SetModel(aStream);
+   itsFactory->Begin(aStream);
    const RWCString aTitle = TextOf(theCommand, kMoveDestination);
    if (itsDestination != nullptr && aTitle != itsDestinationTitle)
    {
@@ -65,8 +77,10 @@ int MoveRole::Serve(PDU_Service& theService, DICOMCommandObject& theCommand)
       itsDestination = std::make_unique<PDU_Service>(*itsFactory);
       itsDestinationTitle = aTitle;
    }
-   ArchiveRetrieve aRetrieve(TextOf(theCommand, CommandTag::kAffectedSOPClassUID), itsArchive, itsPeers, itsSettings,
-                             aStream, [&](const std::string& theText) { NodeLog::Line(theService, theText); });
+   ArchiveRetrieve aRetrieve(
+       TextOf(theCommand, CommandTag::kAffectedSOPClassUID), itsArchive, itsPeers, itsSettings, aStream,
+       [&](const std::string& theText) { itsLog.Line(theService, theText); },
+       [&](bool theAnswer) { itsFactory->NoteReached(theAnswer); });
    UINT16 aStatus = 0;
    RWCString aComment;
    unsigned int aCompleted = 0;

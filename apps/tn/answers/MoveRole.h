@@ -3,6 +3,7 @@
 #pragma once
 
 #include "apps/tn/answers/ArchiveRetrieve.h"
+#include "apps/tn/node/NodeLog.h"
 #include "apps/tn/node/NodeRole.h"
 #include "talvenor/association/PDU_Service.h"
 
@@ -26,6 +27,7 @@ private:
    std::unique_ptr<Factory> itsFactory;         // of connections to destinations
    std::unique_ptr<PDU_Service> itsDestination; // kept open from one C-MOVE to the next
    RWCString itsDestinationTitle;
+   LimitedLog itsLog;
    unsigned long itsMoved = 0;
    unsigned long itsFailed = 0;
 };

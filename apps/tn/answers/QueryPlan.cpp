@@ -50,13 +50,6 @@ bool IsASCII(const std::string& theText)
    return std::none_of(theText.begin(), theText.end(),
                        [](char theByte) { return (static_cast<unsigned char>(theByte) & 0x80) != 0; });
 }
-
-// The keys that the database compares: those which are stored as they are compared, whatever the character set.
-bool IsForDatabase(const KeyColumn& theColumn, UINT16 theType, const std::vector<std::string>& theValues)
-{
-   return !theValues.empty() && (theType == VRCode::UI || theColumn.itsIsIndexed) &&
-          std::all_of(theValues.begin(), theValues.end(), IsASCII);
-}
 } // namespace
 
 QueryPlan::QueryPlan(IndexModel theModel, const DICOMDataObject& theIdentifier, Rules theRules)
@@ -72,14 +65,7 @@ QueryPlan::QueryPlan(IndexModel theModel, const DICOMDataObject& theIdentifier, 
       itsExpressions.push_back(std::string(GetIndexLevel(static_cast<KeyLevel>(aLevel)).itsTable) +
                                ".SpecificCharacterSet");
    }
-   try
-   {
-      itsAnswers = MakeAnswers(theIdentifier, 0);
-   }
-   catch (const ValueMatcher::BadKey& aFault)
-   {
-      throw BadIdentifier(aFault.what());
-   }
+   itsAnswers = MakeAnswers(theIdentifier, 0);
 }
 
 // theSequence is that whose item theKeys are, 0 for the identifier.
@@ -128,19 +114,9 @@ bool QueryPlan::SelectColumn(Answer& theAnswer, const VR& theVR, UINT32 theSeque
    {
       return false;
    }
-   Select(theAnswer, theVR, aColumn->itsLevel,
+   Select(theAnswer, aColumn->itsLevel,
           std::string(GetIndexLevel(aColumn->itsLevel).itsTable) + "." + aColumn->itsName);
-   if (!theAnswer.itsMatcher)
-   {
-      return true;
-   }
-   const std::vector<std::string> aValues = theAnswer.itsMatcher->GetExactValues();
-   if (IsForDatabase(*aColumn, theAnswer.itsType, aValues))
-   {
-      itsConditions.push_back(itsExpressions.back() + IsOneOf(aValues.size()));
-      itsParameters.insert(itsParameters.end(), aValues.begin(), aValues.end());
-      theAnswer.itsMatcher.reset();
-   }
+   Match(theAnswer, theVR, theAnswer.itsType == VRCode::UI || aColumn->itsIsIndexed);
    return true;
 }
 
@@ -152,7 +128,8 @@ bool QueryPlan::SelectCollected(Answer& theAnswer, const VR& theVR)
    {
       return false;
    }
-   Select(theAnswer, theVR, aRow->itsLevel, aRow->itsExpression);
+   Select(theAnswer, aRow->itsLevel, aRow->itsExpression);
+   Match(theAnswer, theVR, false);
    return true;
 }
 
@@ -167,18 +144,34 @@ std::optional<std::string> QueryPlan::FindConstant(UINT32 theTag) const
    }
 }
 
-void QueryPlan::Select(Answer& theAnswer, const VR& theVR, KeyLevel theLevel, const std::string& theExpression)
+void QueryPlan::Select(Answer& theAnswer, KeyLevel theLevel, const std::string& theExpression)
 {
    theAnswer.itsColumn = static_cast<int>(itsExpressions.size());
    theAnswer.itsLevel = theLevel;
    itsExpressions.push_back(theExpression);
+}
+
+// theIsExact: the column is stored as it is compared, whatever the character set, so that the database can look values up.
+void QueryPlan::Match(const Answer& theAnswer, const VR& theVR, bool theIsExact)
+{
    try
    {
       ValueMatcher aMatcher(theAnswer.itsType, ValueText(theVR, itsCharacterSet));
-      if (!aMatcher.IsUniversal())
+      if (aMatcher.IsUniversal())
       {
-         theAnswer.itsMatcher = std::move(aMatcher);
+         return;
       }
+      const std::string& anExpression = itsExpressions.back();
+      const std::vector<std::string> aValues = aMatcher.GetExactValues();
+      if (theIsExact && !aValues.empty() && std::all_of(aValues.begin(), aValues.end(), IsASCII))
+      {
+         itsConditions.push_back(anExpression + IsOneOf(aValues.size()));
+         itsParameters.insert(itsParameters.end(), aValues.begin(), aValues.end());
+         return;
+      }
+      itsConditions.push_back("matches(" + std::to_string(itsMatchers.size()) + ", " + anExpression + ", " +
+                              itsExpressions[static_cast<std::size_t>(theAnswer.itsLevel)] + ")");
+      itsMatchers.push_back({std::move(aMatcher), theAnswer.itsType});
    }
    catch (const ValueMatcher::BadKey& aFault)
    {

@@ -8,12 +8,14 @@
 #include "apps/tn/archive/Archive.h"
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/node/NodeLog.h"
+#include "talvenor/association/PDU_Service.h"
 #include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 
 namespace
 {
 // PS3.4 C.4.1.1.4
+constexpr UINT16 kSOPClassNotSupported = 0x0122;
 constexpr UINT16 kOutOfResources = 0xA700;
 constexpr UINT16 kIdentifierDoesNotMatch = 0xA900;
 
@@ -52,20 +54,26 @@ int QueryRole::Serve(PDU_Service& theService, DICOMCommandObject& theCommand)
       return 0;
    }
    ++itsQueries;
-   const IndexModel aModel = FindService(TextOf(theCommand, CommandTag::kAffectedSOPClassUID))->itsModel;
+   const RWCString aClass = TextOf(theCommand, CommandTag::kAffectedSOPClassUID);
+   const Service* const aRequested = FindService(aClass); // whatever the context is for
+   if (aRequested == nullptr || aClass != theService.GetCurrentPresentationContext()->GetAbstractSyntaxUID().ToString())
+   {
+      itsLog.Line(theService, "query refused: the SOP class is not that of the context");
+      return anAnswers.Refuse(kSOPClassNotSupported, "the SOP class is not that of the context");
+   }
    try
    {
-      return Answer(anAnswers, aModel, anIdentifier);
+      return Answer(anAnswers, aRequested->itsModel, anIdentifier);
    }
    catch (const BadIdentifier& aFault)
    {
-      NodeLog::Line(theService, std::string("query refused: ") + aFault.what());
+      itsLog.Line(theService, std::string("query refused: ") + aFault.what());
       return anAnswers.Refuse(kIdentifierDoesNotMatch, aFault.what());
    }
    catch (const SQLiteFailure& aFault)
    {
       itsIndex.reset();
-      NodeLog::Line(theService, std::string("query refused: the index: ") + aFault.what());
+      itsLog.Line(theService, std::string("query refused: the index: ") + aFault.what());
       return anAnswers.Refuse(kOutOfResources, std::string("the index: ") + aFault.what());
    }
 }

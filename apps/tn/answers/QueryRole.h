@@ -5,6 +5,7 @@
 
 #include "apps/tn/answers/QueryPlan.h"
 #include "apps/tn/archive/SQLite.h"
+#include "apps/tn/node/NodeLog.h"
 #include "apps/tn/node/NodeRole.h"
 
 class Archive;
@@ -26,6 +27,7 @@ private:
    Archive& itsArchive;
    QueryPlan::Rules itsRules;
    std::optional<SQLiteDatabase> itsIndex; // opened when it is asked
+   LimitedLog itsLog;
    unsigned long itsQueries = 0;
    unsigned long itsMatches = 0;
 };

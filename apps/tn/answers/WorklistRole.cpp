@@ -38,7 +38,7 @@ int WorklistRole::Serve(PDU_Service& theService, DICOMCommandObject& theCommand)
    }
    catch (const ValueMatcher::BadKey& aFault)
    {
-      NodeLog::Line(theService, std::string("worklist query refused: ") + aFault.what());
+      itsLog.Line(theService, std::string("worklist query refused: ") + aFault.what());
       return anAnswers.Refuse(kIdentifierDoesNotMatch, aFault.what());
    }
    itsMatches += anAnswers.GetCount();

@@ -1,6 +1,7 @@
 // Modality Worklist (PS3.4 K) as a node gives it, from a folder of worklist items.
 #pragma once
 
+#include "apps/tn/node/NodeLog.h"
 #include "apps/tn/node/NodeRole.h"
 
 class Worklist;
@@ -17,6 +18,7 @@ public:
 
 private:
    Worklist& itsWorklist;
+   LimitedLog itsLog;
    unsigned long itsQueries = 0;
    unsigned long itsMatches = 0;
 };

@@ -13,6 +13,32 @@ void Check(sqlite3* theDatabase, int theCode)
       throw SQLiteFailure(theDatabase != nullptr ? sqlite3_errmsg(theDatabase) : sqlite3_errstr(theCode), theCode);
    }
 }
+std::string_view TextOf(sqlite3_value* theValue)
+{
+   const auto* const aText = reinterpret_cast<const char*>(sqlite3_value_text(theValue));
+   return aText == nullptr ? std::string_view()
+                           : std::string_view(aText, static_cast<std::size_t>(sqlite3_value_bytes(theValue)));
+}
+
+void CallPredicate(sqlite3_context* theContext, int, sqlite3_value** theArguments)
+{
+   const auto* const aPredicate = static_cast<const SQLiteDatabase::Predicate*>(sqlite3_user_data(theContext));
+   try
+   {
+      const bool isTrue =
+          (*aPredicate)(sqlite3_value_int64(theArguments[0]), TextOf(theArguments[1]), TextOf(theArguments[2]));
+      sqlite3_result_int(theContext, isTrue);
+   }
+   catch (const std::exception& anError) // nothing may be thrown through SQLite
+   {
+      sqlite3_result_error(theContext, anError.what(), -1);
+   }
+}
+
+void DestroyPredicate(void* thePredicate)
+{
+   delete static_cast<SQLiteDatabase::Predicate*>(thePredicate);
+}
 } // namespace
 
 bool SQLiteFailure::IsBusy() const
@@ -46,6 +72,15 @@ SQLiteDatabase::~SQLiteDatabase()
 void SQLiteDatabase::Execute(const std::string& theText)
 {
    Check(itsDatabase, sqlite3_exec(itsDatabase, theText.c_str(), nullptr, nullptr, nullptr));
+}
+
+void SQLiteDatabase::Define(const std::string& theName, Predicate thePredicate)
+{
+   constexpr int kArguments = 3;
+   constexpr int kFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_DIRECTONLY;
+   auto* const aPredicate = new Predicate(std::move(thePredicate)); // SQLite's, also when it fails
+   Check(itsDatabase, sqlite3_create_function_v2(itsDatabase, theName.c_str(), kArguments, kFlags, aPredicate,
+                                                 CallPredicate, nullptr, nullptr, DestroyPredicate));
 }
 
 std::int64_t SQLiteDatabase::GetLastRow() const

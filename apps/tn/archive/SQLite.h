@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -36,6 +37,11 @@ public:
 
    // One statement or several, without results.
    void Execute(const std::string& theText);
+
+   // Makes statements know the function theName(number, text, text), which is true or false; a later one of this name takes
+   // its place. What it throws is the failure of the statement.
+   using Predicate = std::function<bool(std::int64_t, std::string_view, std::string_view)>;
+   void Define(const std::string& theName, Predicate thePredicate);
 
    std::int64_t GetLastRow() const;
    sqlite3* Get() const { return itsDatabase; }
