@@ -35,7 +35,7 @@ PDU_Service::PDU_Service(const PDU_Service& theOther)
     : AAssociateRQPDU(theOther), AAssociateACPDU(theOther), AAssociateRJPDU(theOther), AReleaseRQPDU(theOther),
       AReleaseRPPDU(theOther), AAbortRQPDU(theOther), itsARRTimer(theOther.itsARRTimer),
       itsReadStatistics(theOther.itsReadStatistics), itsWriteStatistics(theOther.itsWriteStatistics),
-      itsFactory(theOther.itsFactory)
+      itsLongestDataset(theOther.itsLongestDataset), itsFactory(theOther.itsFactory)
 {
    for (const auto& aProposals : theOther.itsProposals)
    {

@@ -294,6 +294,10 @@ public:
    static int GetEnableCompressedTransferSyntax() { return itsEnableCompressedTransferSyntaxFlag; }
    static void SetEnableCompressedTransferSyntax(int theFlag) { itsEnableCompressedTransferSyntaxFlag = theFlag; }
 
+   // An addition: the longest data set that Read takes, in bytes; a longer one aborts the association (TN_INVALID_ENCODING).
+   // Without limit at first. For a provider whose requests are short: a peer can send as much as it likes otherwise.
+   void SetLongestDataset(UINT64 theBytes) { itsLongestDataset = theBytes; }
+
    // Of ReadCommand, Read and Write: calls that succeeded and failed, bytes of messages without the headers of PDUs, and
    // time spent; waiting for a command to begin does not count.
    unsigned long GetReadOKCount() const { return itsReadStatistics.itsOKCount; }
@@ -422,6 +426,7 @@ private:
    int itsSavedSystemErrorCode = 0;
    bool itsIsReadingCommand = false;
    bool itsMayHaveDataset = false; // a data set may follow the last command
+   UINT64 itsLongestDataset = ~UINT64{0};
    int itsIsRequester = 0;
    AssociationStatus itsStatus = Idle;
    DULState itsDULState = NoState;

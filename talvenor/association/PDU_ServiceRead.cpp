@@ -1,5 +1,6 @@
 // Receiving messages (PS3.8 9.2, PS3.7 6.3), and what else a peer sends between and inside them.
 #include <cerrno>
+#include <limits>
 #include <utility>
 
 #include "talvenor/association/AssociationTransport.h"
@@ -17,7 +18,7 @@
 namespace
 {
 // A command set is held in memory; it consists of a few short elements.
-constexpr unsigned int kLongestCommand = 1048576; // bytes
+constexpr UINT64 kLongestCommand = 1048576; // bytes
 
 // PS3.7 E.1, Command Data Set Type.
 bool AnnouncesDataset(const DICOMObject& theCommand)
@@ -56,7 +57,10 @@ AAbortRQPDU::AbortReason ReasonFor(TNResultCode theCode, const PDUInputStream& t
 class PDU_Service::MessageSource : public InputStream
 {
 public:
-   explicit MessageSource(std::shared_ptr<AssociationTransport> theTransport) : itsTransport(std::move(theTransport)) {}
+   // theLimit is in bytes; what is longer is not read.
+   MessageSource(std::shared_ptr<AssociationTransport> theTransport, UINT64 theLimit)
+       : itsTransport(std::move(theTransport)), itsLimit(theLimit)
+   {}
 
    unsigned int Read(unsigned char* theBuffer, unsigned int theCount) override
    {
@@ -80,13 +84,14 @@ private:
 
    void CheckLength()
    {
-      if (Message().GetMessageType() == PDVMessageType::CommandMessage && Message().GetLength() > kLongestCommand)
+      if (Message().GetLength() > itsLimit)
       {
-         throw StreamIOException("PDU_Service::Read(): command set longer than 1 MiB", TN_INVALID_ENCODING, 0);
+         throw StreamIOException("PDU_Service::Read(): message longer than allowed", TN_INVALID_ENCODING, 0);
       }
    }
 
    std::shared_ptr<AssociationTransport> itsTransport;
+   UINT64 itsLimit;
 };
 
 InputTransferSyntax* PDU_Service::GetInputTransferSyntax()
@@ -265,7 +270,11 @@ InputTransferSyntax* PDU_Service::OpenMessage(Wanted theWanted)
       throw StreamIOException("PDU_Service::GetInputTransferSyntax(): Specified transfer syntax not supported",
                               TN_TRANSFER_SYNTAX_UNSUPPORTED, 0);
    }
-   return aType->CreateInputTransferSyntax(new MessageSource(itsTransport));
+   // What a host takes from the decoder itself is its own affair.
+   const UINT64 aLimit = isCommand                   ? kLongestCommand
+                         : theWanted == Wanted::Data ? itsLongestDataset
+                                                     : std::numeric_limits<UINT64>::max();
+   return aType->CreateInputTransferSyntax(new MessageSource(itsTransport, aLimit));
 }
 
 // What a peer may send instead of a message: it ends the association, or has no business here.

@@ -17,8 +17,8 @@ int CMoveRSP::Write(PDU_Service& theService, const DICOMCommandObject& theReques
                     DICOMDataObject& theIdentifier) const
 {
    UID aSOPClass;
-   if (!WriteCommand(theService, theRequest, theStatus, theRemaining, theCompleted, theFailed, theWarning,
-                     theErrorComment, theOffending, DataSetType::kDataset, aSOPClass, &theIdentifier))
+   if (!SendCommand(theService, theRequest, theStatus, {theRemaining, theCompleted, theFailed, theWarning},
+                    theErrorComment, theOffending, DataSetType::kDataset, aSOPClass, &theIdentifier))
    {
       return 0;
    }
@@ -37,7 +37,16 @@ int CMoveRSP::Write(PDU_Service& theService, const DICOMCommandObject& theReques
 int CMoveRSP::WriteCommand(PDU_Service& theService, const DICOMCommandObject& theRequest, UINT16 theStatus,
                            UINT16 theRemaining, UINT16 theCompleted, UINT16 theFailed, UINT16 theWarning,
                            const RWCString& theErrorComment, const RWTValOrderedVector<MAttributeTag>& theOffending,
-                           UINT16 theDataSetType, UID& theSOPClass, const DICOMDataObject* theIdentifier) const
+                           UINT16 theDataSetType, UID& theSOPClass) const
+{
+   return SendCommand(theService, theRequest, theStatus, {theRemaining, theCompleted, theFailed, theWarning},
+                      theErrorComment, theOffending, theDataSetType, theSOPClass, nullptr);
+}
+
+int CMoveRSP::SendCommand(PDU_Service& theService, const DICOMCommandObject& theRequest, UINT16 theStatus,
+                          const Counts& theCounts, const RWCString& theErrorComment,
+                          const RWTValOrderedVector<MAttributeTag>& theOffending, UINT16 theDataSetType,
+                          UID& theSOPClass, const DICOMDataObject* theIdentifier) const
 {
    if (!FindSOPClass(*this, theService, theSOPClass))
    {
@@ -49,13 +58,13 @@ int CMoveRSP::WriteCommand(PDU_Service& theService, const DICOMCommandObject& th
    aBuilder.PushResponse(kCMoveRSP.itsField, theSOPClass, theRequest, theDataSetType, theStatus);
    if (theStatus == kPending)
    {
-      aBuilder.PushUS(CommandElement::RemainingSuboperations, theRemaining);
+      aBuilder.PushUS(CommandElement::RemainingSuboperations, theCounts.itsRemaining);
    }
-   if (theStatus == kPending || theCompleted != 0 || theFailed != 0 || theWarning != 0)
+   if (theStatus == kPending || theCounts.itsCompleted != 0 || theCounts.itsFailed != 0 || theCounts.itsWarning != 0)
    {
-      aBuilder.PushUS(CommandElement::CompletedSuboperations, theCompleted);
-      aBuilder.PushUS(CommandElement::FailedSuboperations, theFailed);
-      aBuilder.PushUS(CommandElement::WarningSuboperations, theWarning);
+      aBuilder.PushUS(CommandElement::CompletedSuboperations, theCounts.itsCompleted);
+      aBuilder.PushUS(CommandElement::FailedSuboperations, theCounts.itsFailed);
+      aBuilder.PushUS(CommandElement::WarningSuboperations, theCounts.itsWarning);
    }
    aBuilder.PushExplanation(theErrorComment, theOffending);
    TraceWritten(kCMoveRSP, &aCommand, theIdentifier);

@@ -37,10 +37,25 @@ public:
 
 protected:
    // Sends the command set alone and ends its PDU. theDataSetType is 0x0102 when an identifier will follow, 0x0101
-   // otherwise. theSOPClass is set to what the response names. The last argument is an addition: the identifier, so that the
-   // trace shows the two together.
+   // otherwise. theSOPClass is set to what the response names.
    int WriteCommand(PDU_Service& theService, const DICOMCommandObject& theRequest, UINT16 theStatus,
                     UINT16 theRemaining, UINT16 theCompleted, UINT16 theFailed, UINT16 theWarning,
                     const RWCString& theErrorComment, const RWTValOrderedVector<MAttributeTag>& theOffending,
-                    UINT16 theDataSetType, UID& theSOPClass, const DICOMDataObject* theIdentifier = nullptr) const;
+                    UINT16 theDataSetType, UID& theSOPClass) const;
+
+private:
+   // The numbers of sub-operations, as they are sent.
+   struct Counts
+   {
+      UINT16 itsRemaining;
+      UINT16 itsCompleted;
+      UINT16 itsFailed;
+      UINT16 itsWarning;
+   };
+
+   // theIdentifier, which may be null, is only shown in the trace: the two are one entry.
+   int SendCommand(PDU_Service& theService, const DICOMCommandObject& theRequest, UINT16 theStatus,
+                   const Counts& theCounts, const RWCString& theErrorComment,
+                   const RWTValOrderedVector<MAttributeTag>& theOffending, UINT16 theDataSetType, UID& theSOPClass,
+                   const DICOMDataObject* theIdentifier) const;
 };

@@ -6,12 +6,24 @@
 
 namespace
 {
-constexpr std::size_t kLongestList = 20000; // instances; each takes about 4 KiB
+// What waits at most: instances, which take about 4 KiB each, and bytes, as their senders may fill every key.
+constexpr std::size_t kMostWaiting = 20000;
+constexpr std::size_t kMostWaitingBytes = std::size_t{256} << 20;
 constexpr std::size_t kFullBatch = 1000;
 constexpr std::chrono::seconds kLongestWait{IndexDatabase::kBusySeconds};
 
 // A transaction costs as much as adding ten instances. Nobody waits for those without tickets.
 constexpr std::chrono::milliseconds kGathering{50};
+
+std::size_t SizeOf(const IndexedInstance& theInstance)
+{
+   std::size_t aSize = sizeof theInstance;
+   for (std::size_t i = 0; i < InstanceKeys::kCount; ++i)
+   {
+      aSize += theInstance.itsKeys[i].size();
+   }
+   return aSize;
+}
 } // namespace
 
 Index::Index(const std::string& thePath, FolderAction theFolderAction)
@@ -31,11 +43,14 @@ Index::~Index()
 void Index::Add(IndexedInstance theInstance, const std::string& theFolder, Ticket* theTicket)
 {
    std::unique_lock aLock(itsMutex);
-   if (!itsProgress.wait_for(aLock, kLongestWait, [&] { return itsList.size() < kLongestList; }))
+   if (!itsProgress.wait_for(aLock, kLongestWait, [&] { return HasRoom(); }))
    {
       throw SQLiteFailure("the index is locked or too slow", 0);
    }
    itsPaths[theInstance.itsKeys[Key::kSOPInstance]] = theInstance.itsPath;
+   ++itsAdded;
+   ++itsWaiting;
+   itsWaitingBytes += SizeOf(theInstance);
    itsList.push_back({std::move(theInstance), theFolder, theTicket});
    itsTickets += theTicket != nullptr;
    if (theTicket != nullptr || itsList.size() == 1 || itsList.size() == kFullBatch)
@@ -43,6 +58,11 @@ void Index::Add(IndexedInstance theInstance, const std::string& theFolder, Ticke
       aLock.unlock();
       itsWork.notify_one();
    }
+}
+
+bool Index::HasRoom() const
+{
+   return itsWaiting < kMostWaiting && itsWaitingBytes < kMostWaitingBytes;
 }
 
 std::optional<std::string> Index::Find(const std::string& theSOPInstanceUID)
@@ -64,10 +84,11 @@ bool Index::Flush()
    std::unique_lock aLock(itsMutex);
    ++itsFlushes;
    itsHasFailed = false;
+   const std::uint64_t aLast = itsAdded;
    itsWork.notify_one();
-   itsProgress.wait(aLock, [&] { return itsPaths.empty() || itsHasFailed; });
+   itsProgress.wait(aLock, [&] { return itsSettled >= aLast || itsHasFailed; });
    --itsFlushes;
-   return itsPaths.empty();
+   return itsSettled >= aLast;
 }
 
 void Index::Run()
@@ -89,6 +110,7 @@ bool Index::AwaitBatch()
    itsWork.wait_for(aLock, itsHasFailed ? kGathering * 10 : kGathering, isWanted);
    std::move(itsList.begin(), itsList.end(), std::back_inserter(itsBatch));
    itsList.clear();
+   itsTaken = itsAdded;
    itsTickets = 0;
    return !itsBatch.empty();
 }
@@ -141,6 +163,8 @@ void Index::Settle(const std::string& theFault)
          if (isOver(anEntry))
          {
             itsPaths.erase(anEntry.itsInstance.itsKeys[Key::kSOPInstance]);
+            --itsWaiting;
+            itsWaitingBytes -= SizeOf(anEntry.itsInstance);
             if (anEntry.itsTicket != nullptr)
             {
                anEntry.itsTicket->itsFault = theFault;
@@ -158,6 +182,10 @@ void Index::Settle(const std::string& theFault)
          std::cerr << "tn serve: " + theFault + "\n" << std::flush;
       }
       itsHasFailed = !theFault.empty();
+      if (itsBatch.empty())
+      {
+         itsSettled = itsTaken;
+      }
    }
    itsProgress.notify_all();
    for (Ticket* const aTicket : aTickets)

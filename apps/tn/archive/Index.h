@@ -53,13 +53,14 @@ public:
 
    // Puts the instance on the list of those to be added, in place of one with its SOP Instance UID. An instance with a
    // ticket, which is borrowed, is given up when it cannot be added, another one tried again until it can. Throws
-   // SQLiteFailure when the list is full and stays so.
+   // SQLiteFailure when too much waits to be added, and stays so: the list is bounded by number and by memory.
    void Add(IndexedInstance theInstance, const std::string& theFolder, Ticket* theTicket);
 
    // The path of the instance, whether it has been added yet or is on the list.
    std::optional<std::string> Find(const std::string& theSOPInstanceUID);
 
-   // What is on the list now is in the tables when this returns. False when that failed.
+   // What is on the list now is in the tables when this returns, whatever others put there meanwhile. False when that
+   // failed.
    bool Flush();
 
 private:
@@ -75,6 +76,7 @@ private:
    void AddBatch();
    std::string TryAddBatch();
    void Settle(const std::string& theFault);
+   bool HasRoom() const;
 
    FolderAction itsFolderAction;
    IndexDatabase itsWriter; // the thread's
@@ -87,6 +89,11 @@ private:
    std::vector<Entry> itsList;
    std::unordered_map<std::string, std::string> itsPaths; // of the instances on the list and in the batch
    unsigned int itsTickets = 0;                           // on the list
+   std::size_t itsWaiting = 0;                            // instances on the list and in the batch,
+   std::size_t itsWaitingBytes = 0;                       // and how much memory they take
+   std::uint64_t itsAdded = 0;                            // instances that were ever put on the list,
+   std::uint64_t itsTaken = 0;                            // that were ever in a batch,
+   std::uint64_t itsSettled = 0;                          // and the last up to which all are in the tables or given up
    unsigned int itsFlushes = 0;                           // that wait
    bool itsHasFailed = false;                             // the last transaction
    bool itsIsEnding = false;

@@ -13,7 +13,7 @@
 
 namespace
 {
-constexpr UINT32 kLongestKey = 65536; // bytes: what is longer is no key
+constexpr UINT32 kLongestKey = 16384; // bytes: what is longer is no key (text has 10240 characters, PS3.5 6.2)
 
 constexpr bool kIndexed = true;
 

@@ -16,6 +16,8 @@ namespace
 constexpr UINT16 kEncodedTypes[] = {VRCode::LO, VRCode::LT, VRCode::PN,          VRCode::SH,
                                     VRCode::ST, VRCode::UT, MakeVRCode('U', 'C')};
 
+constexpr std::size_t kLongestValue = 32768; // that encoders take with a 16-bit length
+
 template <class Number>
 std::string NumbersText(const VR& theVR)
 {
@@ -84,7 +86,7 @@ std::unique_ptr<VR> MakeElement(UINT32 theTag, UINT16 theType, const std::string
    const std::string aValue = theType == VRCode::US   ? NumbersOf<UINT16>(theText)
                               : theType == VRCode::UL ? NumbersOf<UINT32>(theText)
                                                       : theText;
-   if (!aValue.empty())
+   if (!aValue.empty() && (aValue.size() <= kLongestValue || HasLongHeaderVRCode(theType)))
    {
       aVR->SetData(aValue.data(), static_cast<UINT32>(aValue.size()), theType == VRCode::UI ? '\0' : ' ');
    }

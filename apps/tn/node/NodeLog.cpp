@@ -14,3 +14,12 @@ void NodeLog::Line(const PDU_Service& theService, const std::string& theText)
    std::cerr << OnOneLine((aTitle.empty() ? "?" : aTitle) + "@" + theService.GetPeerIPAddress() + ": " + theText) + "\n"
              << std::flush;
 }
+
+void LimitedLog::Line(const PDU_Service& theService, const std::string& theText)
+{
+   constexpr unsigned long kMostLines = 20;
+   if (++itsCount <= kMostLines)
+   {
+      NodeLog::Line(theService, theText + (itsCount == kMostLines ? "; more of this are not told" : ""));
+   }
+}

@@ -10,3 +10,13 @@ namespace NodeLog
 // theText may hold what a peer has sent.
 void Line(const PDU_Service& theService, const std::string& theText);
 } // namespace NodeLog
+
+// The lines that a peer can cause as often as it likes: the first ones of an association. One thread.
+class LimitedLog
+{
+public:
+   void Line(const PDU_Service& theService, const std::string& theText);
+
+private:
+   unsigned long itsCount = 0;
+};

@@ -14,6 +14,8 @@ class PDU_Service;
 class NodeRole
 {
 public:
+   static constexpr UINT64 kLongestIdentifier = 4 << 20; // room for 60,000 UIDs
+
    virtual ~NodeRole() = default;
 
    // Whether a presentation context for the abstract syntax is accepted, and its commands are for this role.
@@ -22,6 +24,9 @@ public:
    // Serves a command on such a context with all its messages. 0 when the association cannot go on, with the cause in
    // the result code of theService; a request that has been answered with a refusal is served.
    virtual int Serve(PDU_Service& theService, DICOMCommandObject& theCommand) = 0;
+
+   // The longest data set of a request, in bytes, that is read into memory.
+   virtual UINT64 GetLongestDataset() const { return kLongestIdentifier; }
 
    // What has been done, for the log at the end of the association ("12 stored, 1 refused"); empty for nothing.
    virtual std::string Describe() const = 0;

@@ -79,6 +79,7 @@ bool NodeService::ServeCommand(DICOMCommandObject& theCommand)
       SetResultCode(TN_SOP_CLASS_MISMATCH);
       return false;
    }
+   SetLongestDataset(aRole->GetLongestDataset());
    return aRole->Serve(*this, theCommand) != 0;
 }
 

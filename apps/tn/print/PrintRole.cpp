@@ -53,6 +53,11 @@ PrintRole::PrintRole(const std::string& theFolder)
 
 PrintRole::~PrintRole() = default;
 
+UINT64 PrintRole::GetLongestDataset() const
+{
+   return AbstractPrintManagementMeta::kDefaultMemoryLimit;
+}
+
 bool PrintRole::Accepts(const RWCString& theAbstractSyntax) const
 {
    return std::find(std::begin(kAccepted), std::end(kAccepted), theAbstractSyntax) != std::end(kAccepted);

@@ -18,6 +18,7 @@ public:
 
    bool Accepts(const RWCString& theAbstractSyntax) const override;
    int Serve(PDU_Service& theService, DICOMCommandObject& theCommand) override;
+   UINT64 GetLongestDataset() const override; // as much as a whole session may hold
    std::string Describe() const override;
 
 private:
