@@ -51,6 +51,13 @@ UID_TYPES = {
 # Every other transfer syntax encodes all but its pixel data as explicit VR little endian (PS3.5 annex A).
 BASIC_ENCODINGS = {"1.2.840.10008.1.2": "TSLEI", "1.2.840.10008.1.2.2": "TSBEE"}
 
+# The library's own attributes, which it knows by keyword: creator, group, offset, VR, VM, name.
+OWN_PRIVATE = [
+    ("CORVAN0", "0009", "10", "UI", "1", "Orig SOP Inst UID"),
+    ("CORVAN0", "0009", "11", "US", "1", "CORVAN Demo File Version"),
+    ("CORVAN0", "0009", "12", "US", "1", "Reconst Image Flag"),
+]
+
 
 class Table:
     """The rows of a table as named tuples, and the lines that tell where it comes from."""
@@ -246,6 +253,9 @@ def make_private(table, folder):
             counts["rows outside private groups"] += 1
         else:
             creators[row.creator][group].append(row)
+    own = collections.namedtuple("Own", "creator group offset VR VM name")
+    for row in map(own._make, OWN_PRIVATE):
+        creators[row.creator][int(row.group, 16)].append(row)
 
     folder.mkdir(parents=True, exist_ok=True)
     for old in folder.glob("*.dic"):

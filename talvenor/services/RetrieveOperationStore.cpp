@@ -193,12 +193,12 @@ void RetrieveOperation::SendDecompressed(Instance& theInstance, OutputTransferSy
    VR* aNative = nullptr;
    itsRetrieve.DoStreamingDecompression(aHeader, theInstance.itsSourceSyntax, aCompressed, aNative);
    std::unique_ptr<VR> aPixels(aNative);
-   aCompressed->SkipToEOF(); // what the hook had no need of
    theOutput.SaveDICOMObject(aHeader);
    if (aPixels != nullptr)
    {
-      theOutput.SaveVR(aPixels.release());
+      theOutput.SaveVR(aPixels.release()); // may decompress as it is read
    }
+   aCompressed->SkipToEOF(); // what the hook had no need of
 }
 
 bool RetrieveOperation::TakeAnswer(const Instance& theInstance, RunTimeClassStorage& theStorage)

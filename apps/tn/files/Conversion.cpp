@@ -1,6 +1,8 @@
 #include "apps/tn/files/Conversion.h"
 
 #include "apps/tn/base/ErrorText.h"
+#include "apps/tn/codec/DecompressedCopy.h"
+#include "apps/tn/codec/Decompression.h"
 #include "apps/tn/files/DatasetChecks.h"
 #include "apps/tn/files/DatasetCopy.h"
 #include "apps/tn/files/InputFile.h"
@@ -177,10 +179,10 @@ const TransferSyntaxType& Conversion::ChooseSyntax(const TransferSyntaxType& the
    {
       return theSource;
    }
-   if (theSource.IsEncapsulated())
+   if (theSource.IsEncapsulated() && !Decompression::IsServed(theSource.GetUID()))
    {
       throw ConversionRefused("its pixel data is compressed (" + NameOf(theSource.GetUID()) +
-                              ") and stays so: only --to same is possible");
+                              "), which tn cannot decompress: only --to same is possible");
    }
    return *TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(itsSyntax);
 }
@@ -204,6 +206,11 @@ void Conversion::Copy(Part10InputStream& theStream, const TransferSyntaxType& th
 
    std::size_t aCount = aLeading.size();
    DecodeWhole(*aDecoder, theStream, [&] {
+      if (aDecoder->GetTransferSyntaxType().IsEncapsulated() && !theType.IsEncapsulated())
+      {
+         aCount = CopyDecompressed(*aDecoder, *anEncoder, aDictionary, std::move(aLeading));
+         return;
+      }
       for (std::unique_ptr<VR>& aVR : aLeading)
       {
          SaveElement(*anEncoder, std::move(aVR));

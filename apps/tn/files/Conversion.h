@@ -1,4 +1,5 @@
 // Copies DICOM files into other transfer syntaxes, element by element: a file of any size passes in constant memory.
+// Compressed pixel data is decompressed for a native one, frame by frame.
 #pragma once
 
 #include <stdexcept>

@@ -67,7 +67,7 @@ ConvertCommand::ConvertCommand(CLI::App& theProgram)
    itsOptions.add_option("IN", itsSource, "File to read; - is standard input; with -r a folder")->required();
    itsOptions.add_option("OUT", itsTarget, "File to write, may be IN; a folder to write into under the name of IN")
        ->required();
-   itsOptions.add_option("--to", itsSyntax, "Transfer syntax; compressed files can only stay the same")
+   itsOptions.add_option("--to", itsSyntax, "Transfer syntax; compressed files are decompressed")
        ->check(CLI::IsMember(Names()))
        ->capture_default_str();
    itsOptions.add_flag("-r,--recursive", itsIsRecursive, "All files below the folder IN, into the same tree below OUT");

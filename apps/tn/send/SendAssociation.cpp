@@ -4,6 +4,8 @@
 
 #include "apps/tn/base/ExitCode.h"
 #include "apps/tn/base/Tags.h"
+#include "apps/tn/codec/DecompressedCopy.h"
+#include "apps/tn/codec/Decompression.h"
 #include "apps/tn/files/DatasetChecks.h"
 #include "apps/tn/files/DatasetCopy.h"
 #include "apps/tn/files/DatasetSyntax.h"
@@ -128,6 +130,7 @@ SendAssociation::~SendAssociation()
 
 void SendAssociation::Open(const SendBatch& theBatch)
 {
+   itsIsDecompressing = theBatch.itsIsDecompressed;
    for (const SendContext& aContext : theBatch.itsContexts)
    {
       auto aProposals = std::make_unique<PresentationContextProposals>(aContext.itsSOPClassUID);
@@ -152,9 +155,10 @@ SendAssociation::Route SendAssociation::FindRoute(const SendFile& theFile) const
           TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(theFile.itsTransferSyntaxUID) != nullptr;
       return {anID, theFile.itsTransferSyntaxUID, !theFile.itsIsIrregular || !canEncode};
    }
+   const bool canBeNative = isNative || (itsIsDecompressing && Decompression::IsServed(theFile.itsTransferSyntaxUID));
    for (const RWCString* const aSyntax : NativeSyntaxes())
    {
-      if (const unsigned char anID = isNative ? aFind(*aSyntax) : 0; anID != 0)
+      if (const unsigned char anID = canBeNative ? aFind(*aSyntax) : 0; anID != 0)
       {
          return {anID, *aSyntax, false};
       }
@@ -222,6 +226,11 @@ void SendAssociation::Encode(const SendFile& theFile, const Route& theRoute, Out
    anEncoder->SetDataDictionary(aDictionary);
    std::size_t aCount = 0;
    DecodeWhole(*aDecoder, aStream, [&] {
+      if (aDecoder->GetTransferSyntaxType().IsEncapsulated() && !aType->IsEncapsulated())
+      {
+         aCount = CopyDecompressed(*aDecoder, *anEncoder, aDictionary);
+         return;
+      }
       for (; std::unique_ptr<VR> aVR{aDecoder->NextVR()}; ++aCount)
       {
          SaveElement(*anEncoder, std::move(aVR));

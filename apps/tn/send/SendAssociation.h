@@ -64,7 +64,7 @@ public:
    {
       unsigned char itsContextID;
       RWCString itsTransferSyntaxUID;
-      bool itsIsCopied; // its bytes go as they are; otherwise it is encoded anew
+      bool itsIsCopied; // its bytes go as they are; otherwise it is encoded anew, decompressed if it has to be
    };
    struct Answer
    {
@@ -111,5 +111,6 @@ private:
    Watchdog itsWatchdog; // of the service's socket
    std::unique_ptr<StandardStorage> itsStorage;
    unsigned int itsBlockSize = 0;
+   bool itsIsDecompressing = false;
    std::function<void(UINT64)> itsProgress;
 };

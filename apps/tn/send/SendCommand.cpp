@@ -51,6 +51,8 @@ SendCommand::SendCommand(CLI::App& theProgram)
        ->check(CLI::Range(0, kMostRetries))
        ->capture_default_str();
    itsOptions.add_flag("--fail-fast", itsSettings.itsFailsFast, "End with the first file that fails");
+   itsOptions.add_flag("--no-decompress", itsIsKeptCompressed,
+                       "Compressed files fail at a peer that takes them uncompressed only");
    itsOptions
        .add_option("--report", itsReportPath,
                    "Write a line for each file: path, SOP instance UID, outcome and status in words, with tabs between "
@@ -60,7 +62,9 @@ SendCommand::SendCommand(CLI::App& theProgram)
    itsOptions.add_flag("--json", itsIsJson, "The summary as one JSON object");
    itsOptions.footer(
        "Files go as they are where the peer takes their transfer syntax; uncompressed ones are encoded on the way for\n"
-       "a peer that takes another uncompressed one. What is no DICOM file is named and left out.\n\n"
+       "a peer that takes another uncompressed one, and compressed ones are decompressed for a peer that takes them "
+       "in\n"
+       "no other way. What is no DICOM file is named and left out.\n\n"
        "Exit codes: 0 all sent, 1 some not sent or no DICOM files, 2 wrong use, 3 not readable, 4 the report cannot "
        "be\n"
        "written, 5 no connection, 6 association rejected, 7 nothing accepted, 8 the peer failed or refused, 9 no "
@@ -105,7 +109,7 @@ int SendCommand::Run()
 int SendCommand::Send(SendReport& theReport)
 {
    LookAtFiles(theReport);
-   itsBatches = PlanBatches(itsFiles);
+   itsBatches = PlanBatches(itsFiles, kMostContexts, !itsIsKeptCompressed);
    const bool isOver = itsSettings.itsFailsFast && theReport.Count(Outcome::Failed) > 0;
    if (itsIsDryRun)
    {

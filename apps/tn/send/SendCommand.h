@@ -40,6 +40,7 @@ private:
    Sender::Settings itsSettings;
    std::string itsReportPath;
    bool itsIsDryRun = false;
+   bool itsIsKeptCompressed = false;
    bool itsIsJson = false;
 
    std::vector<SendFile> itsFiles;

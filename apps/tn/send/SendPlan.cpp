@@ -4,6 +4,7 @@
 #include <map>
 #include <utility>
 
+#include "apps/tn/codec/Decompression.h"
 #include "apps/tn/files/DatasetSyntax.h"
 #include "apps/tn/send/SendFile.h"
 
@@ -17,7 +18,12 @@ struct Group
    bool itsIsNative = false;
    std::vector<std::size_t> itsFiles;
 
-   std::vector<SendContext> MakeContexts() const
+   bool CanBeNative(bool theIsDecompressed) const
+   {
+      return itsIsNative || (theIsDecompressed && Decompression::IsServed(itsSyntaxes.front()));
+   }
+
+   std::vector<SendContext> MakeContexts(bool theIsDecompressed) const
    {
       std::vector<SendContext> aContexts;
       for (const RWCString& aSyntax : itsSyntaxes)
@@ -27,7 +33,8 @@ struct Group
       SendContext anOthers{itsSOPClassUID, {}};
       for (const RWCString* const aSyntax : NativeSyntaxes())
       {
-         if (itsIsNative && std::find(itsSyntaxes.begin(), itsSyntaxes.end(), *aSyntax) == itsSyntaxes.end())
+         if (CanBeNative(theIsDecompressed) &&
+             std::find(itsSyntaxes.begin(), itsSyntaxes.end(), *aSyntax) == itsSyntaxes.end())
          {
             anOthers.itsTransferSyntaxUIDs.push_back(*aSyntax);
          }
@@ -67,15 +74,16 @@ std::vector<Group> MakeGroups(std::span<const SendFile> theFiles)
 }
 } // namespace
 
-std::vector<SendBatch> PlanBatches(std::span<const SendFile> theFiles, std::size_t theMostContexts)
+std::vector<SendBatch> PlanBatches(std::span<const SendFile> theFiles, std::size_t theMostContexts,
+                                   bool theIsDecompressed)
 {
    std::vector<SendBatch> aBatches;
    for (const Group& aGroup : MakeGroups(theFiles))
    {
-      std::vector<SendContext> aContexts = aGroup.MakeContexts();
+      std::vector<SendContext> aContexts = aGroup.MakeContexts(theIsDecompressed);
       if (aBatches.empty() || aBatches.back().itsContexts.size() + aContexts.size() > theMostContexts)
       {
-         aBatches.emplace_back();
+         aBatches.emplace_back().itsIsDecompressed = theIsDecompressed;
       }
       SendBatch& aBatch = aBatches.back();
       std::move(aContexts.begin(), aContexts.end(), std::back_inserter(aBatch.itsContexts));
