@@ -10,6 +10,43 @@ std::unique_ptr<FrameDecoder> Make(const ImageDescription& theImage)
    return std::make_unique<Decoder>(theImage);
 }
 
+// Whether the first frame header of a JPEG codestream is that of the lossless process (T.81 B.1.1.3).
+bool IsLosslessJPEG(std::span<const unsigned char> theFrame)
+{
+   constexpr unsigned char kSOF0 = 0xC0, kSOF3 = 0xC3, kDHT = 0xC4, kDAC = 0xCC, kSOF15 = 0xCF;
+   std::size_t aPlace = 2;
+   while (aPlace + 3 < theFrame.size() && theFrame[aPlace] == 0xFF)
+   {
+      const unsigned char aMarker = theFrame[aPlace + 1];
+      if (aMarker >= kSOF0 && aMarker <= kSOF15 && aMarker != kDHT && aMarker != kDAC)
+      {
+         return aMarker == kSOF3;
+      }
+      aPlace += aMarker == 0xFF ? 1 : std::size_t{2} + (theFrame[aPlace + 2] << 8u | theFrame[aPlace + 3]);
+   }
+   return false;
+}
+
+// What the codestream is counts: baseline frames are met with in the lossless syntax.
+class AnyJPEGDecoder : public FrameDecoder
+{
+public:
+   explicit AnyJPEGDecoder(const ImageDescription& theImage)
+       : FrameDecoder(theImage), itsLossy(theImage), itsLossless(theImage)
+   {}
+
+   Colours Decode(std::span<const unsigned char> theFrame, std::span<unsigned char> thePixels) override
+   {
+      FrameDecoder& aDecoder =
+          IsLosslessJPEG(theFrame) ? static_cast<FrameDecoder&>(itsLossless) : static_cast<FrameDecoder&>(itsLossy);
+      return aDecoder.Decode(theFrame, thePixels);
+   }
+
+private:
+   JPEGDecoder itsLossy;
+   JPEGLosslessDecoder itsLossless;
+};
+
 struct Row
 {
    const char* itsUID;
@@ -18,14 +55,14 @@ struct Row
 
 // PS3.5 A.4
 constexpr Row kDecoders[] = {
-    {"1.2.840.10008.1.2.4.50", Make<JPEGDecoder>},         // baseline
-    {"1.2.840.10008.1.2.4.51", Make<JPEGDecoder>},         // extended
-    {"1.2.840.10008.1.2.4.57", Make<JPEGLosslessDecoder>}, // any predictor
-    {"1.2.840.10008.1.2.4.70", Make<JPEGLosslessDecoder>}, // first-order prediction
-    {"1.2.840.10008.1.2.4.80", Make<JPEGLSDecoder>},       // lossless
-    {"1.2.840.10008.1.2.4.81", Make<JPEGLSDecoder>},       // near-lossless
-    {"1.2.840.10008.1.2.4.90", Make<JPEG2000Decoder>},     // lossless
-    {"1.2.840.10008.1.2.4.91", Make<JPEG2000Decoder>},     //
+    {"1.2.840.10008.1.2.4.50", Make<AnyJPEGDecoder>},  // baseline
+    {"1.2.840.10008.1.2.4.51", Make<AnyJPEGDecoder>},  // extended
+    {"1.2.840.10008.1.2.4.57", Make<AnyJPEGDecoder>},  // any predictor
+    {"1.2.840.10008.1.2.4.70", Make<AnyJPEGDecoder>},  // first-order prediction
+    {"1.2.840.10008.1.2.4.80", Make<JPEGLSDecoder>},   // lossless
+    {"1.2.840.10008.1.2.4.81", Make<JPEGLSDecoder>},   // near-lossless
+    {"1.2.840.10008.1.2.4.90", Make<JPEG2000Decoder>}, // lossless
+    {"1.2.840.10008.1.2.4.91", Make<JPEG2000Decoder>}, //
     {"1.2.840.10008.1.2.5", Make<RLEDecoder>},
 };
 
