@@ -7,12 +7,12 @@
 #include <memory>
 #include <numeric>
 #include <sstream>
-#include <thread>
 
 #include <CLI/CLI.hpp>
 
 #include "apps/tn/base/Dictionaries.h"
 #include "apps/tn/base/ExitCode.h"
+#include "apps/tn/base/Interruption.h"
 #include "apps/tn/base/JsonWriter.h"
 #include "apps/tn/network/AssociationAnswers.h"
 #include "apps/tn/network/NetworkFailure.h"
@@ -114,7 +114,7 @@ EchoCommand::EchoCommand(CLI::App& theProgram)
        ->capture_default_str();
    itsOptions.add_flag("--json", itsIsJson, "The result as one JSON object");
    itsOptions.footer("Exit codes: 0 answered, 2 wrong use, 5 no connection, 6 association rejected, 7 Verification not "
-                     "accepted,\n8 the peer failed, 9 no answer in time.\n\n"
+                     "accepted,\n8 the peer failed, 9 no answer in time, 10 interrupted.\n\n"
                      "Example:\n  tn echo --aet WORKSTATION ARCHIVE@pacs.example:104");
 }
 
@@ -125,12 +125,14 @@ int EchoCommand::Run()
    try
    {
       itsTracing.Begin();
+      Interruption::Take();
       LoadNames();
       itsRequester.SetDefaults();
       Watchdog aWatchdog;
       itsWatchdog = &aWatchdog;
       PDU_Service aService(SocketDULStreamFactory::GetInstance());
       Echo(aService);
+      aResult = itsSent < itsRepeat ? ExitCode::kCancelled : ExitCode::kDone;
    }
    catch (const NetworkFailure& aNetworkFailure)
    {
@@ -152,7 +154,7 @@ void EchoCommand::Echo(PDU_Service& theService)
 {
    Propose(theService);
    Associate(theService);
-   for (unsigned int i = 1; i <= itsRepeat; ++i)
+   for (unsigned int i = 1; i <= itsRepeat && !Interruption::HasCome(); ++i)
    {
       ++itsSent;
       itsRoundTrips.push_back(EchoOnce(theService));
@@ -163,7 +165,7 @@ void EchoCommand::Echo(PDU_Service& theService)
       }
       if (i < itsRepeat)
       {
-         std::this_thread::sleep_for(std::chrono::duration<double>(itsInterval));
+         Interruption::Sleep(std::chrono::duration<double>(itsInterval));
       }
    }
    Release(theService);
