@@ -15,11 +15,6 @@ namespace
 {
 constexpr UINT32 kSpecificCharacterSet = 0x00080005;
 
-CharacterSet CharacterSetOf(const DICOMObject& theDataset)
-{
-   return CharacterSet(TextOf(theDataset, kSpecificCharacterSet));
-}
-
 } // namespace
 
 IdentifierMatcher::IdentifierMatcher(const DICOMDataObject& theIdentifier)

@@ -6,7 +6,7 @@
 //    series    row, study, CharacterSet, ...
 //    instance  row, series, path, transfer_syntax, size, CharacterSet, ...
 //
-// Columns are called by the keywords of their attributes (InstanceKeys::GetColumns) and hold the texts as they came, in
+// Columns are called by the keywords of their attributes (InstanceKeys::GetColumns) and hold the texts of the keys, in
 // the character set (0008,0005) that stands beside them. An instance without study has no series.
 //
 // The first instance of a patient, of a study and of a series gives the values of the level; those of later instances

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "apps/tn/base/ValueText.h"
 #include "talvenor/dataset/VR.h"
 #include "talvenor/dictionary/VRType.h"
 #include "talvenor/pixel/PixelDataFragmentInputStreamVR.h"
@@ -108,32 +109,17 @@ constexpr auto kPlaces = [] {
    return aPlaces;
 }();
 
-template <class Number>
-std::string NumbersOf(const VR& theVR)
+// The text as peers' keys are compared with it: blanks in front mean nothing (PS3.5 6.2), and the dates of ACR-NEMA,
+// yyyy.mm.dd, become those of today.
+std::string KeyText(const VR& theVR)
 {
-   std::string aText;
-   for (UINT32 i = 0; i + sizeof(Number) <= theVR.GetLength(); i += sizeof(Number))
+   constexpr std::size_t kOldDate = 10;
+   std::string aText = ValueText(theVR);
+   aText.erase(0, std::min(aText.find_first_not_of(' '), aText.size()));
+   if (theVR.GetTypeCode() == VRCode::DA && aText.size() == kOldDate && aText[4] == '.' && aText[7] == '.')
    {
-      aText +=
-          (i == 0 ? "" : "\\") + std::to_string(TNEndian::Load<Number>(theVR.GetData() + i, theVR.GetDataEndian()));
+      aText.erase(7, 1).erase(4, 1);
    }
-   return aText;
-}
-
-std::string TextOf(const VR& theVR)
-{
-   if (theVR.GetData() == nullptr)
-   {
-      return "";
-   }
-   switch (theVR.GetTypeCode())
-   {
-   case VRCode::US: return NumbersOf<UINT16>(theVR);
-   case VRCode::UL: return NumbersOf<UINT32>(theVR);
-   default: break;
-   }
-   std::string aText(reinterpret_cast<const char*>(theVR.GetData()), theVR.GetLength());
-   aText.erase(aText.find_last_not_of(std::string_view(" \0", 2)) + 1);
    return aText;
 }
 
@@ -240,6 +226,6 @@ void InstanceKeys::TakeValue(const VR& theVR, UINT32 theSequence)
    if (aPlace != kPlaces.end() && aPlace->itsTag == theVR.GetTag() &&
        kColumns[aPlace->itsKey].itsSequence == theSequence && itsTexts[aPlace->itsKey].empty())
    {
-      itsTexts[aPlace->itsKey] = TextOf(theVR);
+      itsTexts[aPlace->itsKey] = KeyText(theVR);
    }
 }

@@ -52,7 +52,7 @@ public:
 
    static std::span<const KeyColumn, kCount> GetColumns();
 
-   // The text as it came, without the padding at its end; empty for none. Numbers are decimal, several of them have "\"
+   // The text without blanks in front and at its end, in its character set; empty for none. Numbers are decimal, several of them have "\"
    // between them.
    const std::string& operator[](std::size_t theKey) const { return itsTexts[theKey]; }
    std::string& operator[](std::size_t theKey) { return itsTexts[theKey]; }

@@ -4,7 +4,6 @@
 #include <charconv>
 #include <iterator>
 
-#include "apps/tn/base/CharacterSet.h"
 #include "apps/tn/base/Tags.h"
 #include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/dataset/VR.h"
@@ -24,8 +23,8 @@ std::string NumbersText(const VR& theVR)
    std::string aText;
    for (UINT32 anOffset = 0; anOffset + sizeof(Number) <= theVR.GetLength(); anOffset += sizeof(Number))
    {
-      aText += (anOffset == 0 ? "" : "\\") +
-               std::to_string(TNEndian::Load<Number>(theVR.GetData() + anOffset, theVR.GetDataEndian()));
+      aText += anOffset == 0 ? "" : "\\";
+      aText += std::to_string(TNEndian::Load<Number>(theVR.GetData() + anOffset, theVR.GetDataEndian()));
    }
    return aText;
 }
@@ -50,6 +49,12 @@ std::string NumbersOf(const std::string& theText)
    return aBytes;
 }
 } // namespace
+
+CharacterSet CharacterSetOf(const DICOMObject& theDataset)
+{
+   constexpr UINT32 kSpecificCharacterSet = 0x00080005;
+   return CharacterSet(TextOf(theDataset, kSpecificCharacterSet));
+}
 
 std::string ValueText(const VR& theVR)
 {

@@ -5,11 +5,15 @@
 #include <string>
 #include <vector>
 
+#include "apps/tn/base/CharacterSet.h"
 #include "talvenor/foundation/BasicTypes.h"
 
-class CharacterSet;
 class DICOMDataObject;
+class DICOMObject;
 class VR;
+
+// What the dataset says in Specific Character Set (0008,0005).
+CharacterSet CharacterSetOf(const DICOMObject& theDataset);
 
 // As it came, but for the padding at its end.
 std::string ValueText(const VR& theVR);

@@ -5,16 +5,14 @@
 #include <iterator>
 #include <string_view>
 
+#include "apps/tn/base/CharacterSet.h"
 #include "apps/tn/base/Tags.h"
-#include "talvenor/dataset/DICOMDataObject.h"
-#include "talvenor/dataset/SequenceVR.h"
+#include "apps/tn/base/ValueText.h"
 #include "talvenor/dataset/VR.h"
 #include "talvenor/dictionary/VRType.h"
 
 namespace
 {
-constexpr UINT32 kSpecificCharacterSet = 0x00080005;
-
 // Texts in which a backslash is one (PS3.5 6.2).
 constexpr UINT16 kSingleTexts[] = {VRCode::LT, VRCode::ST, VRCode::UT};
 
@@ -45,9 +43,7 @@ std::string WithoutControls(const std::string& theText)
 
 std::vector<std::string> Texts(const VR& theVR, const CharacterSet& theCharacterSet)
 {
-   std::string aBytes(reinterpret_cast<const char*>(theVR.GetData()), theVR.GetLength());
-   aBytes.erase(aBytes.find_last_not_of(std::string_view(" \0", 2)) + 1);
-   const std::string aText = WithoutControls(theCharacterSet.ToUTF8(aBytes, theVR.GetTypeCode() == VRCode::PN));
+   const std::string aText = WithoutControls(ValueText(theVR, theCharacterSet));
    if (std::find(std::begin(kSingleTexts), std::end(kSingleTexts), theVR.GetTypeCode()) != std::end(kSingleTexts))
    {
       return {aText};
@@ -89,11 +85,6 @@ std::vector<std::string> TagTexts(const VR& theVR)
 }
 } // namespace
 
-CharacterSet CharacterSetOf(const DICOMObject& theDataset)
-{
-   return CharacterSet(TextOf(theDataset, kSpecificCharacterSet));
-}
-
 std::vector<std::string> ValuesOf(const VR& theVR, const CharacterSet& theCharacterSet)
 {
    if (theVR.GetData() == nullptr || theVR.GetLength() == 0)
@@ -114,16 +105,4 @@ std::vector<std::string> ValuesOf(const VR& theVR, const CharacterSet& theCharac
    case VRCode::OW: return {};
    default: return Texts(theVR, theCharacterSet);
    }
-}
-
-std::vector<const DICOMDataObject*> ItemsOf(const VR& theVR)
-{
-   std::vector<const DICOMDataObject*> anItems;
-   const SequenceVR* const aSequence = theVR.GetAsSequenceVR();
-   if (aSequence != nullptr && aSequence->GetSequenceArray() != nullptr)
-   {
-      std::copy_if(aSequence->GetSequenceArray()->begin(), aSequence->GetSequenceArray()->end(),
-                   std::back_inserter(anItems), [](const DICOMDataObject* theItem) { return theItem != nullptr; });
-   }
-   return anItems;
 }

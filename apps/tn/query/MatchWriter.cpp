@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "apps/tn/base/CharacterSet.h"
 #include "apps/tn/base/JsonWriter.h"
 #include "apps/tn/base/Tags.h"
+#include "apps/tn/base/ValueText.h"
 #include "apps/tn/query/MatchValues.h"
 #include "talvenor/dataset/DICOMObjectIterator.h"
 #include "talvenor/dataset/VR.h"
@@ -62,7 +64,7 @@ private:
                           const CharacterSet& theCharacterSet)
    {
       theJson.BeginArray(theName);
-      for (const DICOMDataObject* const anItem : ItemsOf(theSequence))
+      for (const DICOMDataObject* const anItem : ItemsOf(&theSequence))
       {
          theJson.BeginObject();
          WriteElements(theJson, *anItem, theCharacterSet);
@@ -139,7 +141,7 @@ private:
       {
          return;
       }
-      const std::vector<const DICOMDataObject*> anItems = ItemsOf(*aVR);
+      const std::vector<DICOMDataObject*> anItems = ItemsOf(aVR);
       if (theDepth + 1 == thePath.size() && aVR->GetAsSequenceVR() != nullptr)
       {
          theCell += std::to_string(anItems.size()) + (anItems.size() == 1 ? " item" : " items");
