@@ -372,6 +372,26 @@ TEST(PDU_ServiceRead, ACommandSetIsBounded)
    EXPECT_EQ(aService.GetAssociationStatus(), Status::ProtocolError);
 }
 
+// A command that announces a data set of 12 bytes, which comes in two pieces.
+TEST(PDU_ServiceRead, ADataSetIsBoundedWhereTheHostSaysSo)
+{
+   const std::string anAnnouncement = kCommand + "\0\0\0\x08\2\0\0\0\2\1"s;
+   const std::string anInput = kGoodRequest + PData(PDV(1, 3, anAnnouncement)) +
+                               PData(PDV(1, 0, kDataSet.substr(0, 5))) + PData(PDV(1, 2, kDataSet.substr(5)));
+   for (const UINT64 aLimit : {11, 12})
+   {
+      Scripted aService;
+      aService.SetLongestDataset(aLimit);
+      ASSERT_TRUE(aService.Accept(anInput));
+      DICOMCommandObject aCommand;
+      ASSERT_TRUE(aService.ReadCommand(aCommand)) << "commands have a limit of their own";
+      DICOMDataObject aDataSet;
+      const Outcome anOutcome = aLimit == 12 ? Outcome{1, TN_NO_ERROR, Status::AcceptedAsAcceptor, "AC"}
+                                             : Outcome{0, TN_INVALID_ENCODING, Status::ProtocolError, "AC ABORT(2,6)"};
+      EXPECT_EQ(OutcomeOf(aService.Read(aDataSet), aService), anOutcome) << aLimit;
+   }
+}
+
 TEST(PDU_ServiceWrite, MessagesArriveAsTheyWereSent)
 {
    auto [aRequesterEnd, anAcceptorEnd] = ConnectedDULStreams(MemoryChannel::kWait);

@@ -27,6 +27,7 @@ HELD_KIB = 300                           # memory for each of them
 
 VERIFICATION = b"1.2.840.10008.1.1"
 STORAGE = b"1.2.840.10008.5.1.4.1.1.7"
+QUERY = b"1.2.840.10008.5.1.4.1.2.2.1"     # study root
 IMPLICIT = b"1.2.840.10008.1.2"
 EXPLICIT = b"1.2.840.10008.1.2.1"
 CONTEXT_NAME = b"1.2.840.10008.3.1.1.1"
@@ -672,6 +673,86 @@ def store(node, association, request_, bytes_):
     return action
 
 
+# --- queries ---
+
+def find_request(sop_class=QUERY):
+    return command(element(2, even(sop_class)), us(0x0100, 0x20), us(0x0110, 1), us(0x0700, 0), us(0x0800, 0x0102))
+
+
+def explicit(group, number, vr, value=b""):
+    return struct.pack("<HH2sH", group, number, vr, len(value)) + value
+
+
+def rows_of_queries(rows, program):
+    if not rows.is_wanted("Q"):
+        return
+    with tempfile.TemporaryDirectory() as folder:
+        node = Node(program, "--store", folder, "--artim", str(ARTIM), "--message-timeout", "20")
+        node.watch()
+        storing = request(contexts=context(1) + context(3, STORAGE))
+        names = (b"A" * 65536, b"B\0C" + b"^" * 40001, b"\x1b$B\xff\xfe\x1b(")
+        for number, name in enumerate(names):
+            instance = b"1.2.3.%d" % number
+            rows.run("Q00 name of %d bytes" % len(name), "C-STORE", "0000",
+                     store(node, storing, store_request(instance=instance),
+                           instance_bytes(instance=instance, rest=attribute(8, 0x60, b"M\\" * 30000) +
+                                          attribute(0x10, 0x10, name))), node)
+        asking = request(contexts=context(1) + context(3, QUERY) + context(5, QUERY, (EXPLICIT,)))
+        level, study = attribute(8, 0x52, b"STUDY "), attribute(0x20, 0x0D, b"")
+        nested = attribute(0x40, 0x0275, b"", 0xFFFFFFFF) + struct.pack("<HHI", 0xFFFE, 0xE000, 0xFFFFFFFF)
+        ends = struct.pack("<HHIHHI", 0xFFFE, 0xE00D, 0, 0xFFFE, 0xE0DD, 0)
+        all_keys = b"".join((explicit(8, 0x52, b"CS", b"STUDY "), explicit(8, 0x61, b"CS"), explicit(0x10, 0x10, b"PN"),
+                             explicit(0x20, 0x0D, b"UI")))
+        before = node.figures()[2]
+        for name, expected, request_, bytes_, number in (
+                ("class other than context", "0 matches, 0122", find_request(VERIFICATION), level + study, 3),
+                ("what was stored, in explicit VR", "1 matches, 0000", find_request(), all_keys, 5),
+                ("SQL", "0 matches, 0000", find_request(),
+                 level + attribute(0x10, 0x20, b"' OR '1'='1' --") + study, 3),
+                ("10,000 stars", "1 matches, 0000", find_request(),
+                 level + attribute(0x10, 0x10, b"*" * 10000) + study, 3),
+                ("5,000 stars and letters", "0 matches, 0000", find_request(),
+                 level + attribute(0x10, 0x10, b"*a" * 5000) + study, 3),
+                ("1,000 UIDs", "1 matches, 0000", find_request(),
+                 level + attribute(0x20, 0x0D, even(b"\\".join(b"1.2.%d" % number for number in range(1000)))), 3),
+                ("260,000 UIDs", "0 matches, A[79]00", find_request(),
+                 level + attribute(0x20, 0x0D, b"1\\" * 260000), 3),
+                ("200 levels", "1 matches, 0000", find_request(), level + study + nested * 200 + ends * 200, 3),
+                ("50,000 levels", "0 matches, ABORT.*", find_request(), level + study + nested * 50000, 3),
+                ("64 MiB", "0 matches, ABORT.*", find_request(),
+                 level + study + attribute(0x20, 0x4000, bytes(64 << 20)), 3)):
+            rows.run("Q01 " + name, "C-FIND", expected, ask(node, asking, request_, bytes_, number), node)
+        after = node.settle(*node.figures()[:2])[2]
+        rows.check("Q01 memory", "of all of these", "16 MiB more at most", "%d KiB" % (after - before),
+                   after - before < 16 << 10)
+        rows.check("Q01 the node ends", "SIGTERM", "0", str(code := node.stop()), code == 0)
+
+
+def ask(node, association, request_, bytes_, number):
+    """How many matches come, and the last status in hexadecimal, or what comes instead."""
+    def action():
+        peer = node.peer(association)
+        if peer.read_pdu()[0] != 2:
+            return "not associated"
+        peer.send(data(pdv(request_, number=number)))
+        for place in range(0, len(bytes_), 100000):
+            is_last = place + 100000 >= len(bytes_)
+            peer.send(data(pdv(bytes_[place:place + 100000], control=2 if is_last else 0, number=number)))
+        matches, end = 0, ""
+        while not end:
+            kind, body = peer.read_pdu(30)
+            statuses = re.findall(re.escape(struct.pack("<HHI", 0, 0x0900, 2)) + b"(..)", body, re.S)
+            statuses = ["%04X" % struct.unpack("<H", status) for status in statuses]
+            matches += sum(status in ("FF00", "FF01") for status in statuses)
+            if kind != 4:
+                end = describe(kind, body) if isinstance(kind, int) else kind
+            elif statuses and statuses[-1] not in ("FF00", "FF01"):
+                end = statuses[-1]
+        peer.close()
+        return "%d matches, %s" % (matches, end)
+    return action
+
+
 # --- numbers ---
 
 def rows_of_numbers(rows, program):
@@ -868,6 +949,7 @@ def main(program, wanted):
                "%d lines" % lines, lines <= 4 * rows.count + 10)
     rows.check("the node ends", "SIGTERM", "0", str(code := node.stop()), code == 0)
     rows_of_storage(rows, program)
+    rows_of_queries(rows, program)
     rows_of_numbers(rows, program)
     rows_of_requesters(rows, program)
     print("%d rows, %d failed%s" % (rows.count, len(rows.failed), "".join("\n   " + name for name in rows.failed)))

@@ -14,7 +14,7 @@ class PDU_Service;
 class NodeRole
 {
 public:
-   static constexpr UINT64 kLongestIdentifier = 4 << 20; // room for 60,000 UIDs
+   static constexpr UINT64 kLongestIdentifier = 1 << 20; // room for 16,000 UIDs
 
    virtual ~NodeRole() = default;
 
