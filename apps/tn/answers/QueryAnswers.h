@@ -21,6 +21,10 @@ public:
    // has cancelled, or nothing can be sent to it.
    bool SendMatch(DICOMDataObject& theMatch, bool theIsFull = true);
 
+   // Whether no more matches are wanted, for those who look for them long: the peer has cancelled, or has sent what is not
+   // understood.
+   bool IsOver() { return itsIsCancelled || itsIsLost || HasCancelled(); }
+
    // The last answer: Success, or Cancel. 0 when it cannot be sent.
    int Finish();
 

@@ -1,6 +1,7 @@
 #include "apps/tn/answers/QueryRole.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 
 #include "apps/tn/answers/IndexQuery.h"
@@ -86,16 +87,43 @@ int QueryRole::Answer(QueryAnswers& theAnswers, IndexModel theModel, const DICOM
    {
       itsIndex.emplace(itsArchive.GetIndexPath(), IndexDatabase::kBusySeconds);
    }
-   IndexQuery aQuery(*itsIndex, aPlan);
-   while (const auto aMatch = aQuery.Next())
-   {
-      if (!theAnswers.SendMatch(*aMatch, aPlan.KnowsAllKeys()))
-      {
-         break;
-      }
-   }
+   Search(*itsIndex, aPlan, theAnswers);
    itsMatches += theAnswers.GetCount();
    return theAnswers.Finish();
+}
+
+// Neither a peer that has cancelled nor one that has stored what is endlessly compared keeps a processor busy for long.
+void QueryRole::Search(SQLiteDatabase& theIndex, const QueryPlan& thePlan, QueryAnswers& theAnswers)
+{
+   using Clock = std::chrono::steady_clock;
+   constexpr std::chrono::seconds kLongestWait{60}; // for a match
+   Clock::time_point aLast = Clock::now();
+   theIndex.SetWatch([&] { return !theAnswers.IsOver() && Clock::now() - aLast < kLongestWait; });
+   try
+   {
+      IndexQuery aQuery(theIndex, thePlan);
+      while (const auto aMatch = aQuery.Next())
+      {
+         if (!theAnswers.SendMatch(*aMatch, thePlan.KnowsAllKeys()))
+         {
+            break;
+         }
+         aLast = Clock::now();
+      }
+      theIndex.SetWatch({});
+   }
+   catch (const SQLiteFailure& aFault)
+   {
+      if (!aFault.IsInterrupted())
+      {
+         throw;
+      }
+      if (!theAnswers.IsOver())
+      {
+         throw SQLiteFailure("the search takes too long", 0);
+      }
+      theIndex.SetWatch({});
+   }
 }
 
 std::string QueryRole::Describe() const

@@ -24,6 +24,8 @@ public:
 private:
    int Answer(QueryAnswers& theAnswers, IndexModel theModel, const DICOMDataObject& theIdentifier);
 
+   static void Search(SQLiteDatabase& theIndex, const QueryPlan& thePlan, QueryAnswers& theAnswers);
+
    Archive& itsArchive;
    QueryPlan::Rules itsRules;
    std::optional<SQLiteDatabase> itsIndex; // opened when it is asked

@@ -46,6 +46,11 @@ bool SQLiteFailure::IsBusy() const
    return (itsCode & kPrimaryCode) == SQLITE_BUSY || (itsCode & kPrimaryCode) == SQLITE_LOCKED;
 }
 
+bool SQLiteFailure::IsInterrupted() const
+{
+   return (itsCode & kPrimaryCode) == SQLITE_INTERRUPT;
+}
+
 bool SQLiteFailure::IsDamaged() const
 {
    return (itsCode & kPrimaryCode) == SQLITE_CORRUPT || (itsCode & kPrimaryCode) == SQLITE_NOTADB;
@@ -81,6 +86,25 @@ void SQLiteDatabase::Define(const std::string& theName, Predicate thePredicate)
    auto* const aPredicate = new Predicate(std::move(thePredicate)); // SQLite's, also when it fails
    Check(itsDatabase, sqlite3_create_function_v2(itsDatabase, theName.c_str(), kArguments, kFlags, aPredicate,
                                                  CallPredicate, nullptr, nullptr, DestroyPredicate));
+}
+
+void SQLiteDatabase::SetWatch(std::function<bool()> theGoesOn)
+{
+   constexpr int kInterval = 1000; // instructions of a statement: some ten rows
+   itsGoesOn = std::move(theGoesOn);
+   sqlite3_progress_handler(itsDatabase, kInterval, itsGoesOn ? Watch : nullptr, this);
+}
+
+int SQLiteDatabase::Watch(void* theDatabase)
+{
+   try
+   {
+      return !static_cast<SQLiteDatabase*>(theDatabase)->itsGoesOn();
+   }
+   catch (...) // nothing may be thrown through SQLite
+   {
+      return 1;
+   }
 }
 
 std::int64_t SQLiteDatabase::GetLastRow() const

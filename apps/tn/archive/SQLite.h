@@ -19,6 +19,9 @@ public:
    // That another process has locked the database for longer than it was waited for.
    bool IsBusy() const;
 
+   // That SetWatch's function has ended the statement.
+   bool IsInterrupted() const;
+
    // That the file is damaged, or no database.
    bool IsDamaged() const;
 
@@ -43,11 +46,17 @@ public:
    using Predicate = std::function<bool(std::int64_t, std::string_view, std::string_view)>;
    void Define(const std::string& theName, Predicate thePredicate);
 
+   // theGoesOn is asked now and then while a statement runs, and ends it with false. None for an empty one.
+   void SetWatch(std::function<bool()> theGoesOn);
+
    std::int64_t GetLastRow() const;
    sqlite3* Get() const { return itsDatabase; }
 
 private:
+   static int Watch(void* theDatabase);
+
    sqlite3* itsDatabase = nullptr;
+   std::function<bool()> itsGoesOn;
 };
 
 class SQLiteStatement
