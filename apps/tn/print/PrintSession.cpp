@@ -215,7 +215,7 @@ void PrintSession::Require(Action theAction)
 std::string PrintSession::Status::Text() const
 {
    std::string aText = itsStatus.empty() ? "of unknown status" : itsStatus;
-   aText += itsInfo.empty() ? "" : " (" + itsInfo + ")";
+   aText += itsInfo.empty() || itsInfo == itsStatus ? "" : " (" + itsInfo + ")";
    for (const std::string& aPart : {itsName, itsManufacturer, itsModel})
    {
       aText += aPart.empty() ? "" : ", " + aPart;
@@ -225,11 +225,7 @@ std::string PrintSession::Status::Text() const
 
 PrintSession::Status PrintSession::AskPrinter()
 {
-   DICOMDataObject anAnswer;
-   for (const UINT32 aTag : {kPrinterStatus, kPrinterStatusInfo, kPrinterName, kManufacturer, kModelName})
-   {
-      Put(anAnswer, aTag, aTag == kPrinterStatus || aTag == kPrinterStatusInfo ? VRCode::CS : VRCode::LO, "");
-   }
+   DICOMDataObject anAnswer; // all that it tells: some refuse to be asked for what they do not know
    Require([&] { return itsMeta->Get().GetPrinter(itsService, anAnswer); });
    return {TextOf(anAnswer, kPrinterStatus), TextOf(anAnswer, kPrinterStatusInfo), TextOf(anAnswer, kPrinterName),
            TextOf(anAnswer, kManufacturer), TextOf(anAnswer, kModelName)};
@@ -308,8 +304,6 @@ std::string PrintSession::Print(bool theIsAll)
       return "";
    }
    DICOMDataObject anAnswer;
-   Put(anAnswer, kExecutionStatus, VRCode::CS, "");
-   Put(anAnswer, kExecutionStatusInfo, VRCode::CS, "");
    const int isTold = Watched([&] { return aMeta.GetPrintJob(itsService, aJob, anAnswer); });
    itsWatchdog.End();
    if (!isTold) // it may be over, and forgotten
@@ -317,7 +311,8 @@ std::string PrintSession::Print(bool theIsAll)
       return "";
    }
    const std::string anInfo = TextOf(anAnswer, kExecutionStatusInfo);
-   return "job " + TextOf(anAnswer, kExecutionStatus) + (anInfo.empty() ? "" : " (" + anInfo + ")");
+   const std::string aStatus = TextOf(anAnswer, kExecutionStatus);
+   return "job " + aStatus + (anInfo.empty() || anInfo == aStatus ? "" : " (" + anInfo + ")");
 }
 
 void PrintSession::End()
