@@ -43,3 +43,32 @@ endforeach()
 if(TALVENOR_BUILD_TN)
    install(TARGETS tn RUNTIME COMPONENT program)
 endif()
+
+# The manual, from the pages of docs/tn, and the completions, which the program writes itself.
+find_package(Python3 COMPONENTS Interpreter QUIET)
+if(TALVENOR_BUILD_TN AND Python3_FOUND)
+   set(MANUAL ${CMAKE_CURRENT_BINARY_DIR}/man)
+   file(GLOB PAGES CONFIGURE_DEPENDS docs/tn/*.md)
+   add_custom_command(OUTPUT ${MANUAL}/tn.1 DEPENDS ${PAGES} tools/make-man-pages.py VERBATIM
+      COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/tools/make-man-pages.py
+         ${CMAKE_CURRENT_SOURCE_DIR}/docs/tn ${MANUAL} ${PROJECT_VERSION})
+   add_custom_target(manual ALL DEPENDS ${MANUAL}/tn.1)
+   install(DIRECTORY ${MANUAL}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program FILES_MATCHING PATTERN "*.1")
+endif()
+if(TALVENOR_BUILD_TN AND NOT CMAKE_CROSSCOMPILING)
+   set(COMPLETIONS ${CMAKE_CURRENT_BINARY_DIR}/completions)
+   file(MAKE_DIRECTORY ${COMPLETIONS})
+   foreach(PLACE bash:tn:bash-completion/completions zsh:_tn:zsh/vendor-completions fish:tn.fish:fish/vendor_completions.d)
+      string(REPLACE ":" ";" PLACE ${PLACE})
+      list(GET PLACE 0 SHELL)
+      list(GET PLACE 1 NAME)
+      list(GET PLACE 2 FOLDER)
+      add_custom_command(OUTPUT ${COMPLETIONS}/${NAME} DEPENDS tn VERBATIM
+         COMMAND tn completions ${SHELL} > ${COMPLETIONS}/${NAME})
+      list(APPEND COMPLETION_FILES ${COMPLETIONS}/${NAME})
+      install(FILES ${COMPLETIONS}/${NAME} DESTINATION ${CMAKE_INSTALL_DATADIR}/${FOLDER} COMPONENT program)
+   endforeach()
+   add_custom_target(completions ALL DEPENDS ${COMPLETION_FILES})
+endif()
+
+include(cmake/Packages.cmake)

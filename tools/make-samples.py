@@ -274,11 +274,36 @@ def cr_big_endian():
     return part10(sop_class, instance, "1.2.840.10008.1.2.2", dataset)
 
 
+def segment(marker, content):
+    return bytes([0xFF, marker]) + struct.pack(">H", 2 + len(content)) + content
+
+
+def jpeg(columns, greys, comment=b""):
+    """A baseline picture (ITU-T T.81) of squares of 8 by 8 pixels, each of one grey: all that is coded are DC values."""
+    # Differences are categories of 0 to 11 bits with codes of 4 bits; of the AC values there is only the end of block.
+    bits = ""
+    last = 0
+    for grey in greys:
+        difference = grey - 128 - last  # every quantizer is 8, and so is the factor of the transform
+        last = grey - 128
+        size = abs(difference).bit_length()
+        bits += f"{size:04b}"
+        if size:
+            bits += f"{difference if difference > 0 else difference + (1 << size) - 1:0{size}b}"
+        bits += "0"
+    bits += "1" * (-len(bits) % 8)
+    scan = bytes(int(bits[i:i + 8], 2) for i in range(0, len(bits), 8)).replace(b"\xFF", b"\xFF\0")
+    rows = len(greys) // columns
+    return (b"\xFF\xD8" + (segment(0xFE, comment) if comment else b"") + segment(0xDB, b"\0" + b"\x08" * 64) +
+            segment(0xC0, struct.pack(">BHHBBBB", 8, 8 * rows, 8 * columns, 1, 1, 0x11, 0)) +
+            segment(0xC4, b"\0" + bytes([0, 0, 0, 12] + [0] * 12) + bytes(range(12))) +
+            segment(0xC4, b"\x10" + bytes([1] + [0] * 15) + b"\0") +
+            segment(0xDA, bytes([1, 1, 0, 0, 63, 0])) + scan + b"\xFF\xD9")
+
+
 def us_jpeg():
     sop_class, instance = "1.2.840.10008.5.1.4.1.1.3.1", SAMPLES + ".4.1.1"
-    # A comment between the markers of start and end: whole as a codestream (ITU-T T.81 B.2.4.5), without a picture.
-    frames = [b"\xFF\xD8" + b"\xFF\xFE" + struct.pack(">H", 2 + len(text)) + text + b"\xFF\xD9"
-              for text in (b"frame one without a picture!", b"frame two, longer by a few words, without a picture")]
+    frames = [jpeg(2, (0, 85, 170, 255)), jpeg(2, (255, 170, 85, 0), b"upside down")]
     frames = [frame + b"\0" * (len(frame) % 2) for frame in frames]
     writer = Writer()
     dataset = writer.elements([

@@ -11,8 +11,11 @@
 #include "apps/tn/files/DicomdirCommand.h"
 #include "apps/tn/files/DumpCommand.h"
 #include "apps/tn/files/FramesCommand.h"
+#include "apps/tn/help/CompletionsCommand.h"
+#include "apps/tn/help/ExplainCommand.h"
 #include "apps/tn/network/EchoCommand.h"
 #include "apps/tn/node/ServeCommand.h"
+#include "apps/tn/print/PrintCommand.h"
 #include "apps/tn/query/FindCommand.h"
 #include "apps/tn/query/MoveCommand.h"
 #include "apps/tn/send/SendCommand.h"
@@ -38,11 +41,13 @@ int Run(int theCount, char** theArguments)
    aProgram.set_version_flag("--version", "tn " TN_VERSION);
    aProgram.require_subcommand(1);
    const std::unique_ptr<Command> aCommands[] = {
-       std::make_unique<DumpCommand>(aProgram),   std::make_unique<ConvertCommand>(aProgram),
-       std::make_unique<FramesCommand>(aProgram), std::make_unique<DicomdirCommand>(aProgram),
-       std::make_unique<EchoCommand>(aProgram),   std::make_unique<SendCommand>(aProgram),
-       std::make_unique<FindCommand>(aProgram),   std::make_unique<MoveCommand>(aProgram),
-       std::make_unique<ServeCommand>(aProgram),  std::make_unique<IndexCommand>(aProgram),
+       std::make_unique<DumpCommand>(aProgram),        std::make_unique<ConvertCommand>(aProgram),
+       std::make_unique<FramesCommand>(aProgram),      std::make_unique<DicomdirCommand>(aProgram),
+       std::make_unique<EchoCommand>(aProgram),        std::make_unique<SendCommand>(aProgram),
+       std::make_unique<FindCommand>(aProgram),        std::make_unique<MoveCommand>(aProgram),
+       std::make_unique<PrintCommand>(aProgram),       std::make_unique<ServeCommand>(aProgram),
+       std::make_unique<IndexCommand>(aProgram),       std::make_unique<ExplainCommand>(aProgram),
+       std::make_unique<CompletionsCommand>(aProgram),
    };
    try
    {

@@ -1,0 +1,236 @@
+#include "apps/tn/help/ExplainCommand.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/tn/base/Dictionaries.h"
+#include "apps/tn/base/ExitCode.h"
+#include "apps/tn/network/StatusText.h"
+#include "talvenor/dataset/CommandSetTexts.h"
+#include "talvenor/dictionary/MDataDictionary.h"
+#include "talvenor/dictionary/MUIDDictionary.h"
+#include "talvenor/foundation/OneLine.h"
+#include "talvenor/transfer/TransferSyntaxManager.h"
+
+namespace
+{
+struct Representation
+{
+   const char* itsCode;
+   const char* itsText;
+};
+
+// PS3.5 6.2.
+constexpr Representation kRepresentations[] = {
+    {"AE", "Application Entity: a title of up to 16 characters"},
+    {"AS", "Age String: nnnD, nnnW, nnnM or nnnY"},
+    {"AT", "Attribute Tag: 4 bytes"},
+    {"CS", "Code String: up to 16 characters of A-Z, 0-9, space and underscore"},
+    {"DA", "Date: YYYYMMDD"},
+    {"DS", "Decimal String: a number as text of up to 16 characters"},
+    {"DT", "Date Time: YYYYMMDDHHMMSS.FFFFFF&ZZXX, cut from the right"},
+    {"FL", "Floating Point Single: 4 bytes"},
+    {"FD", "Floating Point Double: 8 bytes"},
+    {"IS", "Integer String: -2147483648 to 2147483647 as text of up to 12 characters"},
+    {"LO", "Long String: up to 64 characters"},
+    {"LT", "Long Text: one value of up to 10240 characters"},
+    {"OB", "Other Byte: bytes, of which only the attribute knows the meaning"},
+    {"OD", "Other Double: words of 8 bytes, floating point"},
+    {"OF", "Other Float: words of 4 bytes, floating point"},
+    {"OL", "Other Long: words of 4 bytes"},
+    {"OV", "Other 64-bit Very Long: words of 8 bytes"},
+    {"OW", "Other Word: words of 2 bytes"},
+    {"PN", "Person Name: family^given^middle^prefix^suffix, up to 64 characters in each of up to 3 component groups"},
+    {"SH", "Short String: up to 16 characters"},
+    {"SL", "Signed Long: 4 bytes"},
+    {"SQ", "Sequence of Items: datasets within the dataset"},
+    {"SS", "Signed Short: 2 bytes"},
+    {"ST", "Short Text: one value of up to 1024 characters"},
+    {"SV", "Signed 64-bit Very Long: 8 bytes"},
+    {"TM", "Time: HHMMSS.FFFFFF, cut from the right"},
+    {"UC", "Unlimited Characters"},
+    {"UI", "Unique Identifier: up to 64 characters of 0-9 and full stop, padded with NUL"},
+    {"UL", "Unsigned Long: 4 bytes"},
+    {"UN", "Unknown: bytes whose representation was not known when they were encoded"},
+    {"UR", "Universal Resource Identifier: one value"},
+    {"US", "Unsigned Short: 2 bytes"},
+    {"UT", "Unlimited Text: one value"},
+    {"UV", "Unsigned 64-bit Very Long: 8 bytes"},
+};
+
+struct UIDKind
+{
+   MUIDDictionaryEntry::UIDType itsType;
+   const char* itsText;
+};
+constexpr UIDKind kUIDKinds[] = {
+    {MUIDDictionaryEntry::TS, "transfer syntax"},
+    {MUIDDictionaryEntry::SC, "SOP class"},
+    {MUIDDictionaryEntry::MC, "meta SOP class"},
+    {MUIDDictionaryEntry::SI, "well-known SOP instance"},
+    {MUIDDictionaryEntry::AC, "application context"},
+};
+
+bool ExplainRepresentation(const std::string& theWord)
+{
+   const auto aRow = std::find_if(std::begin(kRepresentations), std::end(kRepresentations),
+                                  [&](const Representation& theRow) { return theWord == theRow.itsCode; });
+   if (aRow == std::end(kRepresentations))
+   {
+      return false;
+   }
+   std::cout << theWord << "  " << aRow->itsText << "\n";
+   return true;
+}
+
+bool ExplainUID(const std::string& theWord)
+{
+   const MUIDDictionary& aDictionary = MUIDDictionary::GetDefaultUIDDictionary();
+   const MUIDDictionaryEntry* anEntry = aDictionary.FindUID(std::string_view(theWord));
+   anEntry = anEntry != nullptr ? anEntry : aDictionary.FindMnemonic(theWord);
+   if (anEntry == nullptr)
+   {
+      return false;
+   }
+   std::cout << anEntry->GetUID() << "  " << anEntry->GetMnemonic() << "  " << anEntry->GetDescription();
+   const auto aKind = std::find_if(std::begin(kUIDKinds), std::end(kUIDKinds),
+                                   [&](const UIDKind& theKind) { return theKind.itsType == anEntry->GetType(); });
+   if (aKind != std::end(kUIDKinds))
+   {
+      std::cout << "  (" << aKind->itsText;
+      if (aKind->itsType == MUIDDictionaryEntry::TS)
+      {
+         const bool isServed =
+             TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(anEntry->GetUID()) != nullptr;
+         std::cout << (isServed ? ", read and written here" : ", not served here");
+      }
+      std::cout << ")";
+   }
+   std::cout << "\n";
+   return true;
+}
+
+// Hexadecimal digits without what people write around them; empty for anything else.
+std::string DigitsOf(const std::string& theWord)
+{
+   std::string aDigits;
+   for (const char aCharacter : theWord)
+   {
+      if (std::isxdigit(static_cast<unsigned char>(aCharacter)))
+      {
+         aDigits += aCharacter;
+      }
+      else if (std::string_view("(),").find(aCharacter) == std::string_view::npos)
+      {
+         return "";
+      }
+   }
+   return aDigits;
+}
+
+std::string MultiplicityOf(const MDDEntry& theEntry)
+{
+   const std::string aLeast = std::to_string(theEntry.VMMin());
+   if (theEntry.VMMin() == theEntry.VMMax())
+   {
+      return aLeast;
+   }
+   return aLeast + "-" + (theEntry.VMMax() == 0xFFFFFFFF ? "n" : std::to_string(theEntry.VMMax()));
+}
+
+bool ExplainTag(const std::string& theWord)
+{
+   const MDataDictionary& aDictionary = MDataDictionary::GetDefaultDataDictionary();
+   const MDDEntry* anEntry = aDictionary.Find(std::string_view(theWord));
+   if (const std::string aDigits = DigitsOf(theWord); anEntry == nullptr && aDigits.size() == 8)
+   {
+      const unsigned long aTag = std::strtoul(aDigits.c_str(), nullptr, 16);
+      const MAttributeTag anAttribute(static_cast<UINT16>(aTag >> 16), static_cast<UINT16>(aTag));
+      anEntry = aDictionary.Find(anAttribute);
+      if (anEntry == nullptr && (aTag >> 16) % 2 == 1)
+      {
+         std::cout << "(" << aDigits.substr(0, 4) << "," << aDigits.substr(4)
+                   << ")  private: what it means depends on the private creator in the file\n";
+         return true;
+      }
+   }
+   if (anEntry == nullptr)
+   {
+      return false;
+   }
+   char aTag[16];
+   std::snprintf(aTag, sizeof aTag, "(%04x,%04x)", unsigned{anEntry->GetTag() >> 16},
+                 unsigned{anEntry->GetTag() & 0xFFFF});
+   const UINT16 aCode = anEntry->GetTypeAsUshort();
+   const std::string aType = {static_cast<char>(aCode >> 8), static_cast<char>(aCode)};
+   std::cout << aTag << "  " << anEntry->Name() << "  " << (aCode != 0 ? aType : "no VR") << "  "
+             << MultiplicityOf(*anEntry) << "  " << anEntry->Description() << "\n";
+   return true;
+}
+
+bool ExplainStatus(const std::string& theWord)
+{
+   std::string aDigits = theWord;
+   if (aDigits.starts_with("0x") || aDigits.starts_with("0X"))
+   {
+      aDigits.erase(0, 2);
+   }
+   else if (aDigits.ends_with("H") || aDigits.ends_with("h"))
+   {
+      aDigits.pop_back();
+   }
+   if (aDigits.size() != 4 || DigitsOf(aDigits) != aDigits)
+   {
+      return false;
+   }
+   const auto aStatus = static_cast<UINT16>(std::strtoul(aDigits.c_str(), nullptr, 16));
+   std::cout << "C-STORE  " << DescribeStatus(StatusService::Storage, aStatus) << "\n"
+             << "C-FIND   " << DescribeStatus(StatusService::Find, aStatus) << "\n"
+             << "C-MOVE   " << DescribeStatus(StatusService::Move, aStatus) << "\n"
+             << "others   " << StatusText(aStatus) << "\n";
+   return true;
+}
+} // namespace
+
+ExplainCommand::ExplainCommand(CLI::App& theProgram)
+    : Command(theProgram, "explain", "Tell what a UID, a tag, a status or a value representation is")
+{
+   itsOptions
+       .add_option("WORD", itsWords, "A UID, gggg,eeee, a keyword, a status such as A700, two letters such as PN")
+       ->required();
+   itsOptions.add_option("--data", itsData, "Folder of the dictionaries")->type_name("DIR");
+   itsOptions.footer("Exit codes: 0 all known, 1 some not, 2 wrong use, 3 no dictionaries.\n\n"
+                     "Example:\n  tn explain 1.2.840.10008.1.2.4.70 0028,0301 StudyDate A700 PN");
+}
+
+int ExplainCommand::Run()
+{
+   try
+   {
+      LoadDictionaries(itsData);
+   }
+   catch (const std::exception& anError)
+   {
+      std::cerr << "tn explain: " << anError.what() << "\n";
+      return ExitCode::kCouldNotRead;
+   }
+   int aResult = ExitCode::kDone;
+   for (const std::string& aWord : itsWords)
+   {
+      if (!ExplainRepresentation(aWord) && !ExplainUID(aWord) && !ExplainTag(aWord) && !ExplainStatus(aWord))
+      {
+         std::cout.flush();
+         std::cerr << OnOneLine("tn explain: " + aWord +
+                                ": not known as UID, tag (gggg,eeee), keyword, status (four hexadecimal digits) or VR")
+                   << "\n";
+         aResult = ExitCode::kSomeFailed;
+      }
+   }
+   std::cout.flush();
+   return std::cout ? aResult : ExitCode::kCouldNotWrite;
+}
