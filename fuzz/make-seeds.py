@@ -300,12 +300,94 @@ def whole_association_seeds():
     yield "requester", b"\3" + acceptance + pdata((1, 3, echo.replace(b"\x30\0\0\0\x10\1", b"\x30\x80\0\0\x20\1"))) + release
 
 
+def command_set(field, sop_class, dataset, *elements, requested=False):
+    w = Writer(IMPLICIT)
+    parts = [w.element(3 if requested else 2, b"", sop_class + b"\0" * (len(sop_class) % 2)), w.us(0x0100, field),
+             w.us(0x0120 if field & 0x8000 else 0x0110, 1), w.us(0x0800, 0x0102 if dataset else 0x0101), *elements]
+    return w.element(0, b"", struct.pack("<I", sum(map(len, parts)))) + b"".join(parts)
+
+
+def service_seeds():
+    w = Writer(IMPLICIT)
+
+    def message(context, command, data=None, response=False):
+        text = bytes([context | (0 if data is None else 8) | (16 if response else 0)]) + struct.pack(">H", len(command))
+        return text + command + (b"" if data is None else struct.pack(">H", len(data)) + data)
+
+    def print_request(field, kind, instance, data=None, *elements):
+        requested = field != 0x0140
+        uid = w.element(0x1001 if requested else 0x1000, b"", instance)
+        sop_class = b"1.2.840.10008.5.1.1." + kind
+        return message(4, command_set(field, sop_class, data is not None, uid, *elements, requested=requested), data)
+
+    status = w.us(0x0900, 0)
+    instance = w.element(0x1000, b"", b"1.2.3.4\0")
+    stored = w.element(0x00080016, b"", b"1.2.840.10008.5.1.4.1.1.7\0") + w.element(0x00080018, b"", b"1.2.3.4\0")
+    key = w.element(0x00080052, b"", b"STUDY ") + w.element(0x0020000D, b"", b"1.2.3\0")
+    find, move = b"1.2.840.10008.5.1.4.1.2.1.1", b"1.2.840.10008.5.1.4.1.2.2.2"
+    yield "echo", message(0, command_set(0x0030, b"1.2.840.10008.1.1", False))
+    yield "store", message(1, command_set(0x0001, b"1.2.840.10008.5.1.4.1.1.7", True, instance), stored)
+    yield "find", message(2, command_set(0x0020, find, True), key + w.us(0x00280010, 0xFF01))
+    yield "move", message(3, command_set(0x0021, move, True, w.element(0x0600, b"", b"THERE ")), key)
+    yield "echo-answer", message(0, command_set(0x8030, b"1.2.840.10008.1.1", False, status), None, True)
+    yield "store-answer", message(1, command_set(0x8001, b"1.2.840.10008.5.1.4.1.1.7", False, status), None, True)
+    yield "find-answer", (message(2, command_set(0x8020, find, True, w.us(0x0900, 0xFF00)), key, True)
+                          + message(2, command_set(0x8020, find, False, status), None, True))
+    yield "move-answer", message(3, command_set(0x8021, move, False, w.us(0x0900, 0xFF00), w.us(0x1020, 2)), None, True)
+    layout = w.element(0x20100010, b"", b"STANDARD\\1,2") + w.element(0x20100030, b"", b"AB")
+    session = print_request(0x0140, b"1", b"1.2.3.1\0", w.element(0x20000010, b"", b"1 "))
+    film = print_request(0x0140, b"2", b"1.2.3.2\0", layout)
+    lut = print_request(0x0140, b"23\0", b"1.2.3.3\0", w.element(0x20500020, b"", b"IDENTITY"))
+    action = w.us(0x1008, 1)
+    yield "print", (session + lut + film + print_request(0x0120, b"1", b"1.2.3.1\0", w.element(0x20000010, b"", b"2 "))
+                    + print_request(0x0120, b"2", b"1.2.3.2\0", w.element(0x20100040, b"", b"PORTRAIT"))
+                    + print_request(0x0130, b"2", b"1.2.3.2\0", None, action)
+                    + print_request(0x0130, b"1", b"1.2.3.1\0", None, action)
+                    + print_request(0x0150, b"2", b"1.2.3.2\0") + print_request(0x0150, b"1", b"1.2.3.1\0"))
+    image = b"".join([w.us(0x00280002, 1), w.element(0x00280004, b"", b"MONOCHROME2 "), w.us(0x00280010, 1),
+                      w.us(0x00280011, 2), w.us(0x00280100, 8), w.us(0x00280101, 8), w.us(0x00280102, 7),
+                      w.us(0x00280103, 0), w.element(0x7FE00010, b"", b"\1\2")])
+    yield "print-image", session + film + print_request(
+        0x0120, b"4", b"1.2.3.9\0", w.us(0x20200010, 1) + w.sequence(0x20200110, w.item(image)))
+    tags = w.element(0x1005, b"", struct.pack("<4H", 0x2110, 0x0010, 0x2110, 0x0030))
+    yield "printer", print_request(0x0110, b"16\0", b"1.2.840.10008.5.1.1.17", None, tags)
+    event = command_set(0x0100, b"1.2.840.10008.5.1.1.16", True, w.element(0x1000, b"", b"1.2.840.10008.5.1.1.17"),
+                        w.us(0x1002, 2))
+    created = command_set(0x8140, b"1.2.840.10008.5.1.1.1", True, status, instance)
+    yield "print-answer", message(4, created, w.element(0x20000010, b"", b"1 "), True) + message(4, event, b"", True)
+
+
+def identifier_seeds():
+    for kind, bit in ((IMPLICIT, 0), (EXPLICIT, 8)):
+        w = Writer(kind)
+        uid, level = w.element(0x0020000D, b"UI", b"1.2.3\0"), w.element(0x00080052, b"CS", b"STUDY ")
+        start = w.element(0x00400002, b"DA", b"20200101-") + w.element(0x00400003, b"TM", b"-1200 ")
+        name = "-explicit" if bit else "-implicit"
+        yield "study" + name, bytes([1 | bit]) + level + w.element(0x00080061, b"CS", b"3*") + w.element(
+            0x00100010, b"PN", b"DO?^*=A=B ") + uid + w.element(0x00201208, b"IS")
+        yield "dates" + name, bytes([5 | bit]) + w.element(0x00080005, b"CS", b"ISO 2022 IR 87") + w.element(
+            0x00080020, b"DA", b"20200101-20201231 ") + w.element(0x00080030, b"TM", b"-10") + level + w.element(
+            0x00100010, b"PN", b"\x1b$B;3ED\x1b(B ")
+        yield "image" + name, bytes([4 | bit]) + w.element(0x00080018, b"UI", b"1.2.3.1\\1.2.3.2") + w.element(
+            0x00080052, b"CS", b"IMAGE ") + w.us(0x00280010, 57) + w.sequence(0x00400275, w.item(w.element(
+                0x00400009, b"SH", b"4*")))
+        yield "worklist" + name, bytes([bit]) + w.element(0x00100020, b"LO", b"A\\*") + w.sequence(0x00400100, w.item(
+            w.element(0x00080060, b"CS", b"MR") + start + w.sequence(0x00400008, w.item(start))))
+
+
+def json_seeds():
+    yield "match", b'{"StudyInstanceUID":"1.2.3","PatientName":"D\\u00f6e \\"\\n","A":[1,{"b":null},[]],"c":-1.5e3,"d":true}'
+    yield "empty", b"{}"
+    yield "deep", b'{"a":' + b"[" * 60 + b"]" * 60 + b"}"
+
+
 def main():
     targets = {"FuzzPart10": part10_seeds, "FuzzElements": elements_seeds, "FuzzTranscode": transcode_seeds,
                "FuzzFrames": frames_seeds, "FuzzJPEG": jpeg_seeds, "FuzzJP2": jp2_seeds,
                "FuzzDataDictionary": dictionary_seeds, "FuzzUIDDictionary": uid_seeds,
                "FuzzMessages": message_seeds, "FuzzAssociationPDUs": association_seeds,
-               "FuzzAssociation": whole_association_seeds}
+               "FuzzAssociation": whole_association_seeds, "FuzzServices": service_seeds,
+               "FuzzIdentifier": identifier_seeds, "FuzzJsonLine": json_seeds}
     for target, seeds in targets.items():
         folder = HERE / "corpus" / target
         folder.mkdir(parents=True, exist_ok=True)
