@@ -21,6 +21,7 @@ const std::string kImplicit = "1.2.840.10008.1.2";
 const std::string kExplicit = "1.2.840.10008.1.2.1";
 const std::string kBig = "1.2.840.10008.1.2.2";
 const std::string kJPEG = "1.2.840.10008.1.2.4.50";
+const std::string kJPEG2000 = "1.2.840.10008.1.2.4.90";
 const std::vector<std::string> kNative = {kImplicit, kExplicit, kBig};
 
 std::string DatasetOf(const std::string& thePath)
@@ -63,7 +64,8 @@ TEST(TnSend, SendsFilesAsTheyAreOrEncodedAnew)
        {"implicit to explicit", Sample("sr-implicit.dcm"), {kExplicit}, kExplicit, ""},
        {"big endian to implicit", Sample("cr-big-endian.dcm"), {kImplicit, kJPEG}, kImplicit, ""},
        {"compressed as it is", Sample("us-jpeg.dcm"), {kJPEG}, kJPEG, Sample("us-jpeg.dcm")},
-       {"compressed, not taken", Sample("us-jpeg.dcm"), kNative, "", ""},
+       {"decompressed", Sample("us-jpeg.dcm"), kNative, kExplicit, ""},
+       {"compressed, not taken", Sample("us-jpeg.dcm"), {kJPEG2000}, "", ""},
        {"native, not taken", Sample("ct-explicit.dcm"), {kJPEG}, "", ""},
        {"odd lengths become even", anOdd, kNative, kExplicit, anEven},
    };

@@ -63,13 +63,12 @@ TEST(TnDump, ListsEveryElementOfAnEncapsulatedImage)
        Row("/", "0028,0100", "US", "\x08\0"s) + Row("/", "0028,0101", "US", "\x08\0"s) +
        Row("/", "0028,0102", "US", "\x07\0"s) + Row("/", "0028,0103", "US", "\0\0"s) +
        Row("/", "0028,2110", "CS", "01");
-   // The fragments joined: start of image, comment with its length, end of image, padding.
-   const std::string aFragments = "\xFF\xD8\xFF\xFE\0\x1E"s
-                                  "frame one without a picture!\xFF\xD9"
-                                  "\xFF\xD8\xFF\xFE\0\x35"s
-                                  "frame two, longer by a few words, without a picture\xFF\xD9\0"s;
+   // The fragments joined: they stand at the end, each behind the header of its item, in front of a delimiter.
+   const std::string aFile = ReadFile(Sample("us-jpeg.dcm"));
+   const std::size_t aSecond = aFile.size() - 8 - 172;
+   const std::string aFragments = aFile.substr(aSecond - 8 - 158, 158) + aFile.substr(aSecond, 172);
    const std::string aLine = Row("/", "7fe0,0010", "OB", aFragments);
-   anExpected += "/\t7fe0,0010\tOB\tundefined\tbot=8;frags=2;lens=36,60;crc=" + aLine.substr(aLine.size() - 9);
+   anExpected += "/\t7fe0,0010\tOB\tundefined\tbot=8;frags=2;lens=158,172;crc=" + aLine.substr(aLine.size() - 9);
 
    const Outcome anOutcome = Tn("dump --elements " + Sample("us-jpeg.dcm"));
    EXPECT_EQ(anOutcome.itsCode, 0);
@@ -268,8 +267,8 @@ const CutCase kCutCases[] = {
     {"inside big-endian pixel data", "cr-big-endian.dcm", 100, "0028,0107", "16000"},
     {"without the delimiter of the fragments", "us-jpeg.dcm", 8, "0028,2110", "Lossy Image Compression"},
     {"inside the last fragment", "us-jpeg.dcm", 8 + 30, "0028,2110", "Lossy Image Compression"},
-    {"between two fragments", "us-jpeg.dcm", 8 + 68, "0028,2110", "Lossy Image Compression"},
-    {"inside the offset table", "us-jpeg.dcm", 8 + 68 + 44 + 4, "0028,2110", "Lossy Image Compression"},
+    {"between two fragments", "us-jpeg.dcm", 8 + 180, "0028,2110", "Lossy Image Compression"},
+    {"inside the offset table", "us-jpeg.dcm", 8 + 180 + 166 + 4, "0028,2110", "Lossy Image Compression"},
 };
 
 TEST(TnDump, AFileThatEndsTooEarlyIsToldAfterWhatThereWas)
