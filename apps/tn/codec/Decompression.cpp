@@ -8,6 +8,7 @@
 #include "apps/tn/base/ValueText.h"
 #include "apps/tn/codec/CompressedFrames.h"
 #include "apps/tn/codec/FrameDecoder.h"
+#include "apps/tn/codec/NestedPixels.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/VR.h"
 #include "talvenor/dictionary/VRType.h"
@@ -20,8 +21,6 @@ namespace
 constexpr UINT32 kPhotometricInterpretation = 0x00280004;
 constexpr UINT32 kPlanarConfiguration = 0x00280006;
 constexpr UINT32 kLossyImageCompression = 0x00282110;
-constexpr UINT32 kIconImageSequence = 0x00880200;
-constexpr UINT32 kPixelData = 0x7FE00010;
 constexpr UINT32 kOffsetTables[] = {0x7FE00001, 0x7FE00002, 0x7FE00003}; // PS3.3 C.7.6.3.1.8
 
 // Compressed frames are smaller than native ones, but noise and small images need not be.
@@ -40,20 +39,6 @@ void Remove(DICOMDataObject& theHeader, UINT32 theTag)
 void Put(DICOMDataObject& theHeader, UINT32 theTag, UINT16 theType, const std::string& theText)
 {
    theHeader.Push(MakeElement(theTag, theType, theText).release());
-}
-
-// An icon is compressed as the image is (PS3.5 A.4), which a native syntax has no place for; nobody needs it.
-void RemoveCompressedIcon(DICOMDataObject& theHeader)
-{
-   for (DICOMDataObject* const anItem : ItemsOf(FindVR(theHeader, kIconImageSequence)))
-   {
-      VR* const aPixels = anItem->GetVR(GroupOf(kPixelData), ElementOf(kPixelData));
-      if (aPixels != nullptr && aPixels->GetAsEncapsulatedPixelVR() != nullptr)
-      {
-         Remove(theHeader, kIconImageSequence);
-         return;
-      }
-   }
 }
 
 class DecompressedPixels : public PixelInputStreamVR
@@ -217,7 +202,7 @@ void Decompression::DescribeNative(DICOMDataObject& theHeader, const TransferSyn
    {
       Remove(theHeader, aTable);
    }
-   RemoveCompressedIcon(theHeader);
+   DecompressNested(theHeader, theSyntax.GetUID());
 }
 
 std::unique_ptr<VR> Decompression::MakePixels(std::unique_ptr<Decompression> theDecompression,

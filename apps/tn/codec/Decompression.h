@@ -31,8 +31,8 @@ public:
 
    // Decodes the first frame, and makes theHeader, which holds what stands in front of the pixel data, true: Photometric
    // Interpretation, Planar Configuration, and Lossy Image Compression where the syntax is a lossy one. Tables of
-   // offsets into the compressed frames go, and so does an icon that is compressed too. thePixels is borrowed, as long
-   // as there are frames to come.
+   // offsets into the compressed frames go, and pixels in sequence items become native: see DecompressNested. thePixels
+   // is borrowed, as long as there are frames to come.
    Decompression(DICOMDataObject& theHeader, const TransferSyntaxType& theSyntax,
                  PixelDataFragmentInputStreamVR& thePixels);
    ~Decompression();
