@@ -25,6 +25,13 @@ std::string ElementsOf(const std::string& theFile)
    return aDataset == std::string::npos ? "(nothing)" : std::regex_replace(aRows.substr(aDataset), kPrivate, "$1??");
 }
 
+// The last frame claims arithmetic coding.
+std::string UndecodablePicture()
+{
+   std::string aPicture = ReadFile(Sample("us-jpeg.dcm"));
+   return aPicture.replace(aPicture.rfind("\xFF\xC0"), 2, "\xFF\xC9");
+}
+
 TEST(TnConvert, EverySampleComesBackAsItWas)
 {
    const struct
@@ -153,12 +160,5 @@ TEST(TnConvert, TellsHowManyElementsCouldNotStay)
    const Outcome anOutcome = Tn("convert " + aFolder.File("in") + " " + aFolder.File("out"));
    EXPECT_EQ(anOutcome.itsCode, 0);
    EXPECT_TRUE(Contains(anOutcome.itsErrors, "without 1 element ")) << anOutcome.itsErrors;
-}
-
-// The last frame claims arithmetic coding.
-std::string UndecodablePicture()
-{
-   std::string aPicture = ReadFile(Sample("us-jpeg.dcm"));
-   return aPicture.replace(aPicture.rfind("\xFF\xC0"), 2, "\xFF\xC9");
 }
 } // namespace
