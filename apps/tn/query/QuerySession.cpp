@@ -26,6 +26,7 @@ namespace
 {
 constexpr UINT16 kCancelRequest = 0x0FFF; // C-CANCEL-RQ, PS3.7 E.1
 constexpr UINT16 kNoDataset = 0x0101;
+constexpr UINT64 kLongestMatch = 16 << 20; // bytes: what the peer sends is held in memory
 constexpr UINT32 kDataSetType = 0x00000800;
 constexpr UINT32 kRemaining = 0x00001020;
 constexpr UINT32 kCompleted = 0x00001021;
@@ -152,6 +153,7 @@ QuerySession::QuerySession(const Requester& theRequester, const std::vector<std:
    {
       Propose(itsService, aSOPClass);
    }
+   itsService.SetLongestDataset(kLongestMatch);
    itsRequester.Associate(itsService, itsWatchdog);
 }
 
