@@ -49,11 +49,11 @@ find_package(Python3 COMPONENTS Interpreter QUIET)
 if(TALVENOR_BUILD_TN AND Python3_FOUND)
    set(MANUAL ${CMAKE_CURRENT_BINARY_DIR}/man)
    file(GLOB PAGES CONFIGURE_DEPENDS docs/tn/*.md)
-   add_custom_command(OUTPUT ${MANUAL}/tn.1 DEPENDS ${PAGES} tools/make-man-pages.py VERBATIM
+   add_custom_command(OUTPUT ${MANUAL}/tn.1.gz DEPENDS ${PAGES} tools/make-man-pages.py VERBATIM
       COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/tools/make-man-pages.py
          ${CMAKE_CURRENT_SOURCE_DIR}/docs/tn ${MANUAL} ${PROJECT_VERSION})
-   add_custom_target(manual ALL DEPENDS ${MANUAL}/tn.1)
-   install(DIRECTORY ${MANUAL}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program FILES_MATCHING PATTERN "*.1")
+   add_custom_target(manual ALL DEPENDS ${MANUAL}/tn.1.gz)
+   install(DIRECTORY ${MANUAL}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program FILES_MATCHING PATTERN "*.1.gz")
 endif()
 if(TALVENOR_BUILD_TN AND NOT CMAKE_CROSSCOMPILING)
    set(COMPLETIONS ${CMAKE_CURRENT_BINARY_DIR}/completions)

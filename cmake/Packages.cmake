@@ -1,6 +1,7 @@
 # Debian packages, made by `./run packages`: the library, what is needed to build against it, the dictionaries, the program.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME talvenor)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
 set(CPACK_PACKAGE_CONTACT "Talvenor maintainers <maintainers@talvenor.invalid>")
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${CPACK_PACKAGE_CONTACT}")
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -13,10 +14,15 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/talvenor ${CMAKE_BINARY_DIR}/talvenor/data)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
 set(SOVERSION ${PROJECT_VERSION_MAJOR})
+# What dpkg needs to know of shared libraries: which package has them, and that ldconfig is to be run.
+set(CONTROL ${CMAKE_CURRENT_BINARY_DIR}/debian/control)
+file(WRITE ${CONTROL}/shlibs
+   "libtalvenor ${SOVERSION} libtalvenor${SOVERSION} (>= ${PROJECT_VERSION})\n"
+   "libtalvenor-data ${SOVERSION} libtalvenor${SOVERSION} (>= ${PROJECT_VERSION})\n")
+file(WRITE ${CONTROL}/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${CONTROL}/shlibs ${CONTROL}/triggers)
 # describe(COMPONENT NAME SECTION SUMMARY TEXT): and the notes that every Debian package has in its doc folder.
 function(describe COMPONENT NAME SECTION SUMMARY TEXT)
    string(TOUPPER ${COMPONENT} UPPER)
@@ -45,6 +51,12 @@ describe(dictionaries talvenor-dictionaries misc "DICOM toolkit: dictionaries"
    "The attributes and UIDs of the DICOM standard and the private attributes of\nmany vendors, as the Talvenor library reads them.")
 describe(program tn science "DICOM toolkit: program for the command line"
    "Shows and converts DICOM files, makes media directories, sends, asks for and\nfetches images, prints, and is a node that keeps what it is sent.")
+
+# The library of the dictionaries calls C++ and Talvenor, and nothing of the C library.
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/debian/overrides
+   "libtalvenor${SOVERSION}: library-not-linked-against-libc *libtalvenor-data.so.*\n")
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/debian/overrides DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides
+   RENAME libtalvenor${SOVERSION} COMPONENT library)
 
 set(CPACK_DEBIAN_DICTIONARIES_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_DICTIONARIES_PACKAGE_SHLIBDEPS OFF)

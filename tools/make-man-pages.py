@@ -2,6 +2,7 @@
 """make-man-pages.py PAGES OUTPUT VERSION: the manual of tn, from the pages of its commands in docs/tn.
 
 Takes of Markdown what the pages use: headings, paragraphs, lists, tables, code, links."""
+import gzip
 import pathlib
 import re
 import sys
@@ -50,7 +51,8 @@ def write(path, name, summary, lines, version):
     text = [f'.TH {name.upper()} 1 "" "Talvenor {version}" "Talvenor"', ".SH NAME", f"{escape(name)} \\- {inline(summary)}",
             ".SH DESCRIPTION", *body(lines)]
     tidy = re.sub(r"(\.PP\n)+(?=\.(SH|PP|IP|TP))", "", "\n".join(text) + "\n")
-    path.write_text(re.sub(r"(\.SH [^\n]*\n)(\.PP\n)+", r"\1", tidy).rstrip(".P\n") + "\n")
+    text = re.sub(r"(\.SH [^\n]*\n)(\.PP\n)+", r"\1", tidy).rstrip() + "\n"
+    path.write_bytes(gzip.compress(text.encode(), 9, mtime=0))  # as Debian wants them; the same bytes each time
 
 
 def main():
@@ -65,7 +67,7 @@ def main():
         summary = summary[0].lower() + summary[1:]
         name = "tn-" + page.stem
         commands.append((name, summary))
-        write(output / f"{name}.1", name, summary, lines[3:], version)
+        write(output / f"{name}.1.gz", name, summary, lines[3:], version)
     table = ["Each command has a page of its own.", ""]
     for name, summary in commands:
         table.append(f"| `{name}`(1) | {summary} |")
@@ -73,7 +75,7 @@ def main():
               "4 could not write, 5 no connection, 6 association rejected, 7 no context accepted,",
               "8 the peer answered with a failure, 9 time-out, 10 cancelled.", "", "# FILES",
               "`../share/talvenor`, beside the folder of the program: the dictionaries."]
-    write(output / "tn.1", "tn", "the DICOM toolkit on the command line", table, version)
+    write(output / "tn.1.gz", "tn", "the DICOM toolkit on the command line", table, version)
 
 
 main()
