@@ -115,6 +115,8 @@ row "tn serve still answers" 0 'ms' "$tn" echo "OURS@127.0.0.1:$ours"
 
 . tests/interop/sending.sh
 . tests/interop/asking.sh
+. tests/interop/archive.sh
+. tests/interop/decompressing.sh
 . tests/interop/printing.sh
 
 if [ -s "$work/capture.pcap" ]; then

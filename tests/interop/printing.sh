@@ -46,3 +46,37 @@ for layout in "1 2" "2 2" "2 3"; do
    row "two films are there, each with a picture" 0 '^2$' bash -c 'ls "$0"/*/sheet.png | wc -l' "$prints"
 done
 row "the printer still answers" 0 'ms' "$tn" echo "PRINTER@127.0.0.1:$printer"
+
+# tn print, on our printer and on dcmtk's in its two profiles; the restricted one takes nothing without a presentation LUT.
+rm -rf "${prints:?}"/*
+row "tn print asks how the printer is" 0 'is NORMAL' "$tn" print --status "PRINTER@127.0.0.1:$printer"
+row "tn print prints a film of 2 by 2" 0 'film 1: 3 images printed' \
+   "$tn" print --film 2x2 --bits 12 "PRINTER@127.0.0.1:$printer" "${images[@]}"
+row "tn print prints colours" 0 '1 film printed' \
+   "$tn" print --film 1x2 --colour --session "PRINTER@127.0.0.1:$printer" data/samples/{us-jpeg,ct-explicit}.dcm
+row "two films are there, each with a picture" 0 '^2$' bash -c 'ls "$0"/*/sheet.png | wc -l' "$prints"
+full=$(free_port) restricted=$(free_port)
+mkdir -p "$work/dcmprscp"
+awk -v full="$full" -v restricted="$restricted" -v spool="$work/dcmprscp" '
+   /^Port = 10005/ { $0 = "Port = " full }
+   /^Port = 10006/ { $0 = "Port = " restricted }
+   /^Directory *=/ { $0 = "Directory = " spool }
+   { print }' /etc/dcmtk/dcmpstat.cfg > "$work/dcmprscp.cfg"
+start dcmprscp-full dcmprscp -d --dump -c "$work/dcmprscp.cfg" -p IHEFULL
+start dcmprscp-restricted dcmprscp -d --dump -c "$work/dcmprscp.cfg" -p IHERESTRICTED
+listening "$full"
+listening "$restricted"
+for way in "" --session; do
+   # shellcheck disable=SC2086
+   row "tn print $way prints on dcmprscp's full profile" 0 'film 1: 2 images' "$tn" print $way --film 1x2 --copies 2 \
+      --size 14INX17IN --orientation portrait --priority high --medium PAPER "IHEFULL@127.0.0.1:$full" "${images[@]:0:2}"
+   # shellcheck disable=SC2086
+   row "tn print $way prints on dcmprscp's restricted profile" 0 'film 3: 1 image' "$tn" print $way --bits 12 \
+      "IHERESTRICTED@127.0.0.1:$restricted" "${images[@]}"
+done
+for profile in full restricted; do
+   row "every status of dcmprscp's $profile profile is 0" 0 '^0x0000$' bash -c \
+      'sed -n "s/.*DIMSE Status *: \(0x[0-9a-f]*\).*/\1/p" "$0" | sort -u | tr -d "\n"' "$work/dcmprscp-$profile.log"
+done
+row "dcmprscp refuses a film that it has no layout for" 8 'setting up: .*0106H' \
+   "$tn" print --film 2x2 "IHERESTRICTED@127.0.0.1:$restricted" "${images[@]}"
