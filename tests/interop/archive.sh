@@ -72,7 +72,7 @@ for file in ct-explicit us-jpeg cr-big-endian; do
 done
 jpeg=$(dcmdump -q +P StudyInstanceUID data/samples/us-jpeg.dcm | sed 's/.*\[\(.*\)\].*/\1/')
 row "tn move of JPEG to a node that takes native pixels only" 0 '1 completed' "$tn" move --to NATIVE --study "$jpeg" "$ours_here"
-row "it is native there" 0 'Explicit VR|1\.2\.840\.10008\.1\.2\.1' bash -c '"$1" dump --meta "$0"/* | tr -d "\\0"' "$work/native" "$tn"
+row "it is native there" 0 'Explicit VR|1\.2\.840\.10008\.1\.2\.1' bash -c '"$1" dump --meta "$0"/*' "$work/native" "$tn"
 
 # Orthanc is told what to do by its web interface.
 web() { python3 -c 'import sys, urllib.request as u
