@@ -1,6 +1,7 @@
 #include "apps/tn/network/Peer.h"
 
 #include <algorithm>
+#include <map>
 
 #include <CLI/CLI.hpp>
 
@@ -75,18 +76,48 @@ std::string ParsePeer(const std::string& theText, Peer& thePeer)
    return "";
 }
 
+namespace
+{
+std::map<std::string, Peer>& GetNamedPeers()
+{
+   static std::map<std::string, Peer> aPeers;
+   return aPeers;
+}
+
+// What is wrong with theText, a peer or the name of one behind "@"; empty when thePeer is set.
+std::string FindPeer(const std::string& theText, Peer& thePeer)
+{
+   if (!theText.starts_with('@'))
+   {
+      return ParsePeer(theText, thePeer);
+   }
+   const auto aPlace = GetNamedPeers().find(theText.substr(1));
+   if (aPlace == GetNamedPeers().end())
+   {
+      return "no peer has this name in the section [peers] of the file that --config or TN_CONFIG names: " + theText;
+   }
+   thePeer = aPlace->second;
+   return "";
+}
+} // namespace
+
+std::string NamePeer(const std::string& theName, const std::string& theText)
+{
+   return ParsePeer(theText, GetNamedPeers()[theName]);
+}
+
 CLI::Option* AddPeer(CLI::App& theOptions, Peer& thePeer)
 {
    return theOptions
        .add_option_function<std::string>(
            "PEER",
            [&thePeer](const std::string& theText) {
-              if (const std::string aFault = ParsePeer(theText, thePeer); !aFault.empty())
+              if (const std::string aFault = FindPeer(theText, thePeer); !aFault.empty())
               {
                  throw CLI::ValidationError("PEER", aFault);
               }
            },
-           "Whom to call, as AE@HOST:PORT; without a title ANY-SCP, without a port 104")
+           "Whom to call, as AE@HOST:PORT; without a title ANY-SCP, without a port 104; @NAME is one of --config")
        ->type_name("")
        ->required();
 }

@@ -1,0 +1,106 @@
+// What tn tells of itself and of DICOM, and the file of --config.
+#include <filesystem>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "support/RunTn.h"
+#include "support/TemporaryDirectory.h"
+
+TEST(TnExplain, TellsWhatAWordIs)
+{
+   const struct
+   {
+      const char* itsWord;
+      int itsCode;
+      const char* itsAnswer; // part of it
+   } kCases[] = {
+       {"1.2.840.10008.1.2.4.70", 0, "first-order prediction"},
+       {"1.2.840.10008.1.2.1.99", 0, "not served here"},
+       {"CTImageStorage", 0, "1.2.840.10008.5.1.4.1.1.2 "},
+       {"0028,0010", 0, "(0028,0010)  Rows  US  1  "},
+       {"'(7FE0,0010)'", 0, "PixelData"},
+       {"00081140", 0, "ReferencedImageSequence  SQ"},
+       {"0029,1001", 0, "private"},
+       {"PatientName", 0, "(0010,0010)"},
+       {"A701", 0, "the number of matches is not known (A701H)"},
+       {"0xFE00", 0, "cancelled (FE00H)"},
+       {"0122H", 0, "(0122H)"},
+       {"DA", 0, "YYYYMMDD"},
+       {"DA NoSuchThing", 1, "YYYYMMDD"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsWord);
+      const Outcome anOutcome = Tn(std::string("explain ") + aCase.itsWord);
+      EXPECT_EQ(anOutcome.itsCode, aCase.itsCode) << anOutcome.itsErrors;
+      const auto aLower = [](std::string theText) {
+         std::transform(theText.begin(), theText.end(), theText.begin(),
+                        [](unsigned char c) { return std::tolower(c); });
+         return theText;
+      };
+      EXPECT_NE(aLower(anOutcome.itsOutput).find(aLower(aCase.itsAnswer)), std::string::npos) << anOutcome.itsOutput;
+   }
+}
+
+TEST(TnCompletions, CompleteCommandsOptionsAndChoicesInBash)
+{
+   const TemporaryDirectory aFolder;
+   const std::string aFile = aFolder.File("tn.bash");
+   std::ofstream(aFile) << Tn("completions bash").itsOutput;
+   const struct
+   {
+      const char* itsWords;
+      const char* itsAnswer;
+   } kCases[] = {
+       {"conv", "convert "},
+       {"dicomdir ''", "create list "},
+       {"dicomdir list --off", "--offsets "},
+       {"find --model ''", "patient study patient-study "},
+       {"serve --fsync n", "none "},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsWords);
+      const std::string aResult = aFolder.File("result");
+      const std::string aCommand =
+          std::string("bash -c \"source '") + aFile + "'; COMP_WORDS=(tn " + aCase.itsWords +
+          "); COMP_CWORD=\\$(( \\${#COMP_WORDS[@]} - 1 )); _tn; printf '%s ' \\${COMPREPLY[@]}\" > '" + aResult + "'";
+      EXPECT_EQ(std::system(aCommand.c_str()), 0);
+      EXPECT_EQ(ReadFile(aResult), aCase.itsAnswer);
+   }
+}
+
+TEST(TnConfig, NamesPeersAndSetsOptionsWhereTheCommandLineDoesNot)
+{
+   const TemporaryDirectory aFolder;
+   const std::string aFile = aFolder.File("tn.toml");
+   std::ofstream(aFile) << "[peers]\narchive = \"ARCHIVE@localhost:9\"\nother = \"localhost:9\"\n"
+                           "[echo]\naet = \"FROM_FILE\"\n[send]\nretry = 2\n";
+   const std::string aBroken = aFolder.File("broken.toml");
+   std::ofstream(aBroken) << "[peers]\narchive = \"ARCHIVE@\"\n";
+   const struct
+   {
+      const char* itsName;
+      std::string itsArguments;
+      int itsCode;
+      const char* itsText; // part of standard output and standard error
+   } kCases[] = {
+       {"named", "--config '" + aFile + "' echo --json @archive", 5, "\"ARCHIVE\""},
+       {"option of the file", "--config '" + aFile + "' echo --json @archive", 5, "\"FROM_FILE\""},
+       {"option of the line", "--config '" + aFile + "' echo --aet ME --json @archive", 5, "\"ME\""},
+       {"without a title", "--config '" + aFile + "' echo --json @other", 5, "\"ANY-SCP\""},
+       {"unknown name", "--config '" + aFile + "' echo @nobody", 2, "@nobody"},
+       {"no file", "echo @archive", 2, "--config"},
+       {"missing file", "--config '" + aFile + ".not' echo localhost:9", 2, ".not"},
+       {"peer written wrongly", "--config '" + aBroken + "' echo localhost:9", 2, "peer archive"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      SCOPED_TRACE(aCase.itsName);
+      const Outcome anOutcome = Tn(aCase.itsArguments, "/dev/null", "unset TN_CONFIG; ");
+      EXPECT_EQ(anOutcome.itsCode, aCase.itsCode) << anOutcome.itsErrors;
+      EXPECT_NE((anOutcome.itsOutput + anOutcome.itsErrors).find(aCase.itsText), std::string::npos)
+          << anOutcome.itsOutput << anOutcome.itsErrors;
+   }
+}
