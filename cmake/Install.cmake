@@ -35,7 +35,11 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/TalvenorConfigVersion.cmake DESTINATIO
 
 file(RELATIVE_PATH PC_PREFIX /prefix/${PKGCONFIG_FOLDER} /prefix)
 string(REGEX REPLACE "/$" "" PC_PREFIX "${PC_PREFIX}")
-foreach(NAME talvenor talvenor-data)
+set(PC_FILES talvenor)
+if(TARGET talvenor_data)
+   list(APPEND PC_FILES talvenor-data)
+endif()
+foreach(NAME IN LISTS PC_FILES)
    configure_file(cmake/${NAME}.pc.in ${NAME}.pc @ONLY)
    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${NAME}.pc DESTINATION ${PKGCONFIG_FOLDER} COMPONENT development)
 endforeach()
