@@ -5,6 +5,7 @@
 #include <openjpeg.h>
 
 #include "apps/tn/codec/FrameDecoder.h"
+#include "talvenor/io/TNEndian.h"
 
 namespace
 {
@@ -82,6 +83,44 @@ bool IsJP2(std::span<const unsigned char> theFrame)
    return theFrame.size() > sizeof kSignature && std::memcmp(theFrame.data(), kSignature, sizeof kSignature) == 0;
 }
 
+// Looks at the size marker (T.800 A.5.1) before OpenJPEG does, which makes room for every tile and component of it.
+void CheckSize(std::span<const unsigned char> theFrame, const ImageDescription& theImage)
+{
+   constexpr unsigned char kStart[] = {0xFF, 0x4F, 0xFF, 0x51}; // SOC, SIZ
+   constexpr std::size_t kLength = 38;                          // from SIZ up to the first component, less its marker
+   const auto aStart = std::search(theFrame.begin(), theFrame.end(), std::begin(kStart), std::end(kStart));
+   if (static_cast<std::size_t>(theFrame.end() - aStart) < sizeof kStart + kLength)
+   {
+      FailDecompression("the JPEG 2000 frame is cut, or is none");
+   }
+   const unsigned char* const aSize = &*aStart + sizeof kStart;
+   const auto aNumber = [&](std::size_t thePlace) -> UINT64 {
+      return TNEndian::Load<UINT32, TNEndian::BigEndian>(aSize + thePlace);
+   };
+   constexpr std::size_t kExtent = 4, kOffset = 12, kTile = 20, kTileOffset = 28, kComponents = 36;
+   UINT64 aTiles = 1;
+   for (const std::size_t anAxis : {std::size_t{0}, std::size_t{4}})
+   {
+      const UINT64 anEnd = aNumber(kExtent + anAxis);
+      const UINT64 aTile = aNumber(kTile + anAxis);
+      const UINT64 aFirst = aNumber(kTileOffset + anAxis);
+      if (aTile == 0 || aFirst > anEnd || aNumber(kOffset + anAxis) > anEnd)
+      {
+         FailDecompression("the JPEG 2000 frame is damaged: its size makes no sense");
+      }
+      aTiles *= (anEnd - aFirst + aTile - 1) / aTile;
+   }
+   const UINT64 aPixels = UINT64{theImage.itsRows} * theImage.itsColumns;
+   constexpr UINT64 kMostTiles = 64;     // whatever the size,
+   constexpr UINT64 kLeastPixels = 1024; // and beyond these each with so many pixels
+   if (aTiles > kMostTiles + aPixels / kLeastPixels)
+   {
+      FailDecompression("the JPEG 2000 frame has " + std::to_string(aTiles) + " tiles, too many for its size");
+   }
+   theImage.CheckAgainst(aNumber(kExtent + 4) - aNumber(kOffset + 4), aNumber(kExtent) - aNumber(kOffset),
+                         TNEndian::Load<UINT16, TNEndian::BigEndian>(aSize + kComponents), 1);
+}
+
 Stream MakeStream(Source& theSource)
 {
    Stream aStream(opj_stream_create(OPJ_J2K_STREAM_CHUNK_SIZE, OPJ_TRUE));
@@ -121,6 +160,7 @@ bool HasColourTransform(opj_codec_t* theCodec)
 FrameDecoder::Colours JPEG2000Decoder::Decode(std::span<const unsigned char> theFrame,
                                               std::span<unsigned char> thePixels)
 {
+   CheckSize(theFrame, itsImage);
    std::string aFault;
    const auto aRequire = [&](bool theCondition, const char* theText) {
       if (!theCondition)

@@ -29,7 +29,9 @@ struct Faults
 // libjpeg goes on where data is missing or damaged, with samples of its own invention.
 void TakeMessage(j_common_ptr theInfo, int theLevel)
 {
-   if (theLevel < 0 && theInfo->err->msg_code != JWRN_EXTRANEOUS_DATA)
+   const int aCode = theInfo->err->msg_code;
+   const bool isHarmless = aCode == JWRN_EXTRANEOUS_DATA || aCode == JWRN_ADOBE_XFORM || aCode == JWRN_JFIF_MAJOR;
+   if (theLevel < 0 && !isHarmless)
    {
       Leave(theInfo);
    }
@@ -59,7 +61,7 @@ bool IsYCbCr(const jpeg_decompress_struct& theInfo, const ImageDescription& theI
 {
    if (theInfo.saw_Adobe_marker)
    {
-      return theInfo.Adobe_transform == 1;
+      return theInfo.Adobe_transform != 0;
    }
    return theInfo.saw_JFIF_marker || theImage.IsYBR();
 }

@@ -282,7 +282,11 @@ void PrintSession::SendFilm(const PrintAttributes& theFilm, Images theImages)
 std::string PrintSession::PrintFilm()
 {
    const std::string aJob = Print(false);
-   Require([&] { return itsMeta->Get().DeleteFilm(itsService); });
+   if (!Watched([&] { return itsMeta->Get().DeleteFilm(itsService); }) && !itsFault.empty())
+   {
+      itsTell(itsFault); // it is printed all the same
+   }
+   itsWatchdog.End();
    return aJob;
 }
 
