@@ -75,4 +75,6 @@ if(TALVENOR_BUILD_TN AND NOT CMAKE_CROSSCOMPILING)
    add_custom_target(completions ALL DEPENDS ${COMPLETION_FILES})
 endif()
 
-include(cmake/Packages.cmake)
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+   include(cmake/Packages.cmake)
+endif()
