@@ -28,7 +28,7 @@ class InstanceFile
 {
 public:
    InstanceFile(const std::string& theClass, const std::string& theInstance, Encoding theEncoding = Encoding::Explicit)
-       : itsEncoding(theEncoding), itsDataset(theEncoding)
+       : itsDataset(theEncoding)
    {
       itsMeta.Element(0x00020002, "UI", Even(theClass, '\0'))
           .Element(0x00020003, "UI", Even("1.2.9." + theInstance, '\0'))
@@ -67,7 +67,6 @@ public:
    }
 
 private:
-   Encoding itsEncoding;
    DatasetBytes itsMeta;
    DatasetBytes itsDataset;
 };
