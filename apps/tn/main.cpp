@@ -13,6 +13,7 @@
 #include "apps/tn/files/FramesCommand.h"
 #include "apps/tn/help/CompletionsCommand.h"
 #include "apps/tn/help/ExplainCommand.h"
+#include "apps/tn/help/HelpFormatter.h"
 #include "apps/tn/network/ConfigFile.h"
 #include "apps/tn/network/EchoCommand.h"
 #include "apps/tn/node/ServeCommand.h"
@@ -41,6 +42,8 @@ int Run(int theCount, char** theArguments)
    CLI::App aProgram("tn, the DICOM toolkit on the command line", "tn");
    aProgram.set_version_flag("--version", "tn " TN_VERSION);
    aProgram.require_subcommand(1);
+   aProgram.formatter(std::make_shared<HelpFormatter>());
+   aProgram.footer("tn COMMAND --help tells of a command, tn explain WORD of DICOM.");
    ConfigFile::AddTo(aProgram);
    const std::unique_ptr<Command> aCommands[] = {
        std::make_unique<DumpCommand>(aProgram),        std::make_unique<ConvertCommand>(aProgram),

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "apps/tn/help/HelpFormatter.h"
 #include "support/RunTn.h"
 #include "support/TemporaryDirectory.h"
 
@@ -68,6 +69,28 @@ TEST(TnCompletions, CompleteCommandsOptionsAndChoicesInBash)
           "); COMP_CWORD=\\$(( \\${#COMP_WORDS[@]} - 1 )); _tn; printf '%s ' \\${COMPREPLY[@]}\" > '" + aResult + "'";
       EXPECT_EQ(std::system(aCommand.c_str()), 0);
       EXPECT_EQ(ReadFile(aResult), aCase.itsAnswer);
+   }
+}
+
+TEST(HelpFormatter, NamesTypesAsPeopleDo)
+{
+   const struct
+   {
+      const char* itsType;
+      const char* itsText;
+   } kCases[] = {
+       {"TEXT:{same,implicit}", "same|implicit"},
+       {"ENUM:value in {file->1,group->2} OR {1,2}", "file|group"},
+       {"INT:INT in [0 - 65535]", "0-65535"},
+       {"SECONDS:FLOAT in [0 - 86400]", "SECONDS"},
+       {"TEXT:FILE", "FILE"},
+       {"FLOAT:NONNEGATIVE", "N"},
+       {"TEXT", "TEXT"},
+       {"", ""},
+   };
+   for (const auto& aCase : kCases)
+   {
+      EXPECT_EQ(HelpFormatter::SimplifyType(aCase.itsType), aCase.itsText) << aCase.itsType;
    }
 }
 
