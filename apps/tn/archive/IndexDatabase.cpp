@@ -135,6 +135,15 @@ struct IndexDatabase::Statements
    SQLiteStatement itsInstance{itsDatabase, "SELECT row, series FROM instance WHERE SOPInstanceUID = ?"};
    SQLiteStatement itsMember{itsDatabase, "SELECT row FROM instance WHERE series = ? LIMIT 1"};
    SQLiteStatement itsRemoval{itsDatabase, "DELETE FROM instance WHERE row = ?"};
+   SQLiteStatement itsUpper{itsDatabase,
+                            "SELECT study.row, study.patient FROM series JOIN study ON series.study = study.row "
+                            "WHERE series.row = ?"};
+   SQLiteStatement itsSeriesRemoval{itsDatabase, "DELETE FROM series WHERE row = ?"};
+   SQLiteStatement itsStudyRemoval{
+       itsDatabase, "DELETE FROM study WHERE row = ? AND NOT EXISTS (SELECT 1 FROM series WHERE study = study.row)"};
+   SQLiteStatement itsPatientRemoval{
+       itsDatabase,
+       "DELETE FROM patient WHERE row = ? AND NOT EXISTS (SELECT 1 FROM study WHERE patient = patient.row)"};
    SQLiteStatement itsBegin{itsDatabase, "BEGIN IMMEDIATE"};
    SQLiteStatement itsCommit{itsDatabase, "COMMIT"};
 };
@@ -236,12 +245,23 @@ bool IndexDatabase::Remove(const std::string& theSOPInstanceUID)
    itsStatements->itsRemoval.Bind(1, aRow).Run();
    if (aSeries != 0 && !RowOf(itsStatements->itsMember.Bind(1, aSeries)))
    {
-      itsSeries.clear(); // it was the last of one
-      itsDatabase.Execute("DELETE FROM series WHERE NOT EXISTS (SELECT 1 FROM instance WHERE series = series.row)");
-      itsDatabase.Execute("DELETE FROM study WHERE NOT EXISTS (SELECT 1 FROM series WHERE study = study.row)");
-      itsDatabase.Execute("DELETE FROM patient WHERE NOT EXISTS (SELECT 1 FROM study WHERE patient = patient.row)");
+      RemoveSeries(aSeries); // it was the last of one
    }
    return true;
+}
+
+// With its study and its patient, if it was their last.
+void IndexDatabase::RemoveSeries(std::int64_t theSeries)
+{
+   itsSeries.clear();
+   SQLiteStatement& anUpper = itsStatements->itsUpper.Bind(1, theSeries);
+   const bool isThere = anUpper.Step();
+   const std::int64_t aStudy = isThere ? anUpper.GetNumber(0) : 0;
+   const std::int64_t aPatient = isThere ? anUpper.GetNumber(1) : 0;
+   anUpper.Reset();
+   itsStatements->itsSeriesRemoval.Bind(1, theSeries).Run();
+   itsStatements->itsStudyRemoval.Bind(1, aStudy).Run();
+   itsStatements->itsPatientRemoval.Bind(1, aPatient).Run();
 }
 
 std::optional<std::string> IndexDatabase::Find(const std::string& theSOPInstanceUID)

@@ -72,6 +72,7 @@ private:
    std::int64_t FindOrAddSeries(const InstanceKeys& theKeys);
    std::int64_t FindOrAddStudy(const InstanceKeys& theKeys);
    std::int64_t FindOrAddPatient(const InstanceKeys& theKeys);
+   void RemoveSeries(std::int64_t theSeries);
 
    SQLiteDatabase itsDatabase;
    std::unique_ptr<Statements> itsStatements;
