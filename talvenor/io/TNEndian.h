@@ -47,6 +47,7 @@ public:
    template <class T, EndianType E>
    static T Load(const void* theBytes)
    {
+      static_assert(sizeof(T) > 1, "a byte has no order, and would become an int");
       T aValue;
       std::memcpy(&aValue, theBytes, sizeof aValue);
       return IsNative(E) ? aValue : SwitchEndian(aValue);
@@ -61,6 +62,7 @@ public:
    template <EndianType E, class T>
    static void Store(void* theBytes, T theValue)
    {
+      static_assert(sizeof(T) > 1, "a byte has no order, and would become an int");
       const T aValue = IsNative(E) ? theValue : SwitchEndian(theValue);
       std::memcpy(theBytes, &aValue, sizeof aValue);
    }
@@ -75,6 +77,7 @@ public:
    template <class T>
    static void SwitchArray(void* theBytes, std::size_t theCount)
    {
+      static_assert(sizeof(T) > 1, "a byte has no order, and would become an int");
       auto* aPlace = static_cast<unsigned char*>(theBytes);
       for (std::size_t i = 0; i < theCount; ++i, aPlace += sizeof(T))
       {
