@@ -8,6 +8,10 @@
 FrameDecoder::Colours JPEGLSDecoder::Decode(std::span<const unsigned char> theFrame, std::span<unsigned char> thePixels)
 try
 {
+   if (theFrame.empty()) // whose null the library would not bear
+   {
+      FailDecompression("the JPEG-LS frame is empty");
+   }
    charls::jpegls_decoder aDecoder;
    aDecoder.source(theFrame.data(), theFrame.size());
    aDecoder.read_header();
