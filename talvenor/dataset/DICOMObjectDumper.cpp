@@ -224,7 +224,7 @@ LogStream* DICOMObjectDumper::GetStreamInUse() const
    return aStream != nullptr && aStream->IsOn() ? aStream : nullptr;
 }
 
-void DICOMObjectDumper::DumpSet(const DICOMObject& theObject, const char* theTitle)
+void DICOMObjectDumper::DumpDOInternal(const DICOMObject& theObject, const char* theTitle)
 {
    if (LogStream* aStream = GetStreamInUse())
    {
@@ -236,17 +236,17 @@ void DICOMObjectDumper::DumpSet(const DICOMObject& theObject, const char* theTit
 
 void DICOMObjectDumper::Dump(const DICOMObject& theObject)
 {
-   DumpSet(theObject, "DICOM Object");
+   DumpDOInternal(theObject, "DICOM Object");
 }
 
 void DICOMObjectDumper::Dump(const DICOMDataObject& theObject)
 {
-   DumpSet(theObject, "DICOM Data Object");
+   DumpDOInternal(theObject, "DICOM Data Object");
 }
 
 void DICOMObjectDumper::Dump(const DICOMCommandObject& theObject)
 {
-   DumpSet(theObject, "DICOM Command Object");
+   DumpDOInternal(theObject, "DICOM Command Object");
 }
 
 void DICOMObjectDumper::Dump(const RWCString& theFileName)

@@ -84,7 +84,7 @@ public:
    static LogStream* itsDefaultStream; // null while there is none
 
 private:
-   void DumpSet(const DICOMObject& theObject, const char* theTitle);
+   void DumpDOInternal(const DICOMObject& theObject, const char* theTitle);
    LogStream* GetStreamInUse() const; // null when nothing would be written
    static void ReplaceDefaultStream(LogStream* theStream, bool theOwns);
 
