@@ -117,9 +117,7 @@ private:
       UINT64 aTotal = 0;
       switch (theDecision)
       {
-      case Decision::Skip:
-         theValue.Skip(theLength);
-         return;
+      case Decision::Skip: theValue.Skip(theLength); return;
       case Decision::ReadHalf:
          theValue.Read(aBlock, std::min<UINT32>(theLength / 2, sizeof aBlock));
          theValue.Seek(itsDecisions.ConsumeIntegral<UINT32>());

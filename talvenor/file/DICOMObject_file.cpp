@@ -55,12 +55,10 @@ RWCString TransferSyntaxOf(DICOMFileType theType, const UID* theTransferSyntax)
 {
    switch (theType)
    {
-   case LittleEndianImplicitFile:
-      return TransferSyntaxType::TSLEImplicitUID;
+   case LittleEndianImplicitFile: return TransferSyntaxType::TSLEImplicitUID;
    case GivenOrLittleEndianExplicitFile:
       return theTransferSyntax != nullptr ? theTransferSyntax->ToString() : TransferSyntaxType::TSLEExplicitUID;
-   case BigEndianExplicitFile:
-      return TransferSyntaxType::TSBEExplicitUID;
+   case BigEndianExplicitFile: return TransferSyntaxType::TSBEExplicitUID;
    }
    ThrowSave("DICOMObject::SaveToFile(): Error: Invalid file type specifier argument", TN_INVALID_ARGUMENT);
 }

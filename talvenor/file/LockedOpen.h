@@ -8,9 +8,9 @@
 
 struct TALVENOR_API LockedOpen
 {
-   const char* itsClass;         // texts begin with it: "Part10FileInputStream"
-   const char* itsTracePrefix;   // what trace and log lines name: "DICOMObject::LoadFromFile"
-   LFStream::LockMode itsMode;   // a writer (Exclusive) creates the file if need be, and empties it once it has the lock
+   const char* itsClass;       // texts begin with it: "Part10FileInputStream"
+   const char* itsTracePrefix; // what trace and log lines name: "DICOMObject::LoadFromFile"
+   LFStream::LockMode itsMode; // a writer (Exclusive) creates the file if need be, and empties it once it has the lock
    const RWCString& itsPath;
 
    // Opens and locks theStream. Throws StreamIOException.

@@ -21,7 +21,7 @@ Part10FileInputStream::~Part10FileInputStream()
 
 void Part10FileInputStream::OpenFile()
 {
-   const LockedOpen aFile{ "Part10FileInputStream", "DICOMObject::LoadFromFile", LFStream::Shared, itsPath };
+   const LockedOpen aFile{"Part10FileInputStream", "DICOMObject::LoadFromFile", LFStream::Shared, itsPath};
    aFile.Open(itsStream);
    if (!itsStream.GetFileLength(itsFileSize))
    {
@@ -47,7 +47,7 @@ void Part10FileInputStream::Close()
    {
       return;
    }
-   itsStream.close();   // unlocks first
+   itsStream.close(); // unlocks first
    if (gTNTracer(TNTrace::TNTraceFileIO))
    {
       startentry(gTNTracer) << "Part10FileInputStream::Close() (\"" << itsPath << "\"): File is unlocked.\n"

@@ -60,7 +60,7 @@ unsigned int Part10InputStream::TakePushedBack(unsigned char* theBuffer, unsigne
 unsigned int Part10InputStream::Skip(unsigned int theCount)
 {
    const UINT64 aTarget = itsPosition + theCount;
-   if (CanSeek() && aTarget <= 0xFFFFFFFF)   // a seek beyond would go backwards
+   if (CanSeek() && aTarget <= 0xFFFFFFFF) // a seek beyond would go backwards
    {
       Seek(static_cast<unsigned int>(aTarget));
       return theCount;
@@ -149,7 +149,7 @@ void Part10InputStream::Open(int theForceDefaultVersion, int theTolerant)
    Discard();
    unsigned char aBuffer[kHeaderBufferSize];
    const unsigned int aWanted =
-      itsKnowsFileSize ? std::min<unsigned int>(GetFileSize(), kHeaderBufferSize) : kHeaderBufferSize;
+       itsKnowsFileSize ? std::min<unsigned int>(GetFileSize(), kHeaderBufferSize) : kHeaderBufferSize;
    if (Read(aBuffer, aWanted) != aWanted)
    {
       ThrowOpen("read header: EOF before entire header read", TN_END_OF_FILE);
@@ -196,7 +196,7 @@ void Part10InputStream::ReadMetaInformation(const unsigned char* theHeaderBytes,
 std::unique_ptr<InputTransferSyntax> Part10InputStream::OpenMetaInformation(const unsigned char* theFirstBytes,
                                                                             bool& theIsImplicit)
 {
-   for (const bool isImplicit : { false, true })
+   for (const bool isImplicit : {false, true})
    {
       std::unique_ptr<InputTransferSyntax> aDecoder;
       if (isImplicit)
@@ -217,7 +217,7 @@ std::unique_ptr<InputTransferSyntax> Part10InputStream::OpenMetaInformation(cons
       {
          ThrowOpen("read header: Group 2 group length code missing", TN_PARSE_TO_OBJECT_FAILED);
       }
-      UINT32 aLength = 0;   // only to be readable: it is too often wrong to be relied on
+      UINT32 aLength = 0; // only to be readable: it is too often wrong to be relied on
       if (VRAccessLE(*aVR).GetUINT32(aLength))
       {
          theIsImplicit = isImplicit;
@@ -268,7 +268,7 @@ bool Part10InputStream::IsMetaElementNext()
 std::unique_ptr<InputTransferSyntax> Part10InputStream::CreateDecoder()
 {
    const TransferSyntaxType* const aType =
-      TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(itsTransferSyntaxUID);
+       TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(itsTransferSyntaxUID);
    if (aType == nullptr)
    {
       const RWCString aText = "Unknown transfer syntax type: " + itsTransferSyntaxUID;

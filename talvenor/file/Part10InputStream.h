@@ -36,7 +36,7 @@ public:
    unsigned int GetPushbackLimit() const override { return kPushbackSize - itsPushedBack; }
    unsigned int GetPreferredInputBlockSize() const override;
    void SetPreferredInputBlockSize(unsigned int theSize) override;
-   void Close() override = 0;   // its body, for classes that override it, forgets what was pushed back
+   void Close() override = 0; // its body, for classes that override it, forgets what was pushed back
 
    virtual UINT32 GetFileSize() const = 0;
 
@@ -91,7 +91,7 @@ private:
 
    unsigned int TakePushedBack(unsigned char* theBuffer, unsigned int theCount);
 
-   unsigned char itsPushback[kPushbackSize];   // the bytes stand at its end
+   unsigned char itsPushback[kPushbackSize]; // the bytes stand at its end
    unsigned int itsPushedBack = 0;
    UINT64 itsPosition = 0;
    UINT32 itsHeaderSize = 0;

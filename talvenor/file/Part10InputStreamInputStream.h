@@ -15,7 +15,7 @@ public:
 
    int CanSeek() const override;
    void Close() override;
-   UINT32 GetFileSize() const override;   // 0 when it is not known
+   UINT32 GetFileSize() const override; // 0 when it is not known
 
 protected:
    using Part10InputStream::Open;

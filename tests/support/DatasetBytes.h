@@ -21,14 +21,10 @@ inline const char* TransferSyntaxOf(Encoding theEncoding)
 {
    switch (theEncoding)
    {
-   case Encoding::Implicit:
-      return "1.2.840.10008.1.2";
-   case Encoding::Explicit:
-      return "1.2.840.10008.1.2.1";
-   case Encoding::BigEndian:
-      return "1.2.840.10008.1.2.2";
-   default:
-      return "1.2.840.10008.1.2.4.50";
+   case Encoding::Implicit: return "1.2.840.10008.1.2";
+   case Encoding::Explicit: return "1.2.840.10008.1.2.1";
+   case Encoding::BigEndian: return "1.2.840.10008.1.2.2";
+   default: return "1.2.840.10008.1.2.4.50";
    }
 }
 

@@ -69,10 +69,8 @@ struct UIDKind
    const char* itsText;
 };
 constexpr UIDKind kUIDKinds[] = {
-    {MUIDDictionaryEntry::TS, "transfer syntax"},
-    {MUIDDictionaryEntry::SC, "SOP class"},
-    {MUIDDictionaryEntry::MC, "meta SOP class"},
-    {MUIDDictionaryEntry::SI, "well-known SOP instance"},
+    {MUIDDictionaryEntry::TS, "transfer syntax"},     {MUIDDictionaryEntry::SC, "SOP class"},
+    {MUIDDictionaryEntry::MC, "meta SOP class"},      {MUIDDictionaryEntry::SI, "well-known SOP instance"},
     {MUIDDictionaryEntry::AC, "application context"},
 };
 
