@@ -29,10 +29,14 @@
 #pragma once
 
 #include <functional>
+#include <utility>
+#include <vector>
 
 #include "talvenor/foundation/ErrorDescription.h"
 #include "talvenor/print/AbstractFilmSession.h"
 #include "talvenor/print/PrintMessages.h"
+
+struct PrintOperation;
 
 class TALVENOR_API AbstractPrintManagementMeta : public AbstractFilmSession
 {
@@ -95,9 +99,9 @@ public:
    // Annotation Display Format ID (2010,0030), has. The base has none.
    virtual unsigned int GetAnnotationBoxCount(const RWCString& theFormat);
 
-   // An addition, for SCPs that keep a print before they acknowledge it: asked before the client is told that the film box,
-   // or for null the whole session, is being printed. What it refuses is answered with that status, and not printed. The
-   // base accepts.
+   // An addition, for SCPs that keep a print before they acknowledge it, or have print jobs: asked before the client is told
+   // that the film box, or for null the whole session, is being printed. Its answer is the client's: a refusal is not
+   // printed, and the data set may reference the print job (2100,0500). The base accepts with Success.
    virtual PrintAnswer AcceptPrint(const AbstractFilmBox* theFilmBox);
 
    // SCU. Write brings the printer up to date with the tree: what was sent before is not sent again. The others
@@ -125,7 +129,9 @@ public:
    // SCP: the look-up table or overlay that a film or image box references by this instance; null when there is none.
    const PrintObject* FindStandaloneBox(const UID& theInstance) const;
 
-   // The most that the tree of an SCP may hold, in bytes as encoded.
+   // What the tree of an SCP holds, and the most that it may hold, in bytes as encoded. Once the limit is reached, data sets
+   // are refused unread.
+   UINT64 GetMemoryUse() const;
    void SetMemoryLimit(UINT64 theBytes) { itsMemoryLimit = theBytes; }
 
    // The messages, for hosts that drive them themselves, as an SCP that reports events
@@ -177,6 +183,7 @@ private:
    int DeleteFilmBox(const Request& theRequest, AbstractFilmBox& theFilmBox);
    PrintAnswer MakeFilmBox(const Request& theRequest, DICOMDataObject& theAttributes);
    PrintAnswer CheckFilmBox(const DICOMDataObject& theAttributes) const;
+   PrintAnswer CheckReferencedLUTs(const DICOMDataObject& theAttributes) const;
    PrintAnswer CheckMemory(const DICOMDataObject& theNewOne, UINT16 theStatus) const;
    void MakeBoxes(AbstractFilmBox& theFilmBox, unsigned int theImages, unsigned int theAnnotations);
    UID NewInstanceUID(const UID& theSOPClass);
@@ -185,6 +192,7 @@ private:
                                   const UID& theInstance) const;
    bool IsAnythingBusy() const;
    const StandardAdvancedBox* FindStandaloneMessages(const UID& theSOPClass);
+   PrintAnswer CheckStandaloneBox(const UID& theSOPClass, const DICOMDataObject& theAttributes) const;
    int CreateStandaloneBox(const Request& theRequest, const StandardAdvancedBox& theMessages);
 
    UID itsMetaSOPClass;
@@ -200,5 +208,6 @@ private:
    void* itsPrintJobEventUserArg = nullptr;
    PrintParts<PrintObject> itsStandaloneBoxes; // of an SCP
    UINT64 itsMemoryLimit = kDefaultMemoryLimit;
-   std::vector<UINT16> itsOwedResponses; // Message IDs of requests whose response an event report has overtaken
+   // Message IDs of requests whose response an event report has overtaken.
+   std::vector<std::pair<UINT16, const PrintOperation*>> itsOwedResponses;
 };

@@ -140,6 +140,13 @@ int AbstractPrintManagementMeta::Read(PDU_Service& theService, const DICOMComman
    {
       return aRequest.Refuse(PrintStatus::kInvalidInstance, "SOP instance UID not valid");
    }
+   if (aRequest.HasData() && GetMemoryUse() >= itsMemoryLimit)
+   {
+      return aRequest.Refuse(aService->itsRead == &AbstractPrintManagementMeta::ReadImageBoxRequest
+                                 ? PrintStatus::kNoMemoryForImage
+                                 : PrintStatus::kResourceLimitation,
+                             "No room for more");
+   }
    if (theCommand.HasNonNullAttribute(0, aKind->itsInstance))
    {
       return (this->*aService->itsRead)(aRequest);
@@ -261,12 +268,9 @@ int AbstractPrintManagementMeta::PrintSessionRequest(const Request& theRequest)
    {
       return theRequest.Refuse(PrintStatus::kImageCollision, "Two images have one position");
    }
-   if (const PrintAnswer anAnswer = AcceptPrint(nullptr); !anAnswer.IsDone())
-   {
-      return theRequest.Refuse(anAnswer);
-   }
    DICOMDataObject anInformation;
-   if (!itsFilmSessionMessages.ReadPrint(theRequest.itsService, theRequest.itsCommand, anInformation))
+   if (!itsFilmSessionMessages.ReadPrint(theRequest.itsService, theRequest.itsCommand, anInformation,
+                                         [&](DICOMDataObject&) { return AcceptPrint(nullptr); }))
    {
       return 0;
    }
@@ -290,9 +294,9 @@ int AbstractPrintManagementMeta::DeleteSession(const Request& theRequest)
    return itsFilmSessionMessages.ReadDelete(theRequest.itsService, theRequest.itsCommand);
 }
 
-PrintAnswer AbstractPrintManagementMeta::CheckMemory(const DICOMDataObject& theNewOne, UINT16 theStatus) const
+UINT64 AbstractPrintManagementMeta::GetMemoryUse() const
 {
-   UINT64 aSize = SizeOf(theNewOne) + SizeOf(static_cast<const DICOMObject&>(*this));
+   UINT64 aSize = SizeOf(static_cast<const DICOMObject&>(*this));
    for (const auto& aFilmBox : GetFilmBoxes())
    {
       aSize += SizeOf(*aFilmBox);
@@ -301,7 +305,12 @@ PrintAnswer AbstractPrintManagementMeta::CheckMemory(const DICOMDataObject& theN
    {
       aSize += SizeOf(static_cast<const DICOMObject&>(*aBox));
    }
-   if (aSize > itsMemoryLimit)
+   return aSize;
+}
+
+PrintAnswer AbstractPrintManagementMeta::CheckMemory(const DICOMDataObject& theNewOne, UINT16 theStatus) const
+{
+   if (SizeOf(theNewOne) + GetMemoryUse() > itsMemoryLimit)
    {
       return {theStatus, "The print session has become too large", {}};
    }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "talvenor/print/BasicImageCheck.h"
+#include "talvenor/print/PresentationLUTCheck.h"
 #include "talvenor/print/PrintReferences.h"
 #include "talvenor/print/PrintRequest.h"
 
@@ -39,6 +40,10 @@ int AbstractPrintManagementMeta::ReadImageBoxRequest(const Request& theRequest)
    return ReadBox(theRequest.itsService, theRequest.itsCommand, aChanges, [&](DICOMDataObject& theDataset) {
       const auto aCount = static_cast<unsigned int>(aFilmBox->GetImageBoxes().size());
       PrintAnswer anAnswer = CheckBasicImageBox(theDataset, theRequest.itsSOPClass, aCount);
+      if (anAnswer.IsDone())
+      {
+         anAnswer = CheckReferencedLUTs(theDataset);
+      }
       if (anAnswer.IsDone())
       {
          anAnswer = CheckMemory(theDataset, PrintStatus::kNoMemoryForImage);
@@ -125,13 +130,21 @@ int AbstractPrintManagementMeta::ReadStandaloneBoxRequest(const Request& theRequ
    }
    DICOMDataObject aChanges;
    return aMessages.ReadSet(theRequest.itsService, theRequest.itsCommand, aChanges, [&](DICOMDataObject& theDataset) {
-      PrintAnswer anAnswer = CheckMemory(theDataset, PrintStatus::kResourceLimitation);
+      PrintAnswer anAnswer = CheckStandaloneBox(theRequest.itsSOPClass, theDataset);
       if (anAnswer.IsDone())
       {
          aBox->Merge(theDataset);
       }
       return anAnswer;
    });
+}
+
+PrintAnswer AbstractPrintManagementMeta::CheckStandaloneBox(const UID& theSOPClass,
+                                                            const DICOMDataObject& theAttributes) const
+{
+   PrintAnswer anAnswer =
+       theSOPClass == PrintSOPClass::kPresentationLUT ? CheckPresentationLUT(theAttributes) : PrintAnswer();
+   return anAnswer.IsDone() ? CheckMemory(theAttributes, PrintStatus::kResourceLimitation) : anAnswer;
 }
 
 int AbstractPrintManagementMeta::CreateStandaloneBox(const Request& theRequest, const StandardAdvancedBox& theMessages)
@@ -151,9 +164,9 @@ int AbstractPrintManagementMeta::CreateStandaloneBox(const Request& theRequest, 
    DICOMDataObject anAttributes;
    return theMessages.ReadCreate(
        theRequest.itsService, theRequest.itsCommand, anAttributes, [&](DICOMDataObject& theDataset) {
-          PrintAnswer anAnswer = CheckMemory(theDataset, PrintStatus::kResourceLimitation);
+          PrintAnswer anAnswer = CheckStandaloneBox(theRequest.itsSOPClass, theDataset);
           const bool isPresentationLUT = theRequest.itsSOPClass == PrintSOPClass::kPresentationLUT;
-          if (isPresentationLUT && !theDataset.HasNonNullAttribute(0x2050, 0x0010) &&
+          if (anAnswer.IsDone() && isPresentationLUT && !theDataset.HasNonNullAttribute(0x2050, 0x0010) &&
               !theDataset.HasNonNullAttribute(0x2050, 0x0020)) // PS3.3 C.11.4: a sequence or a shape
           {
              anAnswer = {

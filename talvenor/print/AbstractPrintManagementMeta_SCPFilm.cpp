@@ -122,9 +122,16 @@ PrintAnswer AbstractPrintManagementMeta::CheckFilmBox(const DICOMDataObject& the
          return {PrintStatus::kInvalidValue, "Another film session", {PrintTag::kReferencedFilmSession}};
       }
    }
+   return CheckReferencedLUTs(theAttributes);
+}
+
+// Of a film box or an image box.
+PrintAnswer AbstractPrintManagementMeta::CheckReferencedLUTs(const DICOMDataObject& theAttributes) const
+{
    for (const PrintReference& aReference : ReadReferences(theAttributes, PrintTag::kReferencedPresentationLUTs))
    {
-      if (FindStandaloneBox(aReference.itsSOPInstance) == nullptr)
+      const PrintObject* const aLUT = FindStandaloneBox(aReference.itsSOPInstance);
+      if (aLUT == nullptr || aLUT->GetSOPClassUID() != PrintSOPClass::kPresentationLUT)
       {
          return {PrintStatus::kInvalidValue, "No such presentation LUT", {PrintTag::kReferencedPresentationLUTs}};
       }
@@ -212,12 +219,9 @@ int AbstractPrintManagementMeta::PrintFilmBoxRequest(const Request& theRequest, 
    {
       return theRequest.Refuse(PrintStatus::kImageCollision, "Two images have one position");
    }
-   if (const PrintAnswer anAnswer = AcceptPrint(&theFilmBox); !anAnswer.IsDone())
-   {
-      return theRequest.Refuse(anAnswer);
-   }
    DICOMDataObject anInformation;
-   if (!itsFilmBoxMessages.ReadPrint(theRequest.itsService, theRequest.itsCommand, anInformation))
+   if (!itsFilmBoxMessages.ReadPrint(theRequest.itsService, theRequest.itsCommand, anInformation,
+                                     [&](DICOMDataObject&) { return AcceptPrint(&theFilmBox); }))
    {
       return 0;
    }

@@ -3,10 +3,9 @@
 
 #include <functional>
 
+#include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dictionary/MAttributeTag.h"
 #include "talvenor/foundation/BasicTypes.h"
-
-class DICOMDataObject;
 
 struct PrintAnswer
 {
@@ -20,6 +19,7 @@ struct PrintAnswer
    {
       return itsStatus == 0 || itsStatus == 0x0107 || itsStatus == 0x0116 || (itsStatus & 0xF000) == 0xB000;
    }
+   bool HasDataset() const { return itsDataset != nullptr && !itsDataset->IsEmpty(); }
 };
 
 // Carries a request out, once its data set has been read, and says what to answer. Called with that data set, which is

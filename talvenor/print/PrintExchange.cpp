@@ -23,7 +23,6 @@ PrintExchange::Outcome PrintExchange::Run(
    const UINT16 aRequestID = LastMessageIDOfThread();
    if (!ReadNextCommand(aRequestID))
    {
-      Report(__LINE__, itsOperation.itsReadFailed, ErrorDescription::ReadFailed, ErrorDescription::PDURead);
       return Failed;
    }
    if (!IsMessage(itsCommand, itsOperation.itsResponseField))
@@ -43,41 +42,61 @@ PrintExchange::Outcome PrintExchange::Run(
 
 bool PrintExchange::ReadNextCommand(UINT16 theRequestID)
 {
-   do
+   for (;;)
    {
       itsCommand.Reset();
       if (!itsService.Read(itsCommand))
       {
+         Report(__LINE__, itsOperation.itsReadFailed, ErrorDescription::ReadFailed, ErrorDescription::PDURead);
          return false;
       }
-   } while (TakeOwedResponse(theRequestID));
-   return true;
+      const PrintOperation* const anEarlier = TakeOwedResponse(theRequestID);
+      if (anEarlier == nullptr)
+      {
+         return true;
+      }
+      if (!IsOwedResponseFine(*anEarlier))
+      {
+         itsMeta.itsOwedResponses.emplace_back(theRequestID, &itsOperation);
+         return false;
+      }
+   }
 }
 
-// The response of an earlier request that an event report has overtaken: taken for the present one, it would put every
-// later response one place off.
-bool PrintExchange::TakeOwedResponse(UINT16 theRequestID)
+// What an earlier request asked for, when this is its response, which an event report has overtaken: taken for the present
+// one, it would put every later response one place off.
+const PrintOperation* PrintExchange::TakeOwedResponse(UINT16 theRequestID)
 {
    UINT16 anAnswered = 0;
    if (!itsCommand.GetUINT16(0, CommandElement::MessageIDBeingRespondedTo, anAnswered) || anAnswered == theRequestID)
    {
-      return false;
+      return nullptr;
    }
    auto& anOwed = itsMeta.itsOwedResponses;
-   const auto aPlace = std::find(anOwed.begin(), anOwed.end(), anAnswered);
+   const auto aPlace =
+       std::find_if(anOwed.begin(), anOwed.end(), [&](const auto& theOne) { return theOne.first == anAnswered; });
    if (aPlace == anOwed.end())
    {
-      return false;
+      return nullptr;
    }
+   const PrintOperation* const anOperation = aPlace->second;
    anOwed.erase(aPlace);
-   return true;
+   return anOperation;
+}
+
+// The operation has long returned as if it had succeeded. That it has not is told all the same: the film would be printed
+// without the image that the printer refused.
+bool PrintExchange::IsOwedResponseFine(const PrintOperation& theOperation)
+{
+   const UINT16 aStatus = itsCommand.GetUINT16(0, CommandElement::Status);
+   return aStatus == 0 || ReportStatus(__LINE__, theOperation, aStatus) == Done;
 }
 
 PrintExchange::Outcome PrintExchange::TakeOtherMessage(UINT16 theRequestID)
 {
    if (itsMeta.ReadEventReport(itsService, itsCommand))
    {
-      itsMeta.itsOwedResponses.push_back(theRequestID);
+      itsMeta.itsOwedResponses.emplace_back(theRequestID, &itsOperation);
       return Overtaken;
    }
    Report(__LINE__, itsOperation.itsUnexpected, ErrorDescription::UnexpectedResponse, itsOperation.itsRead, 0, true);
@@ -95,18 +114,29 @@ PrintExchange::Outcome PrintExchange::TakeStatus()
    {
       return Done;
    }
-   const PrintStatusDescription aDescription = DescribePrintStatus(itsOperation.itsColumn, aStatus);
-   return Report(__LINE__, aDescription.itsText, aDescription.itsType, itsOperation.itsRead, aStatus, true);
+   return ReportStatus(__LINE__, itsOperation, aStatus);
 }
 
-// What the callback makes of it.
 PrintExchange::Outcome PrintExchange::Report(int theLine, const char* theMessage, ErrorDescription::ErrorType theType,
                                              ErrorDescription::Operation theOperation, UINT16 theStatus,
                                              bool theHasResponse)
 {
    const DICOMObject* const aCommand = theHasResponse ? &itsCommand : nullptr;
    const DICOMObject* const aDataset = theHasResponse && !itsDataset.IsEmpty() ? &itsDataset : nullptr;
-   const ErrorDescription anError("printsop", theLine, itsOperation.itsClass, itsOperation.itsMethod, theMessage,
-                                  theType, theOperation, theStatus, aCommand, aDataset);
-   return itsMeta.ErrorCallback(anError) ? Done : Failed;
+   return Report(ErrorDescription("printsop", theLine, itsOperation.itsClass, itsOperation.itsMethod, theMessage,
+                                  theType, theOperation, theStatus, aCommand, aDataset));
+}
+
+PrintExchange::Outcome PrintExchange::ReportStatus(int theLine, const PrintOperation& theOperation, UINT16 theStatus)
+{
+   const PrintStatusDescription aDescription = DescribePrintStatus(theOperation.itsColumn, theStatus);
+   return Report(ErrorDescription("printsop", theLine, theOperation.itsClass, theOperation.itsMethod,
+                                  aDescription.itsText, aDescription.itsType, theOperation.itsRead, theStatus,
+                                  &itsCommand, itsDataset.IsEmpty() ? nullptr : &itsDataset));
+}
+
+// What the callback makes of it.
+PrintExchange::Outcome PrintExchange::Report(const ErrorDescription& theError)
+{
+   return itsMeta.ErrorCallback(theError) ? Done : Failed;
 }

@@ -50,11 +50,14 @@ public:
 
 private:
    bool ReadNextCommand(UINT16 theRequestID);
-   bool TakeOwedResponse(UINT16 theRequestID);
+   const PrintOperation* TakeOwedResponse(UINT16 theRequestID);
+   bool IsOwedResponseFine(const PrintOperation& theOperation);
    Outcome TakeOtherMessage(UINT16 theRequestID);
    Outcome TakeStatus();
    Outcome Report(int theLine, const char* theMessage, ErrorDescription::ErrorType theType,
                   ErrorDescription::Operation theOperation, UINT16 theStatus = 0, bool theHasResponse = false);
+   Outcome ReportStatus(int theLine, const PrintOperation& theOperation, UINT16 theStatus);
+   Outcome Report(const ErrorDescription& theError);
 
    const PrintOperation& itsOperation;
    PDU_Service& itsService;

@@ -131,7 +131,7 @@ template <class Response>
 int SendAnswer(const Response& theResponse, PDU_Service& theService, const DICOMCommandObject& theRequest,
                const UID& theInstance, const PrintAnswer& theAnswer)
 {
-   const int isSent = theAnswer.itsDataset != nullptr && !theAnswer.itsDataset->IsEmpty()
+   const int isSent = theAnswer.HasDataset()
                           ? theResponse.Write(theService, theRequest, theInstance, *theAnswer.itsDataset,
                                               theAnswer.itsStatus, theAnswer.itsComment, theAnswer.itsOffending)
                           : theResponse.Write(theService, theRequest, theInstance, theAnswer.itsStatus,

@@ -86,9 +86,24 @@ int StandardFilm::ReadSet(PDU_Service& theService, const DICOMCommandObject& the
 int StandardFilm::ReadPrint(PDU_Service& theService, const DICOMCommandObject& theRequest,
                             DICOMDataObject& theTarget) const
 {
+   return ReadPrint(theService, theRequest, theTarget, nullptr);
+}
+
+int StandardFilm::ReadPrint(PDU_Service& theService, const DICOMCommandObject& theRequest, DICOMDataObject& theTarget,
+                            const PrintDecision& theDecision) const
+{
    UID anInstance;
-   return TakeInstance(*this, kNAction, theRequest, anInstance) && NActionRQ::Read(theRequest, theService, theTarget) &&
-          NActionRSP::Write(theService, theRequest, anInstance, kPrintAction, 0);
+   if (!TakeInstance(*this, kNAction, theRequest, anInstance) || !NActionRQ::Read(theRequest, theService, theTarget))
+   {
+      return 0;
+   }
+   const PrintAnswer anAnswer = theDecision ? theDecision(theTarget) : PrintAnswer();
+   const int isSent = anAnswer.HasDataset()
+                          ? NActionRSP::Write(theService, theRequest, anInstance, *anAnswer.itsDataset, kPrintAction,
+                                              anAnswer.itsStatus, anAnswer.itsComment, anAnswer.itsOffending)
+                          : NActionRSP::Write(theService, theRequest, anInstance, kPrintAction, anAnswer.itsStatus,
+                                              anAnswer.itsComment, anAnswer.itsOffending);
+   return isSent && anAnswer.IsDone();
 }
 
 int StandardFilm::ReadDelete(PDU_Service& theService, const DICOMCommandObject& theRequest) const

@@ -58,6 +58,8 @@ public:
 
    // The action with Action Type ID 1; which one theRequest asks for is left to the caller.
    int ReadPrint(PDU_Service& theService, const DICOMCommandObject& theRequest, DICOMDataObject& theTarget) const;
+   int ReadPrint(PDU_Service& theService, const DICOMCommandObject& theRequest, DICOMDataObject& theTarget,
+                 const PrintDecision& theDecision) const;
    int ReadDelete(PDU_Service& theService, const DICOMCommandObject& theRequest) const;
 
    // Whichever of the four theRequest is.

@@ -77,6 +77,18 @@ std::string ImageBox(const Image& theImage, UINT16 thePosition = 1)
 {
    return Number(0x20200010, thePosition) + Sequence(0x20200110, {theImage.Bytes()});
 }
+// The request to make a presentation LUT of one table with that descriptor and so many bytes of data.
+std::string TableRequest(const std::vector<UINT16>& theDescriptor, std::size_t theBytes)
+{
+   DatasetBytes aDescriptor;
+   for (const UINT16 aNumber : theDescriptor)
+   {
+      aDescriptor.Number(aNumber, 2);
+   }
+   const std::string aTable = DatasetBytes().Element(0x00283002, "US", aDescriptor.Bytes()).Bytes() +
+                              DatasetBytes().Element(0x00283006, "OW", std::string(theBytes, 'x')).Bytes();
+   return Request(0x0140, kLUT, "1.4", Sequence(0x20500010, {aTable}));
+}
 const std::string kPrint = US(0x1008, 1);
 
 struct Step
@@ -163,6 +175,17 @@ TEST(AbstractPrintManagementMeta_SCP, RefusesWithTheRightStatusAndLeavesTheTree)
         {"session with an instance that is none", Request(0x0140, kSession, "1..2"), 0, 0x0117, "-"},
         {"LUT without contents", Request(0x0140, kLUT, "1.4"), 0, 0x0120, "-"},
         {"LUT with neither LUT nor shape", Request(0x0140, kLUT, "1.4", Film("X")), 0, 0x0120, "-"},
+        {"LUT of no known shape", Request(0x0140, kLUT, "1.4", Text(0x20500020, "CS", "STEEP")), 0, 0x0106, "-"},
+        {"LUT without table", Request(0x0140, kLUT, "1.4", Sequence(0x20500010, {})), 0, 0x0121, "-"},
+        {"LUT with an empty table", Request(0x0140, kLUT, "1.4", Sequence(0x20500010, {""})), 0, 0x0120, "-"},
+        {"LUT of 65536 entries that are not there", TableRequest({0, 0, 12}, 2), 0, 0x0106, "-"},
+        {"LUT of fewer entries than there are", TableRequest({2, 0, 12}, 512), 0, 0x0106, "-"},
+        {"LUT that begins at 5", TableRequest({2, 5, 12}, 4), 0, 0x0106, "-"},
+        {"LUT of 60 bits", TableRequest({2, 0, 60}, 4), 0, 0x0106, "-"},
+        {"LUT with half a descriptor", TableRequest({2, 0}, 4), 0, 0x0106, "-"},
+        {"LUT", TableRequest({2, 0, 12}, 4), 1, 0, "-"},
+        {"LUT goes wrong", Request(0x0120, kLUT, "1.4", Text(0x20500020, "CS", "STEEP")), 0, 0x0106, "-"},
+        {"LUT goes", Request(0x0150, kLUT, "1.4"), 1, 0, "-"},
         {"session", Request(0x0140, kSession, "1.5"), 1, 0, "S1.5"},
         {"session, again", Request(0x0140, kSession, "1.5"), 0, 0x0111, ""},
         {"another session", Request(0x0140, kSession, "1.55"), 0, 0x0213, ""},
@@ -183,6 +206,8 @@ TEST(AbstractPrintManagementMeta_SCP, RefusesWithTheRightStatusAndLeavesTheTree)
         {"changes without data set", Request(0x0120, kFilm, "1.6"), 0, 0x0120, ""},
         {"foreign image box", Request(0x0120, kGray, "1.99", ImageBox({})), 0, 0x0112, ""},
         {"no instance", Request(0x0120, kGray, "", ImageBox({})), 0, 0x0117, ""},
+        {"image box with a LUT that is not there",
+         Request(0x0120, kGray, "1.2.3", Sequence(0x20500500, {Reference(kLUT, "1.4")})), 0, 0x0106, ""},
         {"no position", Request(0x0120, kGray, "1.2.3", ImageBox({}, 2)), 0, 0x0106, ""},
         {"too few pixels", Request(0x0120, kGray, "1.2.3", ImageBox({.itsRows = 60000})), 0, 0x0106, ""},
         {"too many pixels", Request(0x0120, kGray, "1.2.3", ImageBox({.itsPixelBytes = 6})), 0, 0x0106, ""},
@@ -221,8 +246,11 @@ TEST(AbstractPrintManagementMeta_SCP, LeavesAloneWhatIsBeingPrintedAndBoundsWhat
                 {"film goes", Request(0x0150, kFilm, "1.6"), 0, 0x0213, ""},
                 {"session goes", Request(0x0150, kSession, "1.5"), 0, 0x0213, ""}});
    aHost.GetFilmBoxes()[0]->ClearBusy();
-   aHost.SetMemoryLimit(400);
+   aHost.SetMemoryLimit(aHost.GetMemoryUse() + 100);
    Play(aHost, {{"too large", anImage, 0, 0xC605, ""}});
+   aHost.SetMemoryLimit(aHost.GetMemoryUse());
+   Play(aHost, {{"too large, unread", anImage, 0, 0xC605, ""},
+                {"film changes, unread", Request(0x0120, kFilm, "1.6", Film("STANDARD\\1,2")), 0, 0x0213, ""}});
    aHost.SetMemoryLimit(100000);
    Play(aHost, {{"image", anImage, 1, 0, "S1.5[1.6 { 1.2.3+ 1.2.4}]"},
                 {"second image in the same place", Request(0x0120, kGray, "1.2.4", ImageBox({})), 1, 0,
@@ -239,6 +267,30 @@ TEST(AbstractPrintManagementMeta_SCP, LeavesAloneWhatIsBeingPrintedAndBoundsWhat
       aHost.Add(new AbstractFilmBox(aHost));
    }
    Play(aHost, {{"too many films", Request(0x0140, kFilm, "1.7", Film("SLIDE")), 0, 0x0213, ""}});
+}
+
+TEST(AbstractPrintManagementMeta_SCP, TellsThePrintJobThatTheHostNames)
+{
+   Host aHost;
+   Play(aHost, {{"session", Request(0x0140, kSession, "1.5"), 1, 0, "S1.5"},
+                {"film", Request(0x0140, kFilm, "1.6", Film("SLIDE")), 1, 0, "S1.5[1.6 { 1.2.3}]"}});
+   DICOMDataObject aReply;
+   aReply.AddReferenceSequence(0x2100, 0x0500, kJob, "2.9");
+   for (const UINT16 aStatus : {0, 0xB603}) // with a warning, too
+   {
+      aHost.itsPrintAnswer = {aStatus, "", {}, &aReply};
+      MemoryAssociation aService(kMeta, Request(0x0130, kFilm, "1.6", "", kPrint));
+      DICOMCommandObject aCommand;
+      ASSERT_TRUE(aService.ReadCommand(aCommand) && aHost.Read(aService, aCommand));
+      MemoryAssociation aClient(kMeta, aService.Sent());
+      DICOMDataObject aDataset;
+      ASSERT_TRUE(aClient.ReadCommand(aCommand) && aClient.Read(aDataset));
+      EXPECT_EQ(aCommand.GetUINT16(0, 0x0900), aStatus);
+      ASSERT_NE(aDataset.GetVR(0x2100, 0x0500), nullptr);
+      EXPECT_EQ(UIDIn(*aDataset.GetVR(0x2100, 0x0500)->GetAsSequenceVR()->GetSequenceArray()->front(), 8, 0x1155),
+                "2.9");
+   }
+   EXPECT_EQ(aHost.itsNotes.size(), 2u);
 }
 
 TEST(AbstractPrintManagementMeta_SCP, TellsOfThePrinterWhatIsAskedFor)

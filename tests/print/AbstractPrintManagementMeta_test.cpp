@@ -259,6 +259,7 @@ TEST(AbstractPrintManagementMeta, HandlesAnEventThatComesBeforeAResponse)
    MemoryAssociation anOther(kMeta);
    ASSERT_TRUE(Echo().Write(anOther, aLastID));
    Host aHost;
+   aHost.itsTolerance = 1;
    EXPECT_EQ(aHost.SetPrinterEventUserArg(&aHost), nullptr);
    // The event overtakes the response to the first request, which is not to be taken for that to the second.
    MemoryAssociation aService(kMeta, kEvent + Response(0x8120, 0xC605, "", "", static_cast<UINT16>(aLastID + 1)) +
@@ -268,11 +269,12 @@ TEST(AbstractPrintManagementMeta, HandlesAnEventThatComesBeforeAResponse)
    DICOMDataObject aBox;
    EXPECT_EQ(aHost.WriteBox(aService, "1.9", aBox), 1);
    EXPECT_EQ(aHost.WriteBox(aService, "1.8", aBox), 1);
-   EXPECT_EQ(aHost.itsNotes, Notes{"printer event 2 SUPPLY LOW mine"});
+   EXPECT_EQ(aHost.itsNotes, (Notes{"printer event 2 SUPPLY LOW mine",
+                                    "StandardBox::Write: Insufficient memory in printer to store image (26, 8)"}));
    DICOMCommandObject aCommand;
    ASSERT_TRUE(aService.ReadCommand(aCommand));
    EXPECT_EQ(aHost.ReadEventReport(aService, aCommand), 1) << "of a job that nobody knows: answered, nobody called";
-   EXPECT_EQ(aHost.itsNotes.size(), 1u);
+   EXPECT_EQ(aHost.itsNotes.size(), 2u);
    EXPECT_EQ(CommandsIn(aService.Sent()), (Notes{"0120 " + kGray + " 1.9", "8100 " + kPrinter + " " + kPrinterInstance,
                                                  "0120 " + kGray + " 1.8", "8100 " + kJob + " 7.7"}));
 }
