@@ -106,6 +106,10 @@ Archive::Archive(const Settings& theSettings)
     : itsSettings(theSettings), itsFolder(theSettings.itsFolder, true), itsSpoolFolder(itsFolder.OpenSpoolFolder())
 {
    itsFolder.EmptySpoolFolder();
+   if (itsSettings.itsSynchronising != Synchronising::kNone)
+   {
+      itsFolder.SynchroniseAll(); // an instance that is sent again is answered for by the file that is there
+   }
    MakeIndexAgree(itsFolder);
    Index::FolderAction anAction;
    if (itsSettings.itsSynchronising == Synchronising::kGroup)
@@ -123,10 +127,11 @@ Archive::~Archive()
    {
       if (isWhole)
       {
+         itsFolder.SynchroniseAll(); // the index must not know files that a power cut takes away
          IndexDatabase(itsFolder.GetIndexPath()).SetAgreesWithFiles(true);
       }
    }
-   catch (const SQLiteFailure& anError)
+   catch (const std::runtime_error& anError) // SQLiteFailure, SystemFailure
    {
       Tell(std::string("index: ") + anError.what()); // the next start repairs it
    }
@@ -139,24 +144,7 @@ bool Archive::Keep(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedIns
       const StoredPath aPath = StoredPath::Of(theInstance.itsKeys);
       const Claim aClaim(*this, theInstance.itsKeys[Key::kSOPInstance]);
       theInstance.itsPath = aPath.GetText();
-      const Placed aPlace = Place(theFile, theDatasetStart, theInstance, aPath);
-      if (aPlace == Placed::kWasThere)
-      {
-         return false;
-      }
-      try
-      {
-         AddToIndex(std::move(theInstance), aPath);
-      }
-      catch (...)
-      {
-         if (aPlace == Placed::kNew)
-         {
-            itsFolder.Remove(aPath);
-         }
-         throw;
-      }
-      return true;
+      return KeepClaimed(theFile, theDatasetStart, std::move(theInstance), aPath);
    }
    catch (const std::invalid_argument& anError)
    {
@@ -172,16 +160,17 @@ bool Archive::Keep(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedIns
    }
 }
 
-Archive::Placed Archive::Place(SpoolFile& theFile, std::uint64_t theDatasetStart, const IndexedInstance& theInstance,
-                               const StoredPath& thePath)
+bool Archive::KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance theInstance,
+                          const StoredPath& thePath)
 {
-   std::optional<std::string> aStored = itsIndex->Find(theInstance.itsKeys[Key::kSOPInstance]);
+   const std::optional<std::string> aStored = itsIndex->Find(theInstance.itsKeys[Key::kSOPInstance]);
    if (aStored && IsEqual(*aStored, theFile, theDatasetStart, theInstance.itsTransferSyntax))
    {
-      return Placed::kWasThere;
+      return false;
    }
    const bool replaces = itsSettings.itsDuplicates == Duplicates::kReplace;
-   const bool isThere = aStored && std::filesystem::exists(GetFullPath(*aStored));
+   const std::string anOldPath = aStored ? GetFullPath(*aStored) : "";
+   const bool isThere = aStored && std::filesystem::exists(anOldPath);
    if (isThere && !replaces)
    {
       throw StoreRefusal(StoreStatus::kDuplicateInstance, kOther);
@@ -190,20 +179,27 @@ Archive::Placed Archive::Place(SpoolFile& theFile, std::uint64_t theDatasetStart
    {
       theFile.Synchronise();
    }
-   if (!theFile.MoveTo(itsFolder.OpenFolderOf(thePath), thePath.GetFile(), replaces))
+   const bool isElsewhere = isThere && *aStored != theInstance.itsPath;
+   const Descriptor aFolder = itsFolder.OpenFolderOf(thePath);
+   if (!theFile.MoveTo(aFolder, thePath.GetFile(), replaces) &&
+       !IsEqual(theInstance.itsPath, theFile, theDatasetStart, theInstance.itsTransferSyntax))
    {
-      // Not in the index: somebody has put it there.
-      if (!IsEqual(thePath.GetText(), theFile, theDatasetStart, theInstance.itsTransferSyntax))
-      {
-         throw StoreRefusal(StoreStatus::kDuplicateInstance, kOther);
-      }
-      return Placed::kInPlace;
+      throw StoreRefusal(StoreStatus::kDuplicateInstance, kOther); // not in the index: somebody has put it there
    }
-   if (isThere && *aStored != theInstance.itsPath)
+   try
    {
-      std::filesystem::remove(GetFullPath(*aStored));
+      AddToIndex(std::move(theInstance), thePath);
    }
-   return isThere ? Placed::kInPlace : Placed::kNew;
+   catch (...)
+   {
+      theFile.MoveBack(aFolder, thePath.GetFile());
+      throw;
+   }
+   if (isElsewhere)
+   {
+      ::unlink(anOldPath.c_str()); // a start sets aside what stays
+   }
+   return true;
 }
 
 bool Archive::IsEqual(const std::string& thePath, const SpoolFile& theFile, std::uint64_t theDatasetStart,

@@ -65,17 +65,11 @@ public:
 
 private:
    class Claim;
-   enum class Placed
-   {
-      kWasThere,
-      kNew,
-      kInPlace // of a file that was there
-   };
 
    bool IsEqual(const std::string& thePath, const SpoolFile& theFile, std::uint64_t theDatasetStart,
                 const std::string& theTransferSyntax) const;
-   Placed Place(SpoolFile& theFile, std::uint64_t theDatasetStart, const IndexedInstance& theInstance,
-                const StoredPath& thePath);
+   bool KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance theInstance,
+                    const StoredPath& thePath);
    void Synchronise(const std::set<std::string>& theFolders) const;
    void AddToIndex(IndexedInstance theInstance, const StoredPath& thePath);
 

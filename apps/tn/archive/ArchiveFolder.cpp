@@ -113,6 +113,15 @@ void ArchiveFolder::Synchronise(const std::string& theName) const
    }
 }
 
+// Of the whole file system, as nobody knows what an earlier process has left.
+void ArchiveFolder::SynchroniseAll() const
+{
+   if (::syncfs(itsFolder.Get()) != 0)
+   {
+      throw SystemFailure(itsPath + ": cannot be written to the disk");
+   }
+}
+
 void ArchiveFolder::EmptySpoolFolder() const
 {
    const Descriptor aFolder = OpenSpoolFolder();
@@ -185,12 +194,17 @@ void ArchiveFolder::Repair(IndexDatabase& theIndex, const std::function<void(con
       const std::size_t aStart = thePath.rfind('/') + 1;
       const std::string aUID =
           thePath.ends_with(kSuffix) ? thePath.substr(aStart, thePath.size() - aStart - kSuffix.size()) : "";
-      if (theIndex.Find(aUID) == thePath)
+      const std::optional<std::string> aKnown = theIndex.Find(aUID);
+      if (aKnown == thePath)
       {
          return;
       }
       try
       {
+         if (aKnown && ::faccessat(itsFolder.Get(), aKnown->c_str(), F_OK, 0) == 0)
+         {
+            throw std::runtime_error("the instance is stored as " + *aKnown);
+         }
          theIndex.Add(Read(thePath, true));
       }
       catch (const SQLiteFailure&)
@@ -223,9 +237,4 @@ void ArchiveFolder::SetAside(const std::string& thePath) const
    std::string aName = thePath;
    std::replace(aName.begin(), aName.end(), '/', ',');
    ::renameat(itsFolder.Get(), thePath.c_str(), aFolder.Get(), aName.c_str());
-}
-
-void ArchiveFolder::Remove(const StoredPath& thePath) const
-{
-   ::unlinkat(itsFolder.Get(), thePath.GetText().c_str(), 0);
 }

@@ -27,6 +27,9 @@ public:
    // A folder's entries are on the disk when this returns. theName is "" for the archive itself.
    void Synchronise(const std::string& theName) const;
 
+   // All that there is in it is on the disk when this returns, whoever has written it, and the folder itself.
+   void SynchroniseAll() const;
+
    // Removes the files of the spool folder, which nobody is writing any more.
    void EmptySpoolFolder() const;
 
@@ -39,8 +42,6 @@ public:
 
    // Makes theIndex agree with the files. Those that cannot be read are set aside. theTell gets a line for each of these.
    void Repair(IndexDatabase& theIndex, const std::function<void(const std::string& theText)>& theTell) const;
-
-   void Remove(const StoredPath& thePath) const;
 
 private:
    void SetAside(const std::string& thePath) const;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <iostream>
+#include <new>
 
 namespace
 {
@@ -14,6 +15,18 @@ constexpr std::chrono::seconds kLongestWait{IndexDatabase::kBusySeconds};
 
 // A transaction costs as much as adding ten instances. Nobody waits for those without tickets.
 constexpr std::chrono::milliseconds kGathering{50};
+
+constexpr char kNoMemory[] = "no memory"; // short enough for a std::string that needs none
+
+void Tell(const std::string& theFault) noexcept
+{
+   try
+   {
+      std::cerr << "tn serve: " + theFault + "\n" << std::flush;
+   }
+   catch (const std::bad_alloc&)
+   {} // the senders are told
+}
 
 std::size_t SizeOf(const IndexedInstance& theInstance)
 {
@@ -47,11 +60,23 @@ void Index::Add(IndexedInstance theInstance, const std::string& theFolder, Ticke
    {
       throw SQLiteFailure("the index is locked or too slow", 0);
    }
-   itsPaths[theInstance.itsKeys[Key::kSOPInstance]] = theInstance.itsPath;
+   const std::size_t aSize = SizeOf(theInstance);
+   std::string aPath = theInstance.itsPath;
+   itsList.push_back({std::move(theInstance), theFolder, theTicket});
+   try
+   {
+      Pending& aPending = itsPaths[itsList.back().itsInstance.itsKeys[Key::kSOPInstance]];
+      aPending.itsPath = std::move(aPath);
+      ++aPending.itsCount;
+   }
+   catch (...)
+   {
+      itsList.pop_back();
+      throw;
+   }
    ++itsAdded;
    ++itsWaiting;
-   itsWaitingBytes += SizeOf(theInstance);
-   itsList.push_back({std::move(theInstance), theFolder, theTicket});
+   itsWaitingBytes += aSize;
    itsTickets += theTicket != nullptr;
    if (theTicket != nullptr || itsList.size() == 1 || itsList.size() == kFullBatch)
    {
@@ -72,7 +97,7 @@ std::optional<std::string> Index::Find(const std::string& theSOPInstanceUID)
       const auto aPlace = itsPaths.find(theSOPInstanceUID);
       if (aPlace != itsPaths.end())
       {
-         return aPlace->second;
+         return aPlace->second.itsPath;
       }
    }
    const std::lock_guard aLock(itsReaderMutex);
@@ -95,7 +120,18 @@ void Index::Run()
 {
    while (AwaitBatch())
    {
-      AddBatch();
+      std::string aFault;
+      try
+      {
+         TakeList();
+         aFault = TryAddBatch();
+      }
+      catch (const std::bad_alloc&)
+      {
+         itsWriter.RollBack();
+         aFault = kNoMemory;
+      }
+      Settle(aFault);
    }
 }
 
@@ -108,17 +144,24 @@ bool Index::AwaitBatch()
       return itsIsEnding || itsTickets != 0 || itsFlushes != 0 || itsList.size() >= kFullBatch;
    };
    itsWork.wait_for(aLock, itsHasFailed ? kGathering * 10 : kGathering, isWanted);
-   std::move(itsList.begin(), itsList.end(), std::back_inserter(itsBatch));
-   itsList.clear();
-   itsTaken = itsAdded;
-   itsTickets = 0;
-   return !itsBatch.empty();
+   return !itsList.empty() || !itsBatch.empty();
 }
 
-void Index::AddBatch()
+void Index::TakeList()
 {
-   const std::string aFault = TryAddBatch();
-   Settle(aFault);
+   const std::lock_guard aLock(itsMutex);
+   if (itsBatch.empty())
+   {
+      itsBatch.swap(itsList);
+   }
+   else
+   {
+      itsBatch.reserve(itsBatch.size() + itsList.size()); // or nothing is moved
+      std::move(itsList.begin(), itsList.end(), std::back_inserter(itsBatch));
+      itsList.clear();
+   }
+   itsTaken = itsAdded;
+   itsTickets = 0;
 }
 
 std::string Index::TryAddBatch()
@@ -150,36 +193,32 @@ std::string Index::TryAddBatch()
 }
 
 // Tells those who wait, and keeps what has to be tried again.
-void Index::Settle(const std::string& theFault)
+void Index::Settle(const std::string& theFault) noexcept
 {
-   std::vector<Ticket*> aTickets;
    {
       const std::lock_guard aLock(itsMutex);
-      const auto isOver = [&](const Entry& theEntry) {
-         return theFault.empty() || theEntry.itsTicket != nullptr || itsIsEnding;
+      const auto isKept = [&](const Entry& theEntry) {
+         return !theFault.empty() && theEntry.itsTicket == nullptr && !itsIsEnding;
       };
-      for (const Entry& anEntry : itsBatch)
+      const auto anOver = std::stable_partition(itsBatch.begin(), itsBatch.end(), isKept);
+      for (auto anEntry = anOver; anEntry != itsBatch.end(); ++anEntry)
       {
-         if (isOver(anEntry))
+         const auto aPlace = itsPaths.find(anEntry->itsInstance.itsKeys[Key::kSOPInstance]);
+         if (--aPlace->second.itsCount == 0)
          {
-            itsPaths.erase(anEntry.itsInstance.itsKeys[Key::kSOPInstance]);
-            --itsWaiting;
-            itsWaitingBytes -= SizeOf(anEntry.itsInstance);
-            if (anEntry.itsTicket != nullptr)
-            {
-               anEntry.itsTicket->itsFault = theFault;
-               aTickets.push_back(anEntry.itsTicket);
-            }
+            itsPaths.erase(aPlace);
+         }
+         --itsWaiting;
+         itsWaitingBytes -= SizeOf(anEntry->itsInstance);
+         if (anEntry->itsTicket != nullptr)
+         {
+            anEntry->itsTicket->Settle(theFault);
          }
       }
-      itsBatch.erase(std::remove_if(itsBatch.begin(), itsBatch.end(), isOver), itsBatch.end());
-      for (const Entry& anEntry : itsList)
-      {
-         itsPaths[anEntry.itsInstance.itsKeys[Key::kSOPInstance]] = anEntry.itsInstance.itsPath;
-      }
+      itsBatch.erase(anOver, itsBatch.end());
       if (!theFault.empty() && !itsHasFailed)
       {
-         std::cerr << "tn serve: " + theFault + "\n" << std::flush;
+         Tell(theFault);
       }
       itsHasFailed = !theFault.empty();
       if (itsBatch.empty())
@@ -188,8 +227,17 @@ void Index::Settle(const std::string& theFault)
       }
    }
    itsProgress.notify_all();
-   for (Ticket* const aTicket : aTickets)
+}
+
+void Index::Ticket::Settle(const std::string& theFault) noexcept
+{
+   try
    {
-      aTicket->itsIsDone.release();
+      itsFault = theFault;
    }
+   catch (const std::bad_alloc&)
+   {
+      itsFault = kNoMemory;
+   }
+   itsIsDone.release();
 }

@@ -36,6 +36,8 @@ public:
    private:
       friend class Index;
 
+      void Settle(const std::string& theFault) noexcept;
+
       std::binary_semaphore itsIsDone{0};
       std::string itsFault;
    };
@@ -71,11 +73,18 @@ private:
       Ticket* itsTicket;
    };
 
+   struct Pending
+   {
+      std::string itsPath; // of the last one
+      unsigned int itsCount = 0;
+   };
+
+   // Of the thread. What does not throw lets nobody wait for ever when memory runs out.
    void Run();
    bool AwaitBatch();
-   void AddBatch();
+   void TakeList();
    std::string TryAddBatch();
-   void Settle(const std::string& theFault);
+   void Settle(const std::string& theFault) noexcept;
    bool HasRoom() const;
 
    FolderAction itsFolderAction;
@@ -87,15 +96,15 @@ private:
    std::condition_variable itsWork;
    std::condition_variable itsProgress;
    std::vector<Entry> itsList;
-   std::unordered_map<std::string, std::string> itsPaths; // of the instances on the list and in the batch
-   unsigned int itsTickets = 0;                           // on the list
-   std::size_t itsWaiting = 0;                            // instances on the list and in the batch,
-   std::size_t itsWaitingBytes = 0;                       // and how much memory they take
-   std::uint64_t itsAdded = 0;                            // instances that were ever put on the list,
-   std::uint64_t itsTaken = 0;                            // that were ever in a batch,
-   std::uint64_t itsSettled = 0;                          // and the last up to which all are in the tables or given up
-   unsigned int itsFlushes = 0;                           // that wait
-   bool itsHasFailed = false;                             // the last transaction
+   std::unordered_map<std::string, Pending> itsPaths; // by SOP Instance UID, of those on the list and in the batch
+   unsigned int itsTickets = 0;                       // on the list
+   std::size_t itsWaiting = 0;                        // instances on the list and in the batch,
+   std::size_t itsWaitingBytes = 0;                   // and how much memory they take
+   std::uint64_t itsAdded = 0;                        // instances that were ever put on the list,
+   std::uint64_t itsTaken = 0;                        // that were ever in a batch,
+   std::uint64_t itsSettled = 0;                      // and the last up to which all are in the tables or given up
+   unsigned int itsFlushes = 0;                       // that wait
+   bool itsHasFailed = false;                         // the last transaction
    bool itsIsEnding = false;
 
    std::vector<Entry> itsBatch; // the thread's

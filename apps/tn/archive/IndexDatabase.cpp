@@ -309,8 +309,8 @@ void IndexDatabase::RollBack()
    {
       itsDatabase.Execute("ROLLBACK");
    }
-   catch (const SQLiteFailure&)
-   {} // nothing had begun, or SQLite has rolled back itself
+   catch (...)
+   {} // nothing had begun, or SQLite has rolled back itself; or the next Begin fails, which leads here again
 }
 
 bool IndexDatabase::AgreesWithFiles()

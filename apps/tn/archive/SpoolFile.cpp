@@ -47,7 +47,7 @@ SpoolFile::SpoolFile(const Descriptor& theFolder, SpoolBuffer& theBuffer)
 
 SpoolFile::~SpoolFile()
 {
-   if (!itsName.empty())
+   if (itsPlace == Place::kTemporary || itsPlace == Place::kExchanged)
    {
       ::unlinkat(itsFolder.Get(), itsName.c_str(), 0);
    }
@@ -106,19 +106,68 @@ void SpoolFile::Synchronise()
    }
 }
 
+// False with errno. Network file systems know no flags (EINVAL), but a link does not replace a file either.
+bool SpoolFile::TakeName(const Descriptor& theFolder, const std::string& theName)
+{
+   const bool isDone =
+       ::renameat2(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str(), RENAME_NOREPLACE) == 0;
+   if (isDone ||
+       (errno == EINVAL && ::linkat(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str(), 0) == 0))
+   {
+      if (!isDone)
+      {
+         ::unlinkat(itsFolder.Get(), itsName.c_str(), 0);
+      }
+      itsPlace = Place::kOwn;
+      return true;
+   }
+   return false;
+}
+
+// False with errno. Where names cannot be exchanged, what is replaced is gone at once.
+bool SpoolFile::ChangePlaces(const Descriptor& theFolder, const std::string& theName)
+{
+   if (::renameat2(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str(), RENAME_EXCHANGE) == 0)
+   {
+      itsPlace = Place::kExchanged;
+      return true;
+   }
+   if (errno == EINVAL && ::renameat(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str()) == 0)
+   {
+      itsPlace = Place::kTaken;
+      return true;
+   }
+   return false;
+}
+
 bool SpoolFile::MoveTo(const Descriptor& theFolder, const std::string& theName, bool theReplaces)
 {
-   const unsigned int aFlags = theReplaces ? 0 : RENAME_NOREPLACE;
-   if (::renameat2(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str(), aFlags) != 0)
+   if (TakeName(theFolder, theName))
    {
-      if (errno == EEXIST)
-      {
-         return false;
-      }
+      return true;
+   }
+   const bool isTaken = errno == EEXIST;
+   if (isTaken && !theReplaces)
+   {
+      return false;
+   }
+   if (!isTaken || !ChangePlaces(theFolder, theName))
+   {
       throw SystemFailure("cannot give the file its name");
    }
-   itsName.clear();
    return true;
+}
+
+void SpoolFile::MoveBack(const Descriptor& theFolder, const std::string& theName) noexcept
+{
+   if (itsPlace == Place::kOwn)
+   {
+      ::unlinkat(theFolder.Get(), theName.c_str(), 0);
+   }
+   else if (itsPlace == Place::kExchanged)
+   {
+      ::renameat2(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str(), RENAME_EXCHANGE);
+   }
 }
 
 unsigned int SpoolingStream::ReadSource(unsigned char* theBuffer, std::size_t theCount)

@@ -52,18 +52,32 @@ public:
    // The file is on the disk when this returns.
    void Synchronise();
 
-   // Gives it its name in another folder of the file system. False when there is a file of that name already; it stays,
-   // unless theReplaces.
+   // Gives it its name in another folder of the file system, which is borrowed. False when there is a file of that name
+   // already; it stays, unless theReplaces: then it is gone when this object is.
    bool MoveTo(const Descriptor& theFolder, const std::string& theName, bool theReplaces);
+
+   // Undoes MoveTo: a file that was replaced is back under its name.
+   void MoveBack(const Descriptor& theFolder, const std::string& theName) noexcept;
 
    std::uint64_t GetSize() const { return itsWritten + itsFilled; }
    int GetDescriptor() const { return itsFile.Get(); }
 
 private:
    void WriteOut();
+   bool TakeName(const Descriptor& theFolder, const std::string& theName);
+   bool ChangePlaces(const Descriptor& theFolder, const std::string& theName);
+
+   enum class Place
+   {
+      kTemporary,
+      kOwn,       // nobody else has had it
+      kExchanged, // another file had it, which is in the temporary one
+      kTaken      // another file had it, which is gone
+   };
 
    const Descriptor& itsFolder;
-   std::string itsName; // empty once it has its own
+   std::string itsName; // the temporary one
+   Place itsPlace = Place::kTemporary;
    Descriptor itsFile;
    unsigned char* itsBuffer;
    std::size_t itsFilled = 0;
