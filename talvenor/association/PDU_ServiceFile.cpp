@@ -11,25 +11,24 @@
 
 namespace
 {
-void PushText(DICOMObject& theObject, UINT16 theElement, UINT16 theType, const RWCString& theText)
+int PushText(DICOMObject& theObject, UINT16 theElement, UINT16 theType, const RWCString& theText)
 {
-   auto* const aVR = new VR(0x0002, theElement);
+   auto aVR = std::make_unique<VR>(0x0002, theElement);
    aVR->SetTypeCode(theType);
    aVR->SetData(theText.data(), static_cast<UINT32>(theText.size()), theType == VRCode::UI ? '\0' : ' ');
-   theObject.Push(aVR);
+   return theObject.Push(aVR.release());
 }
 
-bool CopyUID(DICOMObject& theObject, UINT16 theFrom, UINT16 theTo, const char* theName)
+int CopyUID(DICOMObject& theObject, UINT16 theFrom, UINT16 theTo, const char* theName)
 {
    RWCString aUID;
    if (!theObject.GetString(0x0008, theFrom, aUID))
    {
       startentry(gTNErrorLog) << "PDU_Service::MakeChapter10(): Error: Missing " << theName << " attribute in dataset\n"
                               << endentry;
-      return false;
+      return 0;
    }
-   PushText(theObject, theTo, VRCode::UI, aUID);
-   return true;
+   return PushText(theObject, theTo, VRCode::UI, aUID);
 }
 } // namespace
 
@@ -52,11 +51,11 @@ int PDU_Service::MakeChapter10(DICOMObject& theObject, const RWCString& theSourc
    constexpr std::size_t kLongestVersionName = 16;
 
    theObject.RemoveGroup(0x0002);
-   auto* const aVersion = new VR(0x0002, 0x0001);
+   auto aVersion = std::make_unique<VR>(0x0002, 0x0001);
    aVersion->SetTypeCode(VRCode::OB);
    aVersion->SetData(kVersion, sizeof kVersion, '\0');
-   theObject.Push(aVersion);
-   if (!CopyUID(theObject, 0x0016, 0x0002, "SOPClassUID") || !CopyUID(theObject, 0x0018, 0x0003, "SOPInstanceUID"))
+   if (!theObject.Push(aVersion.release()) || !CopyUID(theObject, 0x0016, 0x0002, "SOPClassUID") ||
+       !CopyUID(theObject, 0x0018, 0x0003, "SOPInstanceUID"))
    {
       return 0;
    }
@@ -73,10 +72,10 @@ int PDU_Service::MakeChapter10(DICOMObject& theObject, const RWCString& theSourc
                               << endentry;
       return 0;
    }
-   PushText(theObject, 0x0010, VRCode::UI, aSyntax);
-   PushText(theObject, 0x0012, VRCode::UI, kImplementationClassUID);
-   PushText(theObject, 0x0013, VRCode::SH, RWCString(kImplementationVersionName).substr(0, kLongestVersionName));
    const AETitle aTitle(theSourceAETitle.empty() ? AETitle::GetDefaultAETitle() : theSourceAETitle);
-   PushText(theObject, 0x0016, VRCode::AE, static_cast<const char*>(aTitle));
-   return 1;
+   return PushText(theObject, 0x0010, VRCode::UI, aSyntax) &&
+          PushText(theObject, 0x0012, VRCode::UI, kImplementationClassUID) &&
+          PushText(theObject, 0x0013, VRCode::SH,
+                   RWCString(kImplementationVersionName).substr(0, kLongestVersionName)) &&
+          PushText(theObject, 0x0016, VRCode::AE, static_cast<const char*>(aTitle));
 }

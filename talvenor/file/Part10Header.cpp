@@ -36,13 +36,22 @@ std::unique_ptr<unsigned char[]> CopyOf(const unsigned char* theBytes, size_t th
    return aCopy;
 }
 
+// A header that lacks an element would make a file that cannot be read.
+void Push(DICOMDataObject& theObject, std::unique_ptr<VR> theVR)
+{
+   if (!theObject.Push(theVR.release()))
+   {
+      throw BadAllocException(0);
+   }
+}
+
 void PushText(DICOMDataObject& theObject, UINT16 theElement, UINT16 theTypeCode, const RWCString& theText)
 {
    const char aPad = theTypeCode == VRCode::UI ? '\0' : ' ';
    auto aVR = std::make_unique<VR>(kMetaGroup, theElement);
    aVR->SetTypeCode(theTypeCode);
    aVR->SetData(theText.data(), static_cast<UINT32>(theText.size()), aPad);
-   theObject.Push(aVR.release());
+   Push(theObject, std::move(aVR));
 }
 
 void PushBytes(DICOMDataObject& theObject, UINT16 theElement, const unsigned char* theBytes, UINT32 theLength)
@@ -50,7 +59,7 @@ void PushBytes(DICOMDataObject& theObject, UINT16 theElement, const unsigned cha
    auto aVR = std::make_unique<VR>(kMetaGroup, theElement);
    aVR->SetTypeCode(VRCode::OB);
    aVR->SetData(theBytes, theLength, '\0');
-   theObject.Push(aVR.release());
+   Push(theObject, std::move(aVR));
 }
 } // namespace
 
@@ -118,10 +127,10 @@ Part10Header::Part10Header(const unsigned char* thePreamble, const DICOMDataObje
       bool itsIsAlwaysRequired;
    };
    static constexpr RequiredText kRequired[] = {
-      { kTransferSyntaxUID, &Part10Header::itsTransferSyntaxUID, "Missing TransferSyntaxUID", true },
-      { kSOPClassUID, &Part10Header::itsSOPClassUID, "Missing MediaStorageSOPClassUID", false },
-      { kSOPInstanceUID, &Part10Header::itsSOPInstanceUID, "Missing MediaStorageSOPInstanceUID", false },
-      { kImplementationClassUID, &Part10Header::itsImplementationClassUID, "Missing ImplementationClassUID", false },
+       {kTransferSyntaxUID, &Part10Header::itsTransferSyntaxUID, "Missing TransferSyntaxUID", true},
+       {kSOPClassUID, &Part10Header::itsSOPClassUID, "Missing MediaStorageSOPClassUID", false},
+       {kSOPInstanceUID, &Part10Header::itsSOPInstanceUID, "Missing MediaStorageSOPInstanceUID", false},
+       {kImplementationClassUID, &Part10Header::itsImplementationClassUID, "Missing ImplementationClassUID", false},
    };
    for (const RequiredText& aRow : kRequired)
    {
@@ -144,8 +153,8 @@ Part10Header::Part10Header(const Part10Header& theOther)
       itsPreamble(CopyOf(theOther.itsPreamble.get(), kPreambleLength)), itsSOPClassUID(theOther.itsSOPClassUID),
       itsSOPInstanceUID(theOther.itsSOPInstanceUID), itsTransferSyntaxUID(theOther.itsTransferSyntaxUID),
       itsImplementationClassUID(theOther.itsImplementationClassUID),
-      itsImplementationVersionName(theOther.itsImplementationVersionName),
-      itsSourceAETitle(theOther.itsSourceAETitle), itsPrivateCreatorUID(theOther.itsPrivateCreatorUID),
+      itsImplementationVersionName(theOther.itsImplementationVersionName), itsSourceAETitle(theOther.itsSourceAETitle),
+      itsPrivateCreatorUID(theOther.itsPrivateCreatorUID),
       itsPrivateInformationLength(theOther.itsPrivateInformationLength),
       itsPrivateInformation(CopyOf(theOther.itsPrivateInformation.get(), theOther.itsPrivateInformationLength))
 {}
@@ -223,7 +232,7 @@ DICOMDataObject* Part10Header::AsDICOMDataObject(int theTolerant) const
       return nullptr;
    }
    auto anObject = std::make_unique<DICOMDataObject>(TNEndian::LittleEndian);
-   const unsigned char aVersion[] = { itsMajorVersion, itsMinorVersion };
+   const unsigned char aVersion[] = {itsMajorVersion, itsMinorVersion};
    PushBytes(*anObject, kVersion, aVersion, sizeof aVersion);
    PushText(*anObject, kSOPClassUID, VRCode::UI, itsSOPClassUID);
    PushText(*anObject, kSOPInstanceUID, VRCode::UI, itsSOPInstanceUID);

@@ -20,6 +20,7 @@
 #include "talvenor/dictionary/MUIDDictionaryEntry.h"
 #include "talvenor/file/Part10Header.h"
 #include "talvenor/file/Part10OutputStreamOutputStream.h"
+#include "talvenor/foundation/Exceptions.h"
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/io/OutputStream.h"
 #include "talvenor/transfer/InputTransferSyntax.h"
@@ -32,6 +33,7 @@ constexpr UINT16 kSOPClass = 0x0016;
 constexpr UINT16 kSOPInstance = 0x0018;
 constexpr unsigned long kMostLines = 20;    // in the log, for one association
 constexpr std::size_t kLongestComment = 64; // characters (PS3.7 C.5.6)
+constexpr char kOutOfMemory[] = "out of memory";
 
 // The meta information on its way into the file.
 class SpoolOutput : public OutputStream
@@ -49,7 +51,10 @@ private:
 
 void PushUID(DICOMDataObject& theObject, UINT16 theElement, const RWCString& theUID)
 {
-   theObject.Push(new VR(kIdentifyingGroup, theElement, UID(theUID)));
+   if (!theObject.Push(new VR(kIdentifyingGroup, theElement, UID(theUID))))
+   {
+      throw std::bad_alloc();
+   }
 }
 
 void WriteMetaInformation(SpoolFile& theFile, PDU_Service& theService, const RWCString& theClass,
@@ -59,7 +64,10 @@ void WriteMetaInformation(SpoolFile& theFile, PDU_Service& theService, const RWC
    PushUID(anObject, kSOPClass, theClass);
    PushUID(anObject, kSOPInstance, theInstance);
    const UID aSyntax(theSyntax.GetUID());
-   theService.MakeChapter10(anObject, theService.GetRemoteAddress(), GivenOrLittleEndianExplicitFile, &aSyntax);
+   if (!theService.MakeChapter10(anObject, theService.GetRemoteAddress(), GivenOrLittleEndianExplicitFile, &aSyntax))
+   {
+      throw std::bad_alloc();
+   }
    const Part10Header aHeader(nullptr, anObject, 0, 0);
    SpoolOutput anOutput(theFile);
    Part10OutputStreamOutputStream(aHeader).Open(anOutput);
@@ -191,7 +199,11 @@ void StoreRole::Store(PDU_Service& theService, const DICOMCommandObject& theComm
    }
    catch (const std::bad_alloc&)
    {
-      aRefuse({StoreStatus::kOutOfResources, "out of memory"});
+      aRefuse({StoreStatus::kOutOfResources, kOutOfMemory});
+   }
+   catch (const BadAllocException&)
+   {
+      aRefuse({StoreStatus::kOutOfResources, kOutOfMemory});
    }
    catch (const ExceptionBase& anException)
    {

@@ -20,6 +20,9 @@ public:
    bool IsOpen() const { return itsNumber >= 0; }
    int Get() const { return itsNumber; }
 
+   // Somebody else closes it.
+   int Release() { return std::exchange(itsNumber, -1); }
+
    // 0, or -1 with errno.
    int Close()
    {

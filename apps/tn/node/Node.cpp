@@ -3,10 +3,13 @@
 #include <cerrno>
 #include <cmath>
 #include <iostream>
+#include <new>
 #include <stdexcept>
 #include <system_error>
 
+#include "apps/tn/base/Descriptor.h"
 #include "apps/tn/node/NodeService.h"
+#include "talvenor/foundation/ExceptionBase.h"
 #include "talvenor/foundation/MThreadHandler.h"
 #include "talvenor/ul/SocketDULStreamFactory.h"
 
@@ -24,10 +27,26 @@ constexpr int kStackSize = 1 << 20;
 constexpr unsigned int kMaximumRefusals = 32;
 } // namespace
 
+// Is counted, and closes, unless its handle has been taken.
 struct Node::Connection
 {
+   Connection(Node& theNode, Descriptor theHandle, bool theIsServed)
+       : itsNode(theNode), itsHandle(std::move(theHandle)), itsIsServed(theIsServed)
+   {
+      itsNode.itsAssociations += itsIsServed;
+      ++itsNode.itsThreads;
+   }
+   Connection(const Connection&) = delete;
+   Connection& operator=(const Connection&) = delete;
+   ~Connection()
+   {
+      itsHandle.Close();
+      itsNode.itsAssociations -= itsIsServed;
+      --itsNode.itsThreads; // the last touch of the node
+   }
+
    Node& itsNode;
-   Socket::Handle itsHandle;
+   Descriptor itsHandle;
    bool itsIsServed; // rather than refused
 };
 
@@ -52,37 +71,39 @@ Node::~Node() = default;
 
 void Node::Run()
 {
-   constexpr int kSeconds = 60;
    while (!itsIsStopped)
    {
-      if (itsListener.Accept(kSeconds))
+      try
       {
-         Serve(itsListener.UnmanageConnection());
+         ServeNext();
       }
-      else if (itsListener.GetResultCode() == TN_SYSTEM_CALL_FAILED)
+      catch (const std::bad_alloc&)
       {
-         std::this_thread::sleep_for(kPause); // out of descriptors: some will be free soon
+         itsListener.CloseConnectionSocket();
+         std::this_thread::sleep_for(kPause); // some will be free soon
       }
    }
    Drain();
 }
 
-void Node::Serve(Socket::Handle theConnection)
+void Node::ServeNext()
 {
+   constexpr int kSeconds = 60;
+   if (!itsListener.Accept(kSeconds))
+   {
+      if (itsListener.GetResultCode() == TN_SYSTEM_CALL_FAILED)
+      {
+         std::this_thread::sleep_for(kPause); // out of descriptors: some will be free soon
+      }
+      return;
+   }
    const bool isServed = itsAssociations < itsSettings.itsMaximumAssociations;
-   auto aConnection = std::make_unique<Connection>(Connection{*this, theConnection, isServed});
-   itsAssociations += isServed;
-   ++itsThreads;
+   auto aConnection = std::make_unique<Connection>(*this, Descriptor(itsListener.UnmanageConnection()), isServed);
    if ((isServed || itsThreads - itsAssociations <= kMaximumRefusals) &&
        MThreadHandler::CreateDetachedThread(ServeOnThread, aConnection.get(), kStackSize) == 0)
    {
       aConnection.release(); // the thread's
-      return;
    }
-   itsAssociations -= isServed;
-   --itsThreads;
-   Socket aSocket;
-   aSocket.ManageConnection(theConnection); // closes
 }
 
 void Node::ServeOnThread(void* theConnection)
@@ -91,8 +112,9 @@ void Node::ServeOnThread(void* theConnection)
    Node& aNode = aConnection->itsNode;
    try
    {
-      auto aStream =
-          std::make_unique<GuardedStream>(aConnection->itsHandle, aNode.itsDeadlines, aNode.itsSettings.itsLimits);
+      auto aStream = std::make_unique<GuardedStream>(aConnection->itsHandle.Get(), aNode.itsDeadlines,
+                                                     aNode.itsSettings.itsLimits);
+      aConnection->itsHandle.Release();
       if (aConnection->itsIsServed)
       {
          NodeService(aNode.itsPrototype, aNode.itsRoles).Serve(aStream.release());
@@ -102,12 +124,14 @@ void Node::ServeOnThread(void* theConnection)
          NodeService(aNode.itsPrototype, {}).Refuse(aStream.release());
       }
    }
-   catch (const std::exception& anError) // of memory, for example
+   catch (const std::exception& anError) // of memory, for example: the association ends, and nothing else
    {
       std::cerr << "tn serve: " << anError.what() << std::endl;
    }
-   aNode.itsAssociations -= aConnection->itsIsServed;
-   --aNode.itsThreads; // the last touch of the node
+   catch (const ExceptionBase& anException)
+   {
+      std::cerr << "tn serve: " << anException.why() << std::endl;
+   }
 }
 
 void Node::Drain()

@@ -44,7 +44,7 @@ public:
 private:
    struct Connection;
 
-   void Serve(Socket::Handle theConnection);
+   void ServeNext();
    void Drain();
    static void ServeOnThread(void* theConnection);
 
