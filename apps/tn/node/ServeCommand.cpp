@@ -88,7 +88,7 @@ int ServeCommand::Run()
          return ExitCode::kCouldNotWrite;
       }
       itsQuery.AddRoles(aRoles, itsSettings.itsTitle, itsStorage.GetArchive());
-      itsPrint.AddRoles(aRoles);
+      itsPrint.AddRoles(aRoles, itsSettings.itsTitle);
       if (itsStorage.IsWanted())
       {
          aRoles.push_back(itsStorage.MakeRole()); // last: it may take what nobody knows

@@ -11,19 +11,15 @@
 #include <png.h>
 
 #include "apps/tn/base/Tags.h"
+#include "apps/tn/print/PresentationLUT.h"
+#include "apps/tn/print/PrintTags.h"
 #include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/dictionary/VRType.h"
 #include "talvenor/print/AbstractFilmBox.h"
 
 namespace
 {
-constexpr UINT32 kDisplayFormat = 0x20100010;
-constexpr UINT32 kOrientation = 0x20100040;
-constexpr UINT32 kFilmSize = 0x20100050;
-constexpr UINT32 kEmptyDensity = 0x20100110;
-constexpr UINT32 kPosition = 0x20200010;
-constexpr UINT32 kPolarity = 0x20200020;
-constexpr UINT32 kImages[] = {0x20200110, 0x20200111}; // gray and colour
+constexpr UINT32 kImages[] = {PrintTags::kGrayscaleImageSequence, PrintTags::kColorImageSequence};
 constexpr UINT32 kPixelData = 0x7FE00010;
 
 constexpr double kPixelsPerInch = 100;
@@ -53,23 +49,31 @@ std::vector<double> NumbersIn(std::string_view theText)
 class Source
 {
 public:
-   Source(const DICOMDataObject& theImage, bool isReversed)
+   // theLUT is for gray images.
+   Source(const DICOMDataObject& theImage, bool theIsReversed, const PresentationLUT& theLUT)
        : itsRows(theImage.GetUINT16(0x0028, 0x0010)), itsColumns(theImage.GetUINT16(0x0028, 0x0011)),
          itsSamples(theImage.GetUINT16(0x0028, 0x0002)), itsBytes(theImage.GetUINT16(0x0028, 0x0100) / 8u),
-         itsStored(theImage.GetUINT16(0x0028, 0x0101)), isPlanar(theImage.GetUINT16(0x0028, 0x0006) == 1)
+         itsMost((1u << theImage.GetUINT16(0x0028, 0x0101)) - 1), itsIsPlanar(theImage.GetUINT16(0x0028, 0x0006) == 1)
    {
       const VR* const aPixels = FindVR(theImage, kPixelData);
       itsPixels = aPixels->GetData();
-      isBigEndian = aPixels->GetDataEndian() == TNEndian::BigEndian && aPixels->GetTypeCode() == VRCode::OW;
-      isInverted = isReversed != (TextOf(theImage, 0x00280004) == "MONOCHROME1");
+      itsIsBigEndian = aPixels->GetDataEndian() == TNEndian::BigEndian && aPixels->GetTypeCode() == VRCode::OW;
+      const bool isInverted = theIsReversed != (TextOf(theImage, 0x00280004) == "MONOCHROME1");
+      for (unsigned int i = 0; i <= itsMost; ++i)
+      {
+         const double aLevel = (isInverted ? itsMost - i : i) / static_cast<double>(itsMost);
+         const double aShown = itsSamples == 1 ? theLUT.At(aLevel) : aLevel;
+         itsLevels.push_back(static_cast<unsigned char>(std::lround(255 * aShown)));
+      }
    }
 
    UINT32 GetRows() const { return itsRows; }
    UINT32 GetColumns() const { return itsColumns; }
 
-   std::array<double, 3> At(UINT32 theRow, UINT32 theColumn) const
+   using Color = std::array<unsigned char, 3>;
+   Color At(UINT32 theRow, UINT32 theColumn) const
    {
-      std::array<double, 3> aColor{};
+      Color aColor{};
       for (unsigned int i = 0; i < 3; ++i)
       {
          aColor[i] = Sample(theRow, theColumn, itsSamples == 3 ? i : 0);
@@ -78,37 +82,35 @@ public:
    }
 
 private:
-   // From 0 to 255.
-   double Sample(UINT32 theRow, UINT32 theColumn, unsigned int theSample) const
+   unsigned char Sample(UINT32 theRow, UINT32 theColumn, unsigned int theSample) const
    {
       const std::size_t aPixel = std::size_t{theRow} * itsColumns + theColumn;
       const std::size_t aPlane = std::size_t{itsRows} * itsColumns;
-      const std::size_t aPlace = isPlanar ? theSample * aPlane + aPixel : aPixel * itsSamples + theSample;
+      const std::size_t aPlace = itsIsPlanar ? theSample * aPlane + aPixel : aPixel * itsSamples + theSample;
       unsigned int aValue = 0;
       if (itsBytes == 1)
       {
          // Bytes in words (OW) that came in big endian stand the other way round (PS3.5 8.1.1).
-         aValue = itsPixels[isBigEndian ? aPlace ^ 1 : aPlace];
+         aValue = itsPixels[itsIsBigEndian ? aPlace ^ 1 : aPlace];
       }
       else
       {
          const unsigned char* const aWord = itsPixels + 2 * aPlace;
-         aValue = isBigEndian ? aWord[0] * 256u + aWord[1] : aWord[1] * 256u + aWord[0];
+         aValue = itsIsBigEndian ? aWord[0] * 256u + aWord[1] : aWord[1] * 256u + aWord[0];
       }
-      const unsigned int aMost = (1u << itsStored) - 1;
-      const double aLevel = 255.0 * (aValue & aMost) / aMost;
-      return isInverted ? 255 - aLevel : aLevel;
+      return itsLevels[aValue & itsMost];
    }
 
    UINT32 itsRows, itsColumns;
-   unsigned int itsSamples, itsBytes, itsStored;
-   bool isPlanar;
-   bool isBigEndian = false;
-   bool isInverted = false;
+   unsigned int itsSamples, itsBytes;
+   unsigned int itsMost; // the highest value that a sample can have
+   bool itsIsPlanar;
+   bool itsIsBigEndian = false;
    const unsigned char* itsPixels = nullptr;
+   std::vector<unsigned char> itsLevels; // on the screen, by value
 };
 
-std::optional<Source> ImageOf(const AbstractImageBox& theBox)
+std::optional<Source> ImageOf(const AbstractFilmBox& theFilmBox, const AbstractImageBox& theBox)
 {
    for (const UINT32 aTag : kImages)
    {
@@ -116,7 +118,8 @@ std::optional<Source> ImageOf(const AbstractImageBox& theBox)
       const SequenceVR* const aSequence = aVR != nullptr ? aVR->GetAsSequenceVR() : nullptr;
       if (aSequence != nullptr && !aSequence->IsEmpty())
       {
-         return Source(*aSequence->GetSequenceArray()->front(), TextOf(theBox, kPolarity) == "REVERSE");
+         return Source(*aSequence->GetSequenceArray()->front(), TextOf(theBox, PrintTags::kPolarity) == "REVERSE",
+                       PresentationLUT(theFilmBox, theBox));
       }
    }
    return std::nullopt;
@@ -126,19 +129,21 @@ std::optional<Source> ImageOf(const AbstractImageBox& theBox)
 FilmSheet::FilmSheet(const AbstractFilmBox& theFilmBox)
 {
    SetSize(theFilmBox);
-   const unsigned char anEmpty = TextOf(theFilmBox, kEmptyDensity) == "WHITE" ? 255 : 0;
+   const unsigned char anEmpty = TextOf(theFilmBox, PrintTags::kEmptyDensity) == "WHITE" ? 255 : 0;
    itsPixels.assign(std::size_t{3} * itsWidth * itsHeight, anEmpty);
-   const std::vector<Place> aPlaces = FindPlaces(TextOf(theFilmBox, kDisplayFormat));
+   const std::vector<Place> aPlaces = FindPlaces(TextOf(theFilmBox, PrintTags::kDisplayFormat));
    std::size_t anOrdinal = 0;
    for (const auto& aBox : theFilmBox.GetImageBoxes())
    {
       UINT16 aPosition = 0;
-      const bool isPlaced = aBox->GetUINT16(GroupOf(kPosition), ElementOf(kPosition), aPosition) && aPosition > 0;
+      const bool isPlaced =
+          aBox->GetUINT16(GroupOf(PrintTags::kImagePosition), ElementOf(PrintTags::kImagePosition), aPosition) &&
+          aPosition > 0;
       const std::size_t aPlace = isPlaced ? aPosition - 1u : anOrdinal;
       ++anOrdinal;
       if (aPlace < aPlaces.size())
       {
-         Draw(*aBox, aPlaces[aPlace]);
+         Draw(theFilmBox, *aBox, aPlaces[aPlace]);
       }
    }
 }
@@ -146,7 +151,7 @@ FilmSheet::FilmSheet(const AbstractFilmBox& theFilmBox)
 // "14INX17IN", "24CMX30CM"; without one as the first.
 void FilmSheet::SetSize(const AbstractFilmBox& theFilmBox)
 {
-   const RWCString aSize = TextOf(theFilmBox, kFilmSize);
+   const RWCString aSize = TextOf(theFilmBox, PrintTags::kFilmSize);
    const std::vector<double> aNumbers = NumbersIn(aSize);
    double aWidth = 14;
    double aHeight = 17;
@@ -156,7 +161,7 @@ void FilmSheet::SetSize(const AbstractFilmBox& theFilmBox)
       aWidth = std::clamp(aNumbers[0] / aUnit, 1.0, kLongest);
       aHeight = std::clamp(aNumbers[1] / aUnit, 1.0, kLongest);
    }
-   if (TextOf(theFilmBox, kOrientation) == "LANDSCAPE")
+   if (TextOf(theFilmBox, PrintTags::kFilmOrientation) == "LANDSCAPE")
    {
       std::swap(aWidth, aHeight);
    }
@@ -193,9 +198,9 @@ std::vector<FilmSheet::Place> FilmSheet::FindPlaces(const RWCString& theFormat) 
    return aPlaces;
 }
 
-void FilmSheet::Draw(const AbstractImageBox& theBox, const Place& thePlace)
+void FilmSheet::Draw(const AbstractFilmBox& theFilmBox, const AbstractImageBox& theBox, const Place& thePlace)
 {
-   const std::optional<Source> anImage = ImageOf(theBox);
+   const std::optional<Source> anImage = ImageOf(theFilmBox, theBox);
    if (!anImage)
    {
       return;
@@ -216,10 +221,8 @@ void FilmSheet::Draw(const AbstractImageBox& theBox, const Place& thePlace)
       for (UINT32 x = 0; x < static_cast<UINT32>(aWidth); ++x)
       {
          const UINT32 aColumn = std::min(static_cast<UINT32>((x + 0.5) / aScale), anImage->GetColumns() - 1);
-         const std::array<double, 3> aColor = anImage->At(aRow, aColumn);
-         unsigned char* const aPixel = &itsPixels[3 * ((std::size_t{aTop} + y) * itsWidth + aLeft + x)];
-         std::transform(aColor.begin(), aColor.end(), aPixel,
-                        [](double theLevel) { return static_cast<unsigned char>(std::lround(theLevel)); });
+         const Source::Color aColor = anImage->At(aRow, aColumn);
+         std::copy(aColor.begin(), aColor.end(), &itsPixels[3 * ((std::size_t{aTop} + y) * itsWidth + aLeft + x)]);
       }
    }
 }

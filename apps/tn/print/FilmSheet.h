@@ -1,5 +1,5 @@
-// The picture of a printed sheet: its images where the display format has them (PS3.3 C.13.3), fit into their boxes. Made
-// to be looked at: no presentation LUT is applied, and the optical densities are those of a screen.
+// The picture of a printed sheet: its images where the display format has them (PS3.3 C.13.3), fit into their boxes, with
+// their polarity and their presentation LUT. Made to be looked at on a screen, which shows P-values as its own levels.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@ class AbstractImageBox;
 class FilmSheet
 {
 public:
-   // Draws theFilmBox, in sRGB.
+   // Draws theFilmBox, in sRGB. Its images have been checked by the SCP of its session.
    explicit FilmSheet(const AbstractFilmBox& theFilmBox);
 
    // As PNG. Throws std::runtime_error.
@@ -31,7 +31,7 @@ private:
 
    void SetSize(const AbstractFilmBox& theFilmBox);
    std::vector<Place> FindPlaces(const RWCString& theFormat) const;
-   void Draw(const AbstractImageBox& theBox, const Place& thePlace);
+   void Draw(const AbstractFilmBox& theFilmBox, const AbstractImageBox& theBox, const Place& thePlace);
 
    UINT32 itsWidth = 0;
    UINT32 itsHeight = 0;

@@ -13,17 +13,13 @@
 #include "apps/tn/files/DatasetChecks.h"
 #include "apps/tn/files/InputFile.h"
 #include "apps/tn/network/NetworkFailure.h"
+#include "apps/tn/print/PrintTags.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/foundation/OneLine.h"
 
 namespace
 {
-constexpr UINT32 kNumberOfCopies = 0x20000010;
-constexpr UINT32 kPrintPriority = 0x20000020;
-constexpr UINT32 kMediumType = 0x20000030;
-constexpr UINT32 kDisplayFormat = 0x20100010;
-constexpr UINT32 kFilmOrientation = 0x20100040;
-constexpr UINT32 kFilmSize = 0x20100050;
+using namespace PrintTags;
 
 constexpr unsigned int kMostOnSide = 20;
 

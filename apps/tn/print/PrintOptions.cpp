@@ -14,12 +14,21 @@ PrintOptions::PrintOptions(CLI::App& theOptions)
        ->type_name("DIR")
        ->check(CLI::ExistingDirectory)
        ->group("Print");
+   theOptions
+       .add_option("--print-memory", itsMegabytes,
+                   "Megabytes that the print sessions of all clients may hold together; an image may have 128, and a "
+                   "quarter of this at most")
+       ->type_name("MB")
+       ->check(CLI::Range(1, 1 << 20))
+       ->capture_default_str()
+       ->group("Print");
 }
 
-void PrintOptions::AddRoles(NodeRoleMakers& theRoles) const
+void PrintOptions::AddRoles(NodeRoleMakers& theRoles, const std::string& theTitle) const
 {
    if (!itsFolder.empty())
    {
-      theRoles.push_back([aFolder = itsFolder] { return std::make_unique<PrintRole>(aFolder); });
+      const auto aPrinter = std::make_shared<Printer>(theTitle, itsFolder, UINT64{itsMegabytes} << 20);
+      theRoles.push_back([aPrinter] { return std::make_unique<PrintRole>(aPrinter); });
    }
 }

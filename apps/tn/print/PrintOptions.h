@@ -15,9 +15,10 @@ class PrintOptions
 public:
    explicit PrintOptions(CLI::App& theOptions);
 
-   // Adds the role of a printer, when one is wanted.
-   void AddRoles(NodeRoleMakers& theRoles) const;
+   // Adds the role of a printer of that name, when one is wanted.
+   void AddRoles(NodeRoleMakers& theRoles, const std::string& theTitle) const;
 
 private:
    std::string itsFolder;
+   unsigned int itsMegabytes = 1024;
 };

@@ -5,6 +5,7 @@
 #include "apps/tn/base/ValueText.h"
 #include "apps/tn/network/AssociationAnswers.h"
 #include "apps/tn/network/NetworkFailure.h"
+#include "apps/tn/print/PrintTags.h"
 #include "talvenor/association/PresentationContextProposals.h"
 #include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/dictionary/VRType.h"
@@ -15,18 +16,7 @@
 
 namespace
 {
-constexpr UINT32 kImagePosition = 0x20200010;
-constexpr UINT32 kGrayscaleImageSequence = 0x20200110;
-constexpr UINT32 kColorImageSequence = 0x20200111;
-constexpr UINT32 kPresentationLUTShape = 0x20500020;
-constexpr UINT32 kReferencedPresentationLUTs = 0x20500500;
-constexpr UINT32 kExecutionStatus = 0x21000020;
-constexpr UINT32 kExecutionStatusInfo = 0x21000030;
-constexpr UINT32 kPrinterStatus = 0x21100010;
-constexpr UINT32 kPrinterStatusInfo = 0x21100020;
-constexpr UINT32 kPrinterName = 0x21100030;
-constexpr UINT32 kManufacturer = 0x00080070;
-constexpr UINT32 kModelName = 0x00081090;
+using namespace PrintTags;
 
 void Put(DICOMObject& theObject, UINT32 theTag, UINT16 theType, const std::string& theText)
 {
@@ -36,8 +26,6 @@ void Put(DICOMObject& theObject, UINT32 theTag, UINT16 theType, const std::strin
 // All that is set from outside are code strings, but for the number of copies.
 void PutAll(DICOMObject& theObject, const PrintAttributes& theAttributes)
 {
-   constexpr UINT32 kNumberOfCopies = 0x20000010;
-   constexpr UINT32 kDisplayFormat = 0x20100010;
    for (const auto& [aTag, aText] : theAttributes)
    {
       Put(theObject, aTag,
@@ -107,9 +95,10 @@ protected:
    void TakeEvent(const char* theSource, const char* const (&theNames)[5], UINT16 theEvent,
                   const DICOMDataObject& theInformation, UINT32 theInfo)
    {
+      ++itsSession.itsEvents;
       const std::string aName = theEvent < 5 ? theNames[theEvent] : "event " + std::to_string(theEvent);
       const std::string anInfo = TextOf(theInformation, theInfo);
-      itsSession.itsTell(theSource + aName + (anInfo.empty() ? "" : ": " + anInfo));
+      itsSession.itsTell(theSource + aName + (anInfo.empty() || anInfo == "NORMAL" ? "" : ": " + anInfo));
    }
    void BeginImage() { itsSession.itsWatchdog.Begin(itsSession.itsRequester.GetTimeout()); }
 
@@ -275,8 +264,34 @@ void PrintSession::SendFilm(const PrintAttributes& theFilm, Images theImages)
    }
    AbstractFilmBox& aSent = *aFilm;
    aMeta.Add(aFilm.release());
-   Require([&] { return aMeta.Write(itsService); });
+   Require([&] { return WriteFilm(aSent); });
    aSent.DeleteAll(); // the printer has them
+}
+
+// An event report that comes in place of the answer to the creation of the film box ends that without the printer's image
+// boxes. The film box is made anew then: printed with the session, it would be an empty sheet.
+int PrintSession::WriteFilm(AbstractFilmBox& theFilm)
+{
+   constexpr int kMostAttempts = 5;
+   AbstractPrintManagementMeta& aMeta = itsMeta->Get();
+   for (int anAttempt = 1;; ++anAttempt)
+   {
+      const unsigned long anEvents = itsEvents;
+      if (aMeta.Write(itsService))
+      {
+         return 1;
+      }
+      const bool isOvertaken =
+          itsEvents != anEvents && theFilm.IsCreated() && FindVR(theFilm, kReferencedImageBoxes) == nullptr;
+      if (!isOvertaken || anAttempt == kMostAttempts ||
+          !aMeta.GetFilmBoxMessages().WriteDelete(itsService, theFilm.GetSOPInstanceUID(), aMeta))
+      {
+         return 0;
+      }
+      itsFault.clear();
+      theFilm.SetCreated(0);
+      theFilm.SetSOPInstanceUID(UID());
+   }
 }
 
 std::string PrintSession::PrintFilm()
@@ -303,20 +318,32 @@ std::string PrintSession::Print(bool theIsAll)
       return theIsAll ? aMeta.PrintSession(itsService, aJob)
                       : aMeta.PrintFilm(itsService, aJob, AbstractPrintManagementMeta::kLastFilmBox);
    });
-   if (aJob.IsNull() || itsService.GetUsablePresentationContextID(UID(PrintSOPClass::kPrintJob)) == 0)
+   const bool isKnown = std::exchange(itsLastJob, aJob.ToString()) == aJob.ToString(); // of an earlier film
+   if (aJob.IsNull() || isKnown || itsService.GetUsablePresentationContextID(UID(PrintSOPClass::kPrintJob)) == 0)
    {
       return "";
    }
+   return AskJob(aJob);
+}
+
+// Once more where an event report comes in place of the answer: what the printer has to tell of this job is out of the way
+// of the next film then.
+std::string PrintSession::AskJob(const UID& theJob)
+{
+   constexpr int kMostEvents = 8;
    DICOMDataObject anAnswer;
-   const int isTold = Watched([&] { return aMeta.GetPrintJob(itsService, aJob, anAnswer); });
-   itsWatchdog.End();
-   if (!isTold) // it may be over, and forgotten
+   for (int i = 0; i < kMostEvents && anAnswer.IsEmpty(); ++i)
    {
-      return "";
+      const int isTold = Watched([&] { return itsMeta->Get().GetPrintJob(itsService, theJob, anAnswer); });
+      itsWatchdog.End();
+      if (!isTold) // it may be over, and forgotten
+      {
+         return "";
+      }
    }
    const std::string anInfo = TextOf(anAnswer, kExecutionStatusInfo);
    const std::string aStatus = TextOf(anAnswer, kExecutionStatus);
-   return "job " + aStatus + (anInfo.empty() || anInfo == aStatus ? "" : " (" + anInfo + ")");
+   return aStatus.empty() ? "" : "job " + aStatus + (anInfo.empty() || anInfo == aStatus ? "" : " (" + anInfo + ")");
 }
 
 void PrintSession::End()

@@ -15,6 +15,7 @@
 #include "apps/tn/network/Watchdog.h"
 #include "talvenor/association/PDU_Service.h"
 
+class AbstractFilmBox;
 class AbstractPrintManagementMeta;
 class DICOMDataObject;
 
@@ -60,7 +61,9 @@ private:
 
    void Propose(bool theIsColour);
    void MakePresentationLUT();
+   int WriteFilm(AbstractFilmBox& theFilm);
    std::string Print(bool theIsAll);
+   std::string AskJob(const UID& theJob);
    template <class Action>
    int Watched(Action theAction);
    template <class Action>
@@ -71,6 +74,8 @@ private:
    PDU_Service itsService;
    Watchdog itsWatchdog; // of the service's socket
    std::unique_ptr<Meta> itsMeta;
+   unsigned long itsEvents = 0;    // that the printer has reported
+   std::string itsLastJob;         // instance UID
    std::string itsFault;           // what the printer refused
    std::string itsPresentationLUT; // instance UID; empty where there is none
    bool itsIsColour;

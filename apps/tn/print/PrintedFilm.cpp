@@ -4,13 +4,19 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <deque>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "apps/tn/base/Descriptor.h"
 #include "apps/tn/base/SystemFailure.h"
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/print/FilmSheet.h"
+#include "apps/tn/print/PrintTags.h"
 #include "talvenor/dataset/DICOMFileType.h"
 #include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/dictionary/VRType.h"
@@ -21,7 +27,7 @@
 namespace
 {
 constexpr char kSecondaryCapture[] = "1.2.840.10008.5.1.4.1.1.7";
-constexpr UINT32 kImages[] = {0x20200110, 0x20200111}; // gray and colour
+constexpr UINT32 kImages[] = {PrintTags::kGrayscaleImageSequence, PrintTags::kColorImageSequence};
 
 void PushText(DICOMDataObject& theDataset, UINT32 theTag, UINT16 theType, const std::string& theText)
 {
@@ -122,7 +128,17 @@ std::string TimeText()
    return aText;
 }
 
-// A folder that is removed, with what it has, unless it gets its name.
+// Has what stands there, a file or a folder with its names, on the disk.
+void Synchronise(const std::string& thePath)
+{
+   const Descriptor aFile(::open(thePath.c_str(), O_RDONLY | O_CLOEXEC));
+   if (!aFile.IsOpen() || ::fsync(aFile.Get()) != 0)
+   {
+      throw SystemFailure(thePath + ": cannot be written to the disk");
+   }
+}
+
+// A folder that is removed, with what it has, unless it is kept.
 class FolderInTheMaking
 {
 public:
@@ -137,23 +153,37 @@ public:
    }
    ~FolderInTheMaking()
    {
-      std::error_code anIgnored;
-      std::filesystem::remove_all(itsPath, anIgnored);
+      if (!itsIsKept)
+      {
+         std::error_code anIgnored;
+         std::filesystem::remove_all(itsPath, anIgnored);
+      }
    }
    FolderInTheMaking(const FolderInTheMaking&) = delete;
    FolderInTheMaking& operator=(const FolderInTheMaking&) = delete;
 
    const std::string& GetPath() const { return itsPath; }
+   void Keep() { itsIsKept = true; }
+
+   void SynchroniseAll() const
+   {
+      for (const auto& anEntry : std::filesystem::directory_iterator(itsPath))
+      {
+         Synchronise(anEntry.path());
+      }
+      Synchronise(itsPath);
+   }
 
    // The first free one of theStem-1, theStem-2, ...
-   std::string Name(const std::string& theStem)
+   void Name(const std::string& theStem)
    {
       for (unsigned int aNumber = 1;; ++aNumber)
       {
          const std::string aName = theStem + "-" + std::to_string(aNumber);
          if (std::rename(itsPath.c_str(), aName.c_str()) == 0)
          {
-            return aName;
+            itsPath = aName;
+            return;
          }
          if (errno != ENOTEMPTY && errno != EEXIST)
          {
@@ -164,16 +194,34 @@ public:
 
 private:
    std::string itsPath;
+   bool itsIsKept = false;
 };
 } // namespace
 
-std::string WritePrintedFilm(const std::string& theFolder, const AbstractFilmSession& theSession,
-                             const AbstractFilmBox& theFilmBox)
+std::vector<std::string> WritePrintedFilms(const std::string& theFolder, const AbstractFilmSession& theSession,
+                                           const std::vector<const AbstractFilmBox*>& theFilmBoxes)
 {
-   FolderInTheMaking aFolder(theFolder);
-   SavePart(theSession, aFolder.GetPath() + "/session.dcm");
-   SavePart(theFilmBox, aFolder.GetPath() + "/film.dcm");
-   SaveImages(theFilmBox, aFolder.GetPath());
-   FilmSheet(theFilmBox).Write(aFolder.GetPath() + "/sheet.png");
-   return aFolder.Name(theFolder + "/film-" + TimeText());
+   std::deque<FolderInTheMaking> aFolders;
+   for (const AbstractFilmBox* const aFilmBox : theFilmBoxes)
+   {
+      const FolderInTheMaking& aFolder = aFolders.emplace_back(theFolder);
+      SavePart(theSession, aFolder.GetPath() + "/session.dcm");
+      SavePart(*aFilmBox, aFolder.GetPath() + "/film.dcm");
+      SaveImages(*aFilmBox, aFolder.GetPath());
+      FilmSheet(*aFilmBox).Write(aFolder.GetPath() + "/sheet.png");
+      aFolder.SynchroniseAll();
+   }
+   const std::string aStem = theFolder + "/film-" + TimeText();
+   for (FolderInTheMaking& aFolder : aFolders)
+   {
+      aFolder.Name(aStem);
+   }
+   Synchronise(theFolder);
+   std::vector<std::string> aPaths;
+   for (FolderInTheMaking& aFolder : aFolders)
+   {
+      aFolder.Keep();
+      aPaths.push_back(aFolder.GetPath());
+   }
+   return aPaths;
 }

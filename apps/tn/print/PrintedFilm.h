@@ -1,12 +1,14 @@
-// A film that the node has printed, as a folder: the attributes of session and film box, each image as a DICOM file, and a
-// picture of the sheet. The folder appears whole or not at all.
+// Films that the node has printed, a folder each: the attributes of session and film box, each image as a DICOM file, and a
+// picture of the sheet.
 #pragma once
 
 #include <string>
+#include <vector>
 
 class AbstractFilmBox;
 class AbstractFilmSession;
 
-// Makes the folder in theFolder and returns its path. Throws std::runtime_error.
-std::string WritePrintedFilm(const std::string& theFolder, const AbstractFilmSession& theSession,
-                             const AbstractFilmBox& theFilmBox);
+// Makes the folders in theFolder and returns their paths. They appear whole, and are on the disk on return; when one of
+// them cannot be written, none does, and std::runtime_error is thrown.
+std::vector<std::string> WritePrintedFilms(const std::string& theFolder, const AbstractFilmSession& theSession,
+                                           const std::vector<const AbstractFilmBox*>& theFilmBoxes);

@@ -1,0 +1,67 @@
+#include "apps/tn/print/PrintJobs.h"
+
+#include <algorithm>
+#include <ctime>
+
+#include "apps/tn/base/Tags.h"
+#include "apps/tn/base/ValueText.h"
+#include "apps/tn/print/PrintTags.h"
+#include "talvenor/dataset/VR.h"
+#include "talvenor/dictionary/VRType.h"
+#include "talvenor/foundation/MUIDFactory.h"
+#include "talvenor/print/AbstractPrintManagementMeta.h"
+
+namespace
+{
+// Date and time, without anything between them.
+std::string NowText()
+{
+   const std::time_t aNow = std::time(nullptr);
+   std::tm aTime{};
+   localtime_r(&aNow, &aTime);
+   char aText[32];
+   std::strftime(aText, sizeof aText, "%Y%m%d%H%M%S", &aTime);
+   return aText;
+}
+} // namespace
+
+const AbstractPrintJob& PrintJobs::Add(AbstractPrintManagementMeta& theSession, const std::string& thePrinter,
+                                       const std::string& theOriginator)
+{
+   auto aJob = std::make_unique<AbstractPrintJob>(theSession);
+   aJob->SetSOPClassUID(PrintSOPClass::kPrintJob);
+   aJob->SetSOPInstanceUID(MUIDFactory::GetInstance().GetUID());
+   const std::string aNow = NowText();
+   const std::string aPriority = TextOf(theSession, PrintTags::kPrintPriority);
+   const struct // PS3.3 C.13.8
+   {
+      UINT32 itsTag;
+      UINT16 itsType;
+      std::string itsText;
+   } kAttributes[] = {
+       {PrintTags::kPrintPriority, VRCode::CS, aPriority.empty() ? "MED" : aPriority},
+       {PrintTags::kExecutionStatus, VRCode::CS, "DONE"},
+       {PrintTags::kExecutionStatusInfo, VRCode::CS, "NORMAL"},
+       {PrintTags::kCreationDate, VRCode::DA, aNow.substr(0, 8)},
+       {PrintTags::kCreationTime, VRCode::TM, aNow.substr(8)},
+       {PrintTags::kOriginator, VRCode::AE, theOriginator},
+       {PrintTags::kPrinterName, VRCode::LO, thePrinter},
+   };
+   for (const auto& anAttribute : kAttributes)
+   {
+      aJob->DICOMObject::Push(MakeElement(anAttribute.itsTag, anAttribute.itsType, anAttribute.itsText).release());
+   }
+   itsJobs.push_back(std::move(aJob));
+   if (itsJobs.size() > kMost)
+   {
+      itsJobs.pop_front();
+   }
+   return *itsJobs.back();
+}
+
+AbstractPrintJob* PrintJobs::Find(const UID& theInstance) const
+{
+   const auto aPlace = std::find_if(itsJobs.begin(), itsJobs.end(),
+                                    [&](const auto& theJob) { return theJob->GetSOPInstanceUID() == theInstance; });
+   return aPlace != itsJobs.end() ? aPlace->get() : nullptr;
+}
