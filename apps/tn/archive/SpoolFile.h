@@ -18,7 +18,7 @@
 class SpoolBuffer
 {
 public:
-   static constexpr std::size_t kSize = 262144; // bytes: two PDUs of the size that the node prefers
+   static constexpr std::size_t kSize = 65536; // bytes: little is left to be written when the last byte has come
    static constexpr std::size_t kPage = 4096;
 
    unsigned char* Get();

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "apps/tn/files/PlainFile.h"
+#include "talvenor/io/InputStream.h"
 
 class FileWindow
 {
@@ -19,9 +20,35 @@ public:
 
    static constexpr unsigned int kMaximum = 64;
 
+   // Returns how many bytes from thePosition on, at most theCount, were copied to theBuffer; 0 at the end of the file.
+   unsigned int CopyFrom(UINT64 thePosition, unsigned char* theBuffer, unsigned int theCount);
+
 private:
+   void MoveTo(UINT64 thePosition);
+
    const PlainFile& itsFile;
    UINT64 itsStart = 0; // of what has been read
    std::size_t itsCount = 0;
    std::vector<unsigned char> itsBytes;
+};
+
+// The file from its start on, for what reads streams.
+class FileWindowStream : public InputStream
+{
+public:
+   // theFile is borrowed.
+   explicit FileWindowStream(FileWindow& theFile) : itsFile(theFile) {}
+
+   unsigned int Read(unsigned char* theBuffer, unsigned int theCount) override
+   {
+      const unsigned int aCount = itsFile.CopyFrom(itsPosition, theBuffer, theCount);
+      itsPosition += aCount;
+      return aCount;
+   }
+   INT64 Length() const override { return static_cast<INT64>(itsFile.GetSize()); }
+   void Close() override {}
+
+private:
+   FileWindow& itsFile;
+   UINT64 itsPosition = 0;
 };

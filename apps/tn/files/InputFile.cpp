@@ -11,6 +11,8 @@
 namespace
 {
 constexpr unsigned int kTagAndTwo = 8; // bytes: a tag, and a length or a VR with a short length
+constexpr int kForceDefaultVersion = 1;
+constexpr int kTolerant = 1;
 } // namespace
 
 void CheckIsReadable(const std::string& theName)
@@ -33,19 +35,30 @@ void CheckIsReadable(const std::string& theName)
 
 InputFile::InputFile(const std::string& theName)
 {
-   constexpr int kForceDefaultVersion = 1;
-   constexpr int kTolerant = 1;
    if (theName == "-")
    {
-      auto aStream = std::make_unique<Part10InputStreamInputStream>();
-      aStream->Open(itsStandardInput, kForceDefaultVersion, kTolerant);
-      itsStream = std::move(aStream);
+      Open(itsStandardInput);
+      return;
    }
-   else
+   CheckIsReadable(theName);
+   itsStream = std::make_unique<Part10FileInputStream>(theName, kForceDefaultVersion, kTolerant);
+   Check();
+}
+
+void InputFile::Open(InputStream& theSource)
+{
+   if (const INT64 aLength = theSource.Length(); aLength >= 0 && aLength <= kTagAndTwo)
    {
-      CheckIsReadable(theName);
-      itsStream = std::make_unique<Part10FileInputStream>(theName, kForceDefaultVersion, kTolerant);
+      throw NotDICOM(); // not even of one element
    }
+   auto aStream = std::make_unique<Part10InputStreamInputStream>();
+   aStream->Open(theSource, kForceDefaultVersion, kTolerant);
+   itsStream = std::move(aStream);
+   Check();
+}
+
+void InputFile::Check()
+{
    if (itsStream->GetPart10Header() == nullptr)
    {
       CheckIsDataset(); // its syntax was guessed from its first bytes

@@ -28,9 +28,14 @@ public:
    // lacks is tolerated. A dataset that does not look like the transfer syntax that the file states is refused.
    explicit InputFile(const std::string& theName);
 
+   // The same for a file that theSource, which is borrowed, delivers from its start.
+   explicit InputFile(InputStream& theSource) { Open(theSource); }
+
    Part10InputStream& GetStream() { return *itsStream; }
 
 private:
+   void Open(InputStream& theSource);
+   void Check();
    void CheckIsDataset();
    void CheckTransferSyntax();
 

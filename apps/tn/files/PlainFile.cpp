@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -29,6 +30,11 @@ PlainFile::PlainFile(const std::string& thePath)
 PlainFile::~PlainFile()
 {
    ::close(itsDescriptor);
+}
+
+bool PlainFile::IsBeingWritten() const
+{
+   return ::flock(itsDescriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
 std::size_t PlainFile::ReadAt(void* theBuffer, std::size_t theCount, UINT64 thePosition) const

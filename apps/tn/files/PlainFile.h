@@ -29,6 +29,9 @@ public:
    const Identity& GetIdentity() const { return itsIdentity; }
    UINT64 GetSize() const { return itsIdentity.itsSize; }
 
+   // Whether another process has locked it because it writes it.
+   bool IsBeingWritten() const;
+
    // Returns the number of bytes read; fewer than theCount only at the end of the file. Throws StreamIOException.
    std::size_t ReadAt(void* theBuffer, std::size_t theCount, UINT64 thePosition) const;
 

@@ -138,9 +138,15 @@ std::vector<std::string> SendCommand::FindFiles(SendReport& theReport) const
    for (const std::string& aPath : itsPaths)
    {
       std::error_code anIgnored; // opening it tells
-      if (!itsIsRecursive || !fs::is_directory(aPath, anIgnored))
+      if (!fs::is_directory(aPath, anIgnored))
       {
          aFiles.push_back(aPath);
+         continue;
+      }
+      if (!itsIsRecursive)
+      {
+         theReport.Add(
+             {aPath, "", Outcome::Failed, "it is a folder; -r sends the files below it", 0, ExitCode::kCouldNotRead});
          continue;
       }
       bool isWhole = true;
@@ -183,11 +189,6 @@ void SendCommand::LookAt(const std::string& thePath, SendReport& theReport)
    };
    try
    {
-      if (std::error_code anIgnored; fs::is_directory(thePath, anIgnored))
-      {
-         aFail(Outcome::Failed, "it is a folder; -r sends the files below it", ExitCode::kCouldNotRead);
-         return;
-      }
       SendFile aFile = LookAtFile(thePath);
       if (!itsKnown.insert({aFile.itsIdentity.itsDevice, aFile.itsIdentity.itsInode}).second)
       {

@@ -24,27 +24,31 @@ bool IsServed(const RWCString& theTransferSyntaxUID)
    return TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(theTransferSyntaxUID) != nullptr;
 }
 
-void TakeHeader(const Part10InputStream& theStream, SendFile& theFile)
+// Returns whether there is meta information.
+bool TakeHeader(FileWindow& theWindow, SendFile& theFile)
 {
-   theFile.itsTransferSyntaxUID = theStream.GetTransferSyntaxUID();
-   theFile.itsDatasetStart = theStream.GetHeaderSize();
-   if (const Part10Header* const aHeader = theStream.GetPart10Header())
+   FileWindowStream aStream(theWindow);
+   InputFile anInput(aStream);
+   theFile.itsTransferSyntaxUID = anInput.GetStream().GetTransferSyntaxUID();
+   theFile.itsDatasetStart = anInput.GetStream().GetHeaderSize();
+   const Part10Header* const aHeader = anInput.GetStream().GetPart10Header();
+   if (aHeader != nullptr)
    {
       theFile.itsSOPClassUID = aHeader->GetSOPClassUID();
       theFile.itsSOPInstanceUID = aHeader->GetSOPInstanceUID();
    }
+   return aHeader != nullptr;
 }
 
-void TakeDataset(const PlainFile& thePlainFile, bool theHasHeader, SendFile& theFile)
+void TakeDataset(FileWindow& theWindow, bool theHasHeader, SendFile& theFile)
 {
-   theFile.itsDatasetEnd = thePlainFile.GetSize();
+   theFile.itsDatasetEnd = theWindow.GetSize();
    const DatasetSyntax aSyntax = SyntaxOf(theFile.itsTransferSyntaxUID);
    if (aSyntax.itsPixels == DatasetSyntax::Pixels::Hidden)
    {
       return;
    }
-   FileWindow aWindow(thePlainFile);
-   DatasetWalk aWalk(aWindow, theFile.itsDatasetStart, aSyntax);
+   DatasetWalk aWalk(theWindow, theFile.itsDatasetStart, aSyntax);
    try
    {
       aWalk.Run();
@@ -77,23 +81,24 @@ void TakeDataset(const PlainFile& thePlainFile, bool theHasHeader, SendFile& the
 
 SendFile LookAtFile(const std::string& thePath)
 {
+   const PlainFile aPlainFile(thePath);
+   if (aPlainFile.IsBeingWritten())
+   {
+      InputFile{thePath}; // waits for the writer, or says that it waited in vain
+      return LookAtFile(thePath);
+   }
    SendFile aFile;
    aFile.itsPath = thePath;
-   const PlainFile aPlainFile(thePath);
    aFile.itsIdentity = aPlainFile.GetIdentity();
-   bool hasHeader = false;
-   {
-      InputFile anInput(thePath);
-      TakeHeader(anInput.GetStream(), aFile);
-      hasHeader = anInput.GetStream().GetPart10Header() != nullptr;
-   }
+   FileWindow aWindow(aPlainFile);
+   const bool hasHeader = TakeHeader(aWindow, aFile);
    if (aFile.itsSOPClassUID == DICOMDirUtilities::kSOPClassUID)
    {
       throw NotDICOM("it is a media directory, which is not sent");
    }
    try
    {
-      TakeDataset(aPlainFile, hasHeader, aFile);
+      TakeDataset(aWindow, hasHeader, aFile);
       if (aFile.GetDatasetSize() == 0)
       {
          throw IncompleteDataset("it has no dataset");
