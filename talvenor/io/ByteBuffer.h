@@ -74,10 +74,19 @@ protected:
    }
 
 private:
-   static std::unique_ptr<unsigned char[]> Allocate(unsigned int theCapacity);
+   // Gives storage back. Each thread keeps a few large blocks for the buffers that it makes next: see ByteBuffer.cpp.
+   struct Release
+   {
+      void operator()(unsigned char* theStorage) const;
+
+      std::size_t itsSize; // bytes
+   };
+   using Storage = std::unique_ptr<unsigned char[], Release>;
+
+   static Storage Allocate(unsigned int theCapacity);
 
    unsigned int itsEnd = 0;      // one past the last byte written
    unsigned int itsStart = 0;    // the next byte to read
    unsigned int itsCapacity = 0; // as asked for; the storage is rounded up to an even size
-   std::unique_ptr<unsigned char[]> itsData;
+   Storage itsData;
 };

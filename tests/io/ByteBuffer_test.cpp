@@ -3,6 +3,8 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "support/StreamErrors.h"
 
@@ -92,4 +94,36 @@ TEST(ByteBuffer, RefusesWhatDoesNotFitAndStaysAsItWas)
       EXPECT_EQ(aBuffer.GetAvailableFreeSpace(), 2U) << aRefusal.itsMessage;
       EXPECT_EQ(Take(aBuffer, 2), "bc") << aRefusal.itsMessage;
    }
+}
+
+// The storage of large buffers goes from one to the next: it must be large enough for each, belong to one at a time, and
+// be given back by whatever thread drops it.
+TEST(ByteBuffer, LargeOnesDoNotShareTheStorageThatTheyPassOn)
+{
+   constexpr unsigned int kSizes[] = {131072, 40000, 262144, 32768, 32769, 131072, 300000, 65536};
+   std::vector<std::unique_ptr<ByteBuffer>> aBuffers;
+   const auto aRound = [&] {
+      for (unsigned int i = 0; i < 24; ++i)
+      {
+         const unsigned int aSize = kSizes[i % 8];
+         auto aBuffer = std::make_unique<ByteBuffer>(aSize);
+         EXPECT_EQ(aBuffer->GetAvailableFreeSpace(), aSize);
+         Put(*aBuffer, std::string(aSize, static_cast<char>('a' + i)));
+         aBuffers.push_back(std::move(aBuffer));
+         if (aBuffers.size() > 3)
+         {
+            aBuffers.erase(aBuffers.begin());
+         }
+         for (const std::unique_ptr<ByteBuffer>& anOther : aBuffers)
+         {
+            const unsigned int aCount = anOther->GetBytesAvailable();
+            const unsigned char* const aBytes = anOther->GetCopyOutPointer();
+            EXPECT_EQ(std::string(aBytes, aBytes + aCount), std::string(aCount, static_cast<char>(*aBytes))) << i;
+         }
+         EXPECT_EQ(*aBuffers.back()->GetCopyOutPointer(), 'a' + i);
+      }
+   };
+   aRound();
+   std::thread(aRound).join(); // drops what this thread has made, and leaves its own to this one
+   aRound();
 }
