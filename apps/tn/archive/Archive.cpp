@@ -111,12 +111,7 @@ Archive::Archive(const Settings& theSettings)
       itsFolder.SynchroniseAll(); // an instance that is sent again is answered for by the file that is there
    }
    MakeIndexAgree(itsFolder);
-   Index::FolderAction anAction;
-   if (itsSettings.itsSynchronising == Synchronising::kGroup)
-   {
-      anAction = [this](const std::set<std::string>& theFolders) { Synchronise(theFolders); };
-   }
-   itsIndex = std::make_unique<Index>(itsFolder.GetIndexPath(), anAction);
+   itsIndex = std::make_unique<Index>(itsFolder.GetIndexPath());
 }
 
 Archive::~Archive()
@@ -180,7 +175,7 @@ bool Archive::KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, Ind
       theFile.Synchronise();
    }
    const bool isElsewhere = isThere && *aStored != theInstance.itsPath;
-   const Descriptor aFolder = itsFolder.OpenFolderOf(thePath);
+   const Descriptor aFolder = itsSynchroniser.OpenFolderOf(thePath);
    if (!theFile.MoveTo(aFolder, thePath.GetFile(), replaces) &&
        !IsEqual(theInstance.itsPath, theFile, theDatasetStart, theInstance.itsTransferSyntax))
    {
@@ -220,35 +215,16 @@ bool Archive::IsEqual(const std::string& thePath, const SpoolFile& theFile, std:
    }
 }
 
-// The folders of instances, those around them and the archive itself: any of them may be new.
-void Archive::Synchronise(const std::set<std::string>& theFolders) const
-{
-   std::set<std::string> anUpper = {""};
-   for (const std::string& aFolder : theFolders)
-   {
-      itsFolder.Synchronise(aFolder);
-      anUpper.insert(aFolder.substr(0, aFolder.find('/')));
-   }
-   for (const std::string& aFolder : anUpper)
-   {
-      itsFolder.Synchronise(aFolder);
-   }
-}
-
 void Archive::AddToIndex(IndexedInstance theInstance, const StoredPath& thePath)
 {
-   const std::string aFolder = thePath.GetUpperFolder() + "/" + thePath.GetLowerFolder();
    if (itsSettings.itsSynchronising == Synchronising::kNone)
    {
-      itsIndex->Add(std::move(theInstance), aFolder, nullptr);
+      itsIndex->Add(std::move(theInstance), nullptr);
       return;
    }
-   if (itsSettings.itsSynchronising == Synchronising::kFile)
-   {
-      Synchronise({aFolder});
-   }
+   itsSynchroniser.Synchronise(thePath, itsSettings.itsSynchronising == Synchronising::kGroup);
    Index::Ticket aTicket;
-   itsIndex->Add(std::move(theInstance), aFolder, &aTicket);
+   itsIndex->Add(std::move(theInstance), &aTicket);
    if (const std::string& aFault = aTicket.Wait(); !aFault.empty())
    {
       throw StoreRefusal(StoreStatus::kOutOfResources, aFault);

@@ -15,11 +15,11 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
 #include <unordered_set>
 
 #include "apps/tn/archive/ArchiveFolder.h"
+#include "apps/tn/archive/FolderSynchroniser.h"
 #include "apps/tn/archive/Index.h"
 #include "apps/tn/archive/SpoolFile.h"
 #include "apps/tn/archive/StoredPath.h"
@@ -70,11 +70,11 @@ private:
                 const std::string& theTransferSyntax) const;
    bool KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance theInstance,
                     const StoredPath& thePath);
-   void Synchronise(const std::set<std::string>& theFolders) const;
    void AddToIndex(IndexedInstance theInstance, const StoredPath& thePath);
 
    Settings itsSettings;
    ArchiveFolder itsFolder;
+   FolderSynchroniser itsSynchroniser{itsFolder};
    Descriptor itsSpoolFolder;
    std::unique_ptr<Index> itsIndex;
 

@@ -26,11 +26,15 @@ constexpr std::string_view kSuffix = ".dcm";
 constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW;
 
 // Makes it if it is not there.
-Descriptor OpenFolder(int theParent, const std::string& theName)
+Descriptor OpenFolder(int theParent, const std::string& theName, const std::function<void()>& theNotice = {})
 {
    Descriptor aFolder(::openat(theParent, theName.c_str(), kFolder));
    if (!aFolder.IsOpen() && errno == ENOENT)
    {
+      if (theNotice)
+      {
+         theNotice();
+      }
       if (::mkdirat(theParent, theName.c_str(), 0777) != 0 && errno != EEXIST)
       {
          throw SystemFailure("cannot make the folder " + theName);
@@ -99,9 +103,10 @@ Descriptor ArchiveFolder::OpenSpoolFolder() const
    return OpenFolder(itsFolder.Get(), kSpoolFolder);
 }
 
-Descriptor ArchiveFolder::OpenFolderOf(const StoredPath& thePath) const
+Descriptor ArchiveFolder::OpenFolderOf(const StoredPath& thePath, const std::function<void()>& theNotice) const
 {
-   return OpenFolder(OpenFolder(itsFolder.Get(), thePath.GetUpperFolder()).Get(), thePath.GetLowerFolder());
+   const Descriptor anUpper = OpenFolder(itsFolder.Get(), thePath.GetUpperFolder(), theNotice);
+   return OpenFolder(anUpper.Get(), thePath.GetLowerFolder(), theNotice);
 }
 
 void ArchiveFolder::Synchronise(const std::string& theName) const

@@ -20,9 +20,9 @@ public:
    std::string GetIndexPath() const { return itsPath + "/index.sqlite"; }
 
    // A folder in it, which is made if it is not there; so is the one around it. Throws SystemFailure; links are not
-   // followed.
+   // followed. theNotice is called before a folder is made.
    Descriptor OpenSpoolFolder() const;
-   Descriptor OpenFolderOf(const StoredPath& thePath) const;
+   Descriptor OpenFolderOf(const StoredPath& thePath, const std::function<void()>& theNotice) const;
 
    // A folder's entries are on the disk when this returns. theName is "" for the archive itself.
    void Synchronise(const std::string& theName) const;

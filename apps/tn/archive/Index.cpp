@@ -39,9 +39,7 @@ std::size_t SizeOf(const IndexedInstance& theInstance)
 }
 } // namespace
 
-Index::Index(const std::string& thePath, FolderAction theFolderAction)
-    : itsFolderAction(std::move(theFolderAction)), itsWriter(thePath), itsReader(thePath), itsThread([this] { Run(); })
-{}
+Index::Index(const std::string& thePath) : itsWriter(thePath), itsReader(thePath), itsThread([this] { Run(); }) {}
 
 Index::~Index()
 {
@@ -53,7 +51,7 @@ Index::~Index()
    itsThread.join();
 }
 
-void Index::Add(IndexedInstance theInstance, const std::string& theFolder, Ticket* theTicket)
+void Index::Add(IndexedInstance theInstance, Ticket* theTicket)
 {
    std::unique_lock aLock(itsMutex);
    if (!itsProgress.wait_for(aLock, kLongestWait, [&] { return HasRoom(); }))
@@ -62,7 +60,7 @@ void Index::Add(IndexedInstance theInstance, const std::string& theFolder, Ticke
    }
    const std::size_t aSize = SizeOf(theInstance);
    std::string aPath = theInstance.itsPath;
-   itsList.push_back({std::move(theInstance), theFolder, theTicket});
+   itsList.push_back({std::move(theInstance), theTicket});
    try
    {
       Pending& aPending = itsPaths[itsList.back().itsInstance.itsKeys[Key::kSOPInstance]];
@@ -168,15 +166,6 @@ std::string Index::TryAddBatch()
 {
    try
    {
-      if (itsFolderAction)
-      {
-         std::set<std::string> aFolders;
-         for (const Entry& anEntry : itsBatch)
-         {
-            aFolders.insert(anEntry.itsFolder);
-         }
-         itsFolderAction(aFolders);
-      }
       itsWriter.Begin();
       for (const Entry& anEntry : itsBatch)
       {

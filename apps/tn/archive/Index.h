@@ -6,12 +6,10 @@
 
 #include <condition_variable>
 #include <deque>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <semaphore>
-#include <set>
 #include <string>
 #include <thread>
 #include <unordered_map>
@@ -42,11 +40,7 @@ public:
       std::string itsFault;
    };
 
-   // theFolders are those that the instances of a transaction have come into: called before it, it makes sure that they
-   // are on the disk, or throws what becomes the fault of the tickets.
-   using FolderAction = std::function<void(const std::set<std::string>& theFolders)>;
-
-   explicit Index(const std::string& thePath, FolderAction theFolderAction = {});
+   explicit Index(const std::string& thePath);
 
    // Adds what is still waiting.
    ~Index();
@@ -56,7 +50,7 @@ public:
    // Puts the instance on the list of those to be added, in place of one with its SOP Instance UID. An instance with a
    // ticket, which is borrowed, is given up when it cannot be added, another one tried again until it can. Throws
    // SQLiteFailure when too much waits to be added, and stays so: the list is bounded by number and by memory.
-   void Add(IndexedInstance theInstance, const std::string& theFolder, Ticket* theTicket);
+   void Add(IndexedInstance theInstance, Ticket* theTicket);
 
    // The path of the instance, whether it has been added yet or is on the list.
    std::optional<std::string> Find(const std::string& theSOPInstanceUID);
@@ -69,7 +63,6 @@ private:
    struct Entry
    {
       IndexedInstance itsInstance;
-      std::string itsFolder;
       Ticket* itsTicket;
    };
 
@@ -87,7 +80,6 @@ private:
    void Settle(const std::string& theFault) noexcept;
    bool HasRoom() const;
 
-   FolderAction itsFolderAction;
    IndexDatabase itsWriter; // the thread's
    std::mutex itsReaderMutex;
    IndexDatabase itsReader;

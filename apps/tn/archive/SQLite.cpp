@@ -126,8 +126,18 @@ void SQLiteStatement::Finalizer::operator()(sqlite3_stmt* theStatement) const
    sqlite3_finalize(theStatement);
 }
 
+// One whose rows were left, by an exception for example, takes no parameters.
+void SQLiteStatement::BeginAnew()
+{
+   if (sqlite3_stmt_busy(itsStatement.get()) != 0)
+   {
+      Reset();
+   }
+}
+
 SQLiteStatement& SQLiteStatement::Bind(int theParameter, std::string_view theText)
 {
+   BeginAnew();
    Check(itsDatabase.Get(), sqlite3_bind_text64(itsStatement.get(), theParameter, theText.data(), theText.size(),
                                                 SQLITE_STATIC, SQLITE_UTF8));
    return *this;
@@ -135,12 +145,14 @@ SQLiteStatement& SQLiteStatement::Bind(int theParameter, std::string_view theTex
 
 SQLiteStatement& SQLiteStatement::Bind(int theParameter, std::int64_t theNumber)
 {
+   BeginAnew();
    Check(itsDatabase.Get(), sqlite3_bind_int64(itsStatement.get(), theParameter, theNumber));
    return *this;
 }
 
 SQLiteStatement& SQLiteStatement::BindNull(int theParameter)
 {
+   BeginAnew();
    Check(itsDatabase.Get(), sqlite3_bind_null(itsStatement.get(), theParameter));
    return *this;
 }

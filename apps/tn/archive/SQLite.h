@@ -88,6 +88,7 @@ private:
       void operator()(sqlite3_stmt* theStatement) const;
    };
 
+   void BeginAnew();
    [[noreturn]] void Fail(int theCode) const;
 
    const SQLiteDatabase& itsDatabase;
