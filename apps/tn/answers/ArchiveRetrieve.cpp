@@ -7,6 +7,7 @@
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/base/ValueText.h"
 #include "apps/tn/codec/Decompression.h"
+#include "apps/tn/files/LaterVRs.h"
 #include "apps/tn/node/GuardedStream.h"
 #include "talvenor/association/PDU_Service.h"
 #include "talvenor/dataset/DICOMDataObject.h"
@@ -138,7 +139,9 @@ int ArchiveRetrieve::RetrieveHeader(const DICOMDataObject* theMatch, DICOMDataOb
    theMatch->GetScratchpadValue(kPath, aPath);
    try
    {
-      itsFile = std::make_unique<Part10FileInputStream>(itsArchive.GetFullPath(aPath));
+      auto aFile = std::make_unique<WithLaterVRs<Part10FileInputStream>>(itsArchive.GetFullPath(aPath));
+      aFile->BeginDataset();
+      itsFile = std::move(aFile);
       theSize = itsFile->GetFileSize();
       theSourceSyntax =
           TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(itsFile->GetTransferSyntaxUID());

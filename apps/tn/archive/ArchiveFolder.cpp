@@ -14,6 +14,7 @@
 #include "apps/tn/base/ErrorText.h"
 #include "apps/tn/base/SystemFailure.h"
 #include "apps/tn/files/DatasetChecks.h"
+#include "apps/tn/files/LaterVRs.h"
 #include "talvenor/file/Part10FileInputStream.h"
 #include "talvenor/transfer/InputTransferSyntax.h"
 
@@ -167,7 +168,8 @@ IndexedInstance ArchiveFolder::Read(const std::string& thePath, bool theIsWhole)
    {
       const std::string aFile = itsPath + "/" + thePath;
       anInstance.itsSize = std::filesystem::file_size(aFile);
-      Part10FileInputStream aStream(aFile);
+      WithLaterVRs<Part10FileInputStream> aStream(aFile);
+      aStream.BeginDataset();
       if (aStream.GetPart10Header() == nullptr)
       {
          throw BrokenDataset("no DICOM file");

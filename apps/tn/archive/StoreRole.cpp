@@ -11,6 +11,7 @@
 #include "apps/tn/base/ErrorText.h"
 #include "apps/tn/base/SystemFailure.h"
 #include "apps/tn/base/Tags.h"
+#include "apps/tn/files/LaterVRs.h"
 #include "apps/tn/node/NodeLog.h"
 #include "talvenor/association/PDU_Service.h"
 #include "talvenor/dataset/DICOMCommandObject.h"
@@ -236,8 +237,9 @@ void StoreRole::Receive(PDU_Service& theService, const DICOMCommandObject& theCo
    const std::uint64_t aStart = aFile.GetSize();
 
    SpoolingStream aStream(theInput.GetStream(), aFile);
+   LaterVRStream aDataset(aStream, SyntaxOf(theInput.GetTransferSyntaxType().GetUID()));
    const std::unique_ptr<InputTransferSyntax> aDecoder(
-       theInput.GetTransferSyntaxType().CreateInputTransferSyntax(aStream));
+       theInput.GetTransferSyntaxType().CreateInputTransferSyntax(aDataset));
    IndexedInstance anInstance;
    anInstance.itsKeys.ReadWhole(*aDecoder);
    aStream.TakeRest(); // padding

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "talvenor/dictionary/VRType.h"
 #include "talvenor/transfer/TransferSyntaxManager.h"
 
 namespace
@@ -13,6 +14,9 @@ constexpr std::string_view kDeflated[] = {"1.2.840.10008.1.2.1.99", "1.2.840.100
                                           "1.2.840.10008.1.2.4.205"};
 // Every other one below this root is explicit VR little endian outside the pixel data.
 constexpr std::string_view kStandardRoot = "1.2.840.10008.1.2.";
+
+constexpr UINT16 kLaterVRs[] = {MakeVRCode('O', 'D'), MakeVRCode('O', 'L'), MakeVRCode('O', 'V'), MakeVRCode('S', 'V'),
+                                MakeVRCode('U', 'C'), MakeVRCode('U', 'R'), MakeVRCode('U', 'V')};
 } // namespace
 
 DatasetSyntax SyntaxOf(const RWCString& theUID)
@@ -34,4 +38,9 @@ std::span<const RWCString* const> NativeSyntaxes()
                                                 &TransferSyntaxType::TSLEImplicitUID,
                                                 &TransferSyntaxType::TSBEExplicitUID};
    return kSyntaxes;
+}
+
+bool IsLaterVR(UINT16 theVR)
+{
+   return std::find(std::begin(kLaterVRs), std::end(kLaterVRs), theVR) != std::end(kLaterVRs);
 }

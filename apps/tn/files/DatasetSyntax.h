@@ -27,3 +27,7 @@ DatasetSyntax SyntaxOf(const RWCString& theUID);
 
 // The three native transfer syntaxes, the ones to be preferred first.
 std::span<const RWCString* const> NativeSyntaxes();
+
+// Whether it is a value representation of explicit VR with a length of 32 bits (PS3.5 7.1.2) that the library does not
+// know.
+bool IsLaterVR(UINT16 theVR);

@@ -1,8 +1,6 @@
 #include "apps/tn/files/DatasetWalk.h"
 
-#include <algorithm>
 #include <cstdio>
-#include <iterator>
 #include <string_view>
 
 #include "apps/tn/files/DatasetChecks.h"
@@ -27,17 +25,6 @@ constexpr UINT16 kDelimiterGroup = 0xFFFE;
 
 // Implicit VR little endian, whatever is around it: the content of a sequence of unknown VR (PS3.5 6.2.2).
 constexpr DatasetSyntax kUnknownContent = {DatasetSyntax::Pixels::Native, false, true};
-
-// The representations with a length of 32 bits (PS3.5 7.1.2) that came after those of the library's table.
-constexpr UINT16 kLaterLongVRs[] = {MakeVRCode('O', 'D'), MakeVRCode('O', 'L'), MakeVRCode('O', 'V'),
-                                    MakeVRCode('S', 'V'), MakeVRCode('U', 'C'), MakeVRCode('U', 'R'),
-                                    MakeVRCode('U', 'V')};
-
-bool HasLongLength(UINT16 theVR)
-{
-   return HasLongHeaderVRCode(theVR) ||
-          std::find(std::begin(kLaterLongVRs), std::end(kLaterLongVRs), theVR) != std::end(kLaterLongVRs);
-}
 
 std::string Text(UINT32 theTag)
 {
@@ -104,7 +91,7 @@ DatasetWalk::Header DatasetWalk::ReadHeader()
       return aHeader;
    }
    aHeader.itsVR = MakeVRCode(static_cast<char>(aBytes[4]), static_cast<char>(aBytes[5]));
-   if (!HasLongLength(aHeader.itsVR))
+   if (!HasLongHeaderVRCode(aHeader.itsVR) && !IsLaterVR(aHeader.itsVR))
    {
       aHeader.itsLength = Load<UINT16>(aBytes + 6, isLittle);
       itsPosition += 8;

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iterator>
 
+#include "apps/tn/files/LaterVRs.h"
 #include "talvenor/file/Part10FileInputStream.h"
 #include "talvenor/file/Part10InputStreamInputStream.h"
 #include "talvenor/transfer/TransferSyntaxManager.h"
@@ -41,7 +42,9 @@ InputFile::InputFile(const std::string& theName)
       return;
    }
    CheckIsReadable(theName);
-   itsStream = std::make_unique<Part10FileInputStream>(theName, kForceDefaultVersion, kTolerant);
+   auto aStream = std::make_unique<WithLaterVRs<Part10FileInputStream>>(theName, kForceDefaultVersion, kTolerant);
+   aStream->BeginDataset();
+   itsStream = std::move(aStream);
    Check();
 }
 
@@ -51,8 +54,9 @@ void InputFile::Open(InputStream& theSource)
    {
       throw NotDICOM(); // not even of one element
    }
-   auto aStream = std::make_unique<Part10InputStreamInputStream>();
+   auto aStream = std::make_unique<WithLaterVRs<Part10InputStreamInputStream>>();
    aStream->Open(theSource, kForceDefaultVersion, kTolerant);
+   aStream->BeginDataset();
    itsStream = std::move(aStream);
    Check();
 }

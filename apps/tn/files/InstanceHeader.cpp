@@ -6,6 +6,7 @@
 #include "apps/tn/base/ErrorText.h"
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/files/DirectoryRecordTypes.h"
+#include "apps/tn/files/LaterVRs.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/VR.h"
 #include "talvenor/file/DICOMDirUtilities.h"
@@ -47,10 +48,11 @@ std::unique_ptr<Part10FileInputStream> OpenFile(const std::string& thePath)
 {
    constexpr int kForceDefaultVersion = 1;
    constexpr int kTolerant = 1;
-   std::unique_ptr<Part10FileInputStream> aStream;
+   std::unique_ptr<WithLaterVRs<Part10FileInputStream>> aStream;
    try
    {
-      aStream = std::make_unique<Part10FileInputStream>(thePath, kForceDefaultVersion, kTolerant);
+      aStream = std::make_unique<WithLaterVRs<Part10FileInputStream>>(thePath, kForceDefaultVersion, kTolerant);
+      aStream->BeginDataset();
    }
    catch (const StreamIOException& anException)
    {
