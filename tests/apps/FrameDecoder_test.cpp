@@ -14,6 +14,7 @@ using Bytes = std::vector<unsigned char>;
 
 const char kRLE[] = "1.2.840.10008.1.2.5";
 const char kLossless[] = "1.2.840.10008.1.2.4.57";
+const char kExtended[] = "1.2.840.10008.1.2.4.51";
 const char kLosslessAndLossy[] = "1.2.840.10008.1.2.4.50"; // in which a lossless frame stands by mistake
 
 ImageDescription Image(UINT16 theRows, UINT16 theColumns, UINT16 theBits)
@@ -84,6 +85,16 @@ Bytes With(Bytes thePart, std::size_t thePlace, unsigned char theByte)
    thePart[thePlace] = theByte;
    return thePart;
 }
+
+// 1 row of 12 samples with 12 bits: two blocks, all of whose quantization is 8. The codes are 0, 10 and 110, of 0, 2 and 7
+// bits for DC; for AC of the end of a block, of 7 bits and of 16 zeros.
+const Bytes kQuantisation = Bytes{0xFF, 0xDB, 0x00, 0x43, 0x00} + Bytes(64, 8);
+const Bytes kTables = {0xFF, 0xC4, 0x00, 0x2A, 0x00, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                       2,    7,    0x10, 1,    1,    1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 7, 0xF0};
+const Bytes kExtendedHeaders = {0xFF, 0xC1, 0x00, 0x0B, 12,   0, 1, 0, 12, 1,  1, 0x11,
+                                0,    0xFF, 0xDA, 0x00, 0x08, 1, 1, 0, 0,  63, 0};
+// DC 110 1100100 (100), AC 10 1000111 (71), 0; DC 10 00 (-3), 0; ones
+const Bytes kBlocks = {0b11011001, 0b00101000, 0b11101000, 0b01111111};
 } // namespace
 
 TEST(FrameDecoder, RLESegmentsBecomeSamplesInLittleEndian)
@@ -113,6 +124,20 @@ TEST(FrameDecoder, EveryPredictorOfLosslessJPEG)
    }
 }
 
+// DC alone makes 2048 + 100. The coefficient, 568, brings 568 / sqrt(32) cos((2x + 1) pi / 16), T.81 A.3.3.
+TEST(FrameDecoder, ExtendedJPEGHasTwelveBits)
+{
+   std::string aFault;
+   const Bytes aPixels =
+       Decode(kExtended, Image(1, 12, 12), kSOI + kQuantisation + kTables + kExtendedHeaders + kBlocks + kEOI, aFault);
+   ASSERT_EQ(aPixels.size(), 24U) << aFault;
+   const int kExpected[] = {2246, 2231, 2204, 2168, 2128, 2092, 2065, 2050, 2145, 2145, 2145, 2145};
+   for (std::size_t i = 0; i < 12; ++i)
+   {
+      EXPECT_EQ(aPixels[2 * i] | aPixels[2 * i + 1] << 8, kExpected[i]) << i;
+   }
+}
+
 TEST(FrameDecoder, SamplesOfFewerBitsHaveTheirSign)
 {
    std::string aFault;
@@ -133,6 +158,7 @@ TEST(FrameDecoder, CutFramesAreErrorsWhereverTheyAreCut)
    } kCases[] = {
        {kRLE, Image(1, 4, 16), RLEFrame()},
        {kLossless, Image(2, 3, 8), kSOI + kTable + kFrameHeader + kScanHeader + kScan},
+       {kExtended, Image(1, 12, 12), kSOI + kQuantisation + kTables + kExtendedHeaders + kBlocks},
        {"1.2.840.10008.1.2.4.80", Image(2, 3, 8), kSOI + Bytes{0xFF, 0xF7, 0, 11, 8, 0, 2, 0, 3, 1, 1, 0x11, 0}},
        {"1.2.840.10008.1.2.4.90", Image(2, 3, 8), {0xFF, 0x4F, 0xFF, 0x51, 0, 41}}};
    for (const auto& aCase : kCases)
@@ -163,6 +189,12 @@ TEST(FrameDecoder, FramesThatContradictOrLieAreNamed)
        {kLossless, kSOI + kTable + With(kFrameHeader, 6, 4) + kScanHeader + kScan, "has Rows 4, the header says 1"},
        {kLossless, kSOI + kTable + With(kFrameHeader, 4, 17) + kScanHeader + kScan, "Rows 2"},
        {kLossless, kSOI + kFrameHeader, "Rows 2"},
+       {kExtended, kSOI + kTables + With(kExtendedHeaders, 8, 4) + kBlocks, "no quantization table"},
+       {kExtended, kSOI + kQuantisation + With(kExtendedHeaders, 8, 4) + kBlocks, "a scan has no Huffman table"},
+       {kExtended, kSOI + kQuantisation + kTables + With(kExtendedHeaders, 8, 4) + Bytes{0x6D, 0xB7, 0x77},
+        "more than 64 coefficients"},
+       {kExtended, kSOI + kQuantisation + kTables + With(With(kExtendedHeaders, 8, 4), 4, 13) + kBlocks,
+        "its headers make no sense"},
    };
    for (const auto& aCase : kCases)
    {

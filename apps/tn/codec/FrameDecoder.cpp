@@ -1,5 +1,7 @@
 #include "apps/tn/codec/FrameDecoder.h"
 
+#include "apps/tn/codec/JPEGExtendedDecoder.h"
+#include "apps/tn/codec/JPEGFrame.h"
 #include "apps/tn/codec/JPEGLosslessDecoder.h"
 
 namespace
@@ -10,41 +12,25 @@ std::unique_ptr<FrameDecoder> Make(const ImageDescription& theImage)
    return std::make_unique<Decoder>(theImage);
 }
 
-// Whether the first frame header of a JPEG codestream is that of the lossless process (T.81 B.1.1.3).
-bool IsLosslessJPEG(std::span<const unsigned char> theFrame)
-{
-   constexpr unsigned char kSOF0 = 0xC0, kSOF3 = 0xC3, kDHT = 0xC4, kDAC = 0xCC, kSOF15 = 0xCF;
-   std::size_t aPlace = 2;
-   while (aPlace + 3 < theFrame.size() && theFrame[aPlace] == 0xFF)
-   {
-      const unsigned char aMarker = theFrame[aPlace + 1];
-      if (aMarker >= kSOF0 && aMarker <= kSOF15 && aMarker != kDHT && aMarker != kDAC)
-      {
-         return aMarker == kSOF3;
-      }
-      aPlace += aMarker == 0xFF ? 1 : std::size_t{2} + (theFrame[aPlace + 2] << 8u | theFrame[aPlace + 3]);
-   }
-   return false;
-}
-
 // What the codestream is counts: baseline frames are met with in the lossless syntax.
 class AnyJPEGDecoder : public FrameDecoder
 {
 public:
-   explicit AnyJPEGDecoder(const ImageDescription& theImage)
-       : FrameDecoder(theImage), itsLossy(theImage), itsLossless(theImage)
-   {}
+   explicit AnyJPEGDecoder(const ImageDescription& theImage) : FrameDecoder(theImage) {}
 
    Colours Decode(std::span<const unsigned char> theFrame, std::span<unsigned char> thePixels) override
    {
-      FrameDecoder& aDecoder =
-          IsLosslessJPEG(theFrame) ? static_cast<FrameDecoder&>(itsLossless) : static_cast<FrameDecoder&>(itsLossy);
-      return aDecoder.Decode(theFrame, thePixels);
+      const JPEGFrame::Kind aKind = JPEGFrame::KindOf(theFrame);
+      if (aKind.itsProcess == JPEGFrame::kLossless)
+      {
+         return JPEGLosslessDecoder(itsImage).Decode(theFrame, thePixels);
+      }
+      if (aKind.itsProcess == JPEGFrame::kExtended && aKind.itsPrecision > 8)
+      {
+         return JPEGExtendedDecoder(itsImage).Decode(theFrame, thePixels);
+      }
+      return JPEGDecoder(itsImage).Decode(theFrame, thePixels);
    }
-
-private:
-   JPEGDecoder itsLossy;
-   JPEGLosslessDecoder itsLossless;
 };
 
 struct Row

@@ -44,7 +44,7 @@ public:
    Colours Decode(std::span<const unsigned char> theFrame, std::span<unsigned char> thePixels) override;
 };
 
-// JPEG baseline and extended, 8 bits (ITU-T T.81). YCbCr becomes RGB.
+// JPEG baseline and extended, 8 bits (ITU-T T.81); those with 12 have JPEGExtendedDecoder. YCbCr becomes RGB.
 class JPEGDecoder : public FrameDecoder
 {
 public:
