@@ -126,7 +126,8 @@ public:
    // The printer, whose attributes an SCP tells: fill them in.
    AbstractPrinter& GetPrinterObject() { return *itsPrinter; }
 
-   // SCP: the look-up table or overlay that a film or image box references by this instance; null when there is none.
+   // SCP: the look-up table or overlay that a film or image box references by this instance, also one that the client has
+   // deleted meanwhile; null when there is none.
    const PrintObject* FindStandaloneBox(const UID& theInstance) const;
 
    // What the tree of an SCP holds, and the most that it may hold, in bytes as encoded. Once the limit is reached, data sets
@@ -193,6 +194,7 @@ private:
    bool IsAnythingBusy() const;
    const StandardAdvancedBox* FindStandaloneMessages(const UID& theSOPClass);
    PrintAnswer CheckStandaloneBox(const UID& theSOPClass, const DICOMDataObject& theAttributes) const;
+   void DropDeletedBoxes();
    int CreateStandaloneBox(const Request& theRequest, const StandardAdvancedBox& theMessages);
 
    UID itsMetaSOPClass;

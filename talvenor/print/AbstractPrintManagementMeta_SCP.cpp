@@ -289,6 +289,7 @@ int AbstractPrintManagementMeta::DeleteSession(const Request& theRequest)
       return theRequest.Refuse(PrintStatus::kResourceLimitation, "The film session is being printed");
    }
    DeleteAll();
+   DropDeletedBoxes();
    Reset();
    SetCreated(0);
    return itsFilmSessionMessages.ReadDelete(theRequest.itsService, theRequest.itsCommand);

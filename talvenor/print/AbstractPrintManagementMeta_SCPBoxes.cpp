@@ -1,5 +1,6 @@
 // The role of SCP: the boxes of images and annotations, and those that stand alone, look-up tables and overlays.
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "talvenor/print/BasicImageCheck.h"
@@ -110,7 +111,7 @@ int AbstractPrintManagementMeta::ReadStandaloneBoxRequest(const Request& theRequ
       return CreateStandaloneBox(theRequest, aMessages);
    }
    PrintObject* const aBox = FindPart(itsStandaloneBoxes, theRequest.itsInstance);
-   if (aBox == nullptr || aBox->GetSOPClassUID() != theRequest.itsSOPClass)
+   if (aBox == nullptr || !aBox->IsCreated() || aBox->GetSOPClassUID() != theRequest.itsSOPClass)
    {
       return theRequest.Refuse(PrintStatus::kNoSuchInstance, "No such look-up table or overlay");
    }
@@ -125,7 +126,8 @@ int AbstractPrintManagementMeta::ReadStandaloneBoxRequest(const Request& theRequ
    }
    if (theRequest.Is(kNDelete))
    {
-      std::erase_if(itsStandaloneBoxes, [&](const auto& theBox) { return theBox.get() == aBox; });
+      aBox->SetCreated(0);
+      DropDeletedBoxes();
       return aMessages.ReadDelete(theRequest.itsService, theRequest.itsCommand);
    }
    DICOMDataObject aChanges;
@@ -184,6 +186,31 @@ int AbstractPrintManagementMeta::CreateStandaloneBox(const Request& theRequest, 
           }
           return anAnswer;
        });
+}
+
+// What a client has deleted stays for the films that refer to it (PS3.4 H.4.9): they are printed with it.
+void AbstractPrintManagementMeta::DropDeletedBoxes()
+{
+   std::set<RWCString> aReferenced;
+   const auto aTake = [&](const PrintObject& theObject) {
+      for (const PrintTag::Tag aTag :
+           {PrintTag::kReferencedPresentationLUTs, PrintTag::kReferencedOverlays, PrintTag::kReferencedVOILUTs})
+      {
+         for (const PrintReference& aReference : ReadReferences(theObject, aTag))
+         {
+            aReferenced.insert(aReference.itsSOPInstance.ToString());
+         }
+      }
+   };
+   for (const auto& aFilmBox : GetFilmBoxes())
+   {
+      aTake(*aFilmBox);
+      std::for_each(aFilmBox->GetImageBoxes().begin(), aFilmBox->GetImageBoxes().end(),
+                    [&](const auto& theBox) { aTake(*theBox); });
+   }
+   std::erase_if(itsStandaloneBoxes, [&](const auto& theBox) {
+      return !theBox->IsCreated() && !aReferenced.contains(theBox->GetSOPInstanceUID().ToString());
+   });
 }
 
 const PrintObject* AbstractPrintManagementMeta::FindStandaloneBox(const UID& theInstance) const

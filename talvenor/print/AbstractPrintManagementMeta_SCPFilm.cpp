@@ -131,7 +131,7 @@ PrintAnswer AbstractPrintManagementMeta::CheckReferencedLUTs(const DICOMDataObje
    for (const PrintReference& aReference : ReadReferences(theAttributes, PrintTag::kReferencedPresentationLUTs))
    {
       const PrintObject* const aLUT = FindStandaloneBox(aReference.itsSOPInstance);
-      if (aLUT == nullptr || aLUT->GetSOPClassUID() != PrintSOPClass::kPresentationLUT)
+      if (aLUT == nullptr || !aLUT->IsCreated() || aLUT->GetSOPClassUID() != PrintSOPClass::kPresentationLUT)
       {
          return {PrintStatus::kInvalidValue, "No such presentation LUT", {PrintTag::kReferencedPresentationLUTs}};
       }
@@ -241,5 +241,6 @@ int AbstractPrintManagementMeta::DeleteFilmBox(const Request& theRequest, Abstra
    }
    RemoveReference(*this, PrintTag::kReferencedFilmBoxes, theRequest.itsInstance);
    std::erase_if(FilmBoxes(), [&](const auto& theBox) { return theBox.get() == &theFilmBox; });
+   DropDeletedBoxes();
    return itsFilmBoxMessages.ReadDelete(theRequest.itsService, theRequest.itsCommand);
 }

@@ -40,11 +40,21 @@ int StandardStatus::GetUID(UID& theUID) const
 int StandardStatus::WriteGet(PDU_Service& theService, const UID& theInstance, DICOMDataObject& theAttributes,
                              AbstractPrintManagementMeta& theMeta) const
 {
-   return PrintExchange(kGet, theService, theMeta)
-              .Run([&] { return NGetRQ::Write(theService, theAttributes, theInstance); },
-                   [&](const DICOMCommandObject& theResponse, DICOMDataObject&) {
-                      return NGetRSP::Read(theResponse, theService, theAttributes);
-                   }) != PrintExchange::Failed;
+   PrintExchange anExchange(kGet, theService, theMeta);
+   const auto anOutcome = anExchange.Run([&] { return NGetRQ::Write(theService, theAttributes, theInstance); },
+                                         [&](const DICOMCommandObject& theResponse, DICOMDataObject& theDataset) {
+                                            if (!NGetRSP::Read(theResponse, theService, theDataset))
+                                            {
+                                               return 0;
+                                            }
+                                            if (HasDataset(theResponse))
+                                            {
+                                               theAttributes.Reset();
+                                            }
+                                            return 1;
+                                         });
+   MergeAttributes(theAttributes, anExchange.GetDataset());
+   return anOutcome != PrintExchange::Failed;
 }
 
 int StandardStatus::WriteEventReport(PDU_Service& theService, const UID& theInstance, DICOMDataObject& theInformation,

@@ -23,7 +23,9 @@ public:
    int WriteGet(PDU_Service& theService, const UID& theInstance, DICOMDataObject& theAttributes,
                 AbstractPrintManagementMeta& theMeta) const;
 
-   // SCP: reports an event of the instance to a client.
+   // SCP: reports an event of the instance to a client, and waits for its response. A request of the client that comes
+   // meanwhile is lost: a host whose clients go on calls NEventReportRQ::Write instead, and takes the response
+   // (NEventReportRSP::Read) among the commands that it reads.
    int WriteEventReport(PDU_Service& theService, const UID& theInstance, DICOMDataObject& theInformation,
                         UINT16 theEventTypeID, AbstractPrintManagementMeta& theMeta) const;
 

@@ -14,11 +14,13 @@
 #include "apps/tn/print/PrintImage.h"
 #include "support/ServedNode.h"
 #include "talvenor/association/PDU_Service.h"
+#include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/dictionary/VRType.h"
 #include "talvenor/foundation/MUIDFactory.h"
 #include "talvenor/print/PrintManagementMetas.h"
+#include "talvenor/ul/SocketDULStream.h"
 #include "talvenor/ul/SocketDULStreamFactory.h"
 
 namespace
@@ -241,6 +243,94 @@ std::string PixelsOf(const std::string& thePath)
    return aVR == nullptr ? "none: " + thePath
                          : std::string(reinterpret_cast<const char*>(aVR->GetData()), aVR->GetLength());
 }
+
+// A printer that reports events in front of some answers, and prints into its notes. Serves one client.
+class TalkativePrinter : public BasicGrayscalePrintManagementMeta
+{
+public:
+   // To the requests theOvertaken, counted from 1, the event comes first; image theRefused has no room.
+   explicit TalkativePrinter(std::set<unsigned int> theOvertaken, unsigned int theRefused = 0)
+       : itsOvertaken(std::move(theOvertaken)), itsRefused(theRefused)
+   {
+      itsListener.SetAbortPollMilliseconds(20);
+      itsListener.Listen(0, 1, "127.0.0.1");
+      itsThread = std::thread([this] { Serve(); });
+   }
+   ~TalkativePrinter() override { Finish(); }
+
+   std::string Address() const { return "PRINTER@127.0.0.1:" + std::to_string(itsListener.GetListenPort()); }
+
+   // What has been printed: for each film of the session its images.
+   Texts Finish()
+   {
+      itsListener.SetAbortRequestedFlag(1);
+      if (itsThread.joinable())
+      {
+         itsThread.join();
+      }
+      return itsPrints;
+   }
+
+   int ReadBox(PDU_Service& theService, const DICOMCommandObject& theRequest, DICOMDataObject& theTarget,
+               const PrintDecision& theDecision) override
+   {
+      const PrintDecision aRefusal = [](DICOMDataObject&) { return PrintAnswer{0xC605, "", {}}; };
+      return BasicGrayscalePrintManagementMeta::ReadBox(theService, theRequest, theTarget,
+                                                        ++itsImages == itsRefused ? aRefusal : theDecision);
+   }
+   int ActionPrintFilmBox(AbstractFilmBox*, DICOMDataObject&) override { return 0; }
+   int ActionPrint(AbstractFilmSession*, DICOMDataObject&) override
+   {
+      std::string aPrint;
+      for (const auto& aFilm : GetFilmBoxes())
+      {
+         for (const auto& aBox : aFilm->GetImageBoxes())
+         {
+            aPrint += ItemsOf(FindVR(*aBox, 0x20200110)).empty() ? "-" : "x";
+         }
+         aPrint += " ";
+      }
+      itsPrints.push_back(aPrint);
+      return 1;
+   }
+   void PrinterEventCallback(AbstractPrinter&, DICOMDataObject&, UINT16, void*) override {}
+   void PrintJobEventCallback(AbstractPrintJob&, DICOMDataObject&, UINT16, void*) override {}
+   int ErrorCallback(const ErrorDescription&) override { return 0; }
+
+private:
+   void Serve()
+   {
+      if (!itsListener.Accept(30))
+      {
+         return;
+      }
+      auto aStream = std::make_unique<SocketDULStream>();
+      aStream->ManageConnection(itsListener.UnmanageConnection());
+      PDU_Service aService(SocketDULStreamFactory::GetInstance());
+      aService.WaitForAssociationRequest(aStream.release());
+      aService.AddAbstractSyntaxAlias(UID(PrintSOPClass::kPrinter), UID(PrintMetaSOPClass::kBasicGrayscale));
+      unsigned int aRequests = 0;
+      for (DICOMCommandObject aCommand; aService.ReadCommand(aCommand);)
+      {
+         if (aCommand.GetUINT16(0, 0x0100) == 0x8100)
+         {
+            continue; // what the client says to an event
+         }
+         if (itsOvertaken.contains(++aRequests))
+         {
+            GetPrinterMessages().NEventReportRQ::Write(aService, UID(AbstractPrinter::kInstance), 2);
+         }
+         Read(aService, aCommand);
+      }
+   }
+
+   const std::set<unsigned int> itsOvertaken;
+   const unsigned int itsRefused;
+   unsigned int itsImages = 0;
+   Socket itsListener;
+   Texts itsPrints;
+   std::thread itsThread;
+};
 
 class TnPrint : public testing::Test
 {
@@ -501,9 +591,28 @@ TEST_F(TnPrint, PrintsWhatTnPrintHasPrepared)
              << aPrint.itsPrinted;
       }
    }
-   for (const char* const aName : {"session.dcm", "film.dcm", "sheet.png"})
+   for (const char* const aName : {"session.dcm", "film.dcm", "presentation-lut-1.dcm", "sheet.png"})
    {
       EXPECT_TRUE(HasFile(0, aName)) << aName;
    }
+}
+
+TEST_F(TnPrint, EventsInFrontOfAnswersLeaveNoGapsOnTheFilms)
+{
+   const std::string aFiles =
+       " '" + Sample("ct-explicit.dcm") + "' '" + Sample("ct-explicit.dcm") + "' '" + Sample("ct-explicit.dcm") + "'";
+   {
+      // The printer is asked twice then, and the first film box made twice; images and the print are there all the same.
+      TalkativePrinter aPrinter({1, 5, 8, 11, 12});
+      const Outcome anOutcome = Tn("print --timeout 10 --session --film 1x2 " + aPrinter.Address() + aFiles);
+      EXPECT_EQ(anOutcome.itsCode, 0) << anOutcome.itsErrors;
+      EXPECT_TRUE(Contains(anOutcome.itsErrors, "the printer reports WARNING")) << anOutcome.itsErrors;
+      EXPECT_EQ(aPrinter.Finish(), Texts{"xx x- "});
+   }
+   TalkativePrinter aSmallPrinter({6}, 2); // the refusal of the second image
+   const Outcome anOutcome = Tn("print --timeout 10 --session --film 1x2 " + aSmallPrinter.Address() + aFiles);
+   EXPECT_EQ(anOutcome.itsCode, 8) << anOutcome.itsErrors;
+   EXPECT_TRUE(Contains(anOutcome.itsErrors, "sending an image: Insufficient memory")) << anOutcome.itsErrors;
+   EXPECT_EQ(aSmallPrinter.Finish(), Texts());
 }
 } // namespace

@@ -1,20 +1,22 @@
 # Printing. Sourced by interop.sh.
-prints=$work/prints jobs=$work/jobs printer=$(free_port)
-mkdir -p "$prints" "$jobs"
+prints=$work/prints jobs=$work/jobs luts=$work/luts printer=$(free_port)
+mkdir -p "$prints" "$jobs" "$luts"
 start printer "$tn" serve --aet PRINTER --port "$printer" --print "$prints"
 listening "$printer"
 
 # The printer as dcmtk's print tools see it; the rest of its configuration is the one that is installed.
-awk -v jobs="$jobs" -v port="$printer" '
+awk -v jobs="$jobs" -v luts="$luts" -v port="$printer" '
    /^\[\[/ { isNetwork = ($0 == "[[COMMUNICATION]]") }
    isNetwork && !isWritten {
+      print "[[LUT]]\n[STEEP]\nFilename = steep.dcm\nDescription = black or white"
       print "[[COMMUNICATION]]\n[PRINTER]\nAetitle = PRINTER\nDescription = tn\nHostname = 127.0.0.1\nPort = " port
       print "Type = PRINTER\nDisableNewVRs = true\nDisplayFormat = 1,1\\1,2\\2,2\\2,3\nFilmSizeID = 14INX17IN"
       print "ImplicitOnly = false\nMaxPDU = 16384\nMediumType = PAPER\nSupports12Bit = true\nSupportsPresentationLUT = true"
       isWritten = 1
    }
    isNetwork { next }
-   /^Directory *=/ { print "Directory = " jobs; next }
+   /^\[/ { isLUT = ($0 == "[LUT]") }
+   /^Directory *=/ { print "Directory = " (isLUT ? luts : jobs); next }
    { print }' /etc/dcmtk/dcmpstat.cfg > "$work/print.cfg"
 
 # The pixels of files, sorted: size and digest of each. Fails when there are none.
@@ -46,6 +48,28 @@ for layout in "1 2" "2 2" "2 3"; do
    row "two films are there, each with a picture" 0 '^2$' bash -c 'ls "$0"/*/sheet.png | wc -l' "$prints"
 done
 row "the printer still answers" 0 'ms' "$tn" echo "PRINTER@127.0.0.1:$printer"
+
+# Presentation LUTs: a shape, the other shape, and a table.
+{
+   printf '(2050,0010) SQ (Sequence with explicit length #=1)\n(fffe,e000) na (Item)\n(0028,3002) US 4096\\0\\12\n(0028,3006) US 0'
+   for i in $(seq 4095); do printf '\\%s' $((i < 2048 ? 0 : 4095)); done
+   printf '\n(fffe,e00d) na (ItemDelimitationItem)\n(fffe,e0dd) na (SequenceDelimitationItem)\n'
+} > "$work/steep.txt"
+dump2dcm -q +l 65536 +te "$work/steep.txt" "$luts/steep.dcm"
+rm -rf "${prints:?}"/*
+for lut in --identity --lin-od "--plut STEEP"; do
+   rm -rf "${jobs:?}"/*
+   # shellcheck disable=SC2086
+   dcmpsprt -q -c "$work/print.cfg" -p PRINTER --layout 1 1 --filmsize 14INX17IN $lut "${images[0]}" > /dev/null 2>&1
+   job=$(find "$jobs" -name 'SP_*.dcm' | head -1)
+   row "dcmprscu prints with $lut" 0 '^$' dcmprscu -q -c "$work/print.cfg" -p PRINTER "$job"
+done
+row "the three have their LUTs, and pictures of their own" 0 '^3 3$' bash -c \
+   'echo $(ls "$0"/*/presentation-lut-1.dcm | wc -l) $(md5sum "$0"/*/sheet.png | cut -c 1-32 | sort -u | wc -l)' "$prints"
+mv "$prints" "$prints.away"
+row "dcmprscu sees that the printer fails" any 'unable to print' dcmprscu -c "$work/print.cfg" -p PRINTER "$job"
+mv "$prints.away" "$prints"
+row "dcmprscu prints when the printer is well again" 0 '^$' dcmprscu -q -c "$work/print.cfg" -p PRINTER "$job"
 
 # tn print, on our printer and on dcmtk's in its two profiles; the restricted one takes nothing without a presentation LUT.
 rm -rf "${prints:?}"/*

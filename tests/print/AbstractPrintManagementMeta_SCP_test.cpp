@@ -269,6 +269,22 @@ TEST(AbstractPrintManagementMeta_SCP, LeavesAloneWhatIsBeingPrintedAndBoundsWhat
    Play(aHost, {{"too many films", Request(0x0140, kFilm, "1.7", Film("SLIDE")), 0, 0x0213, ""}});
 }
 
+TEST(AbstractPrintManagementMeta_SCP, KeepsADeletedLUTForTheFilmsThatReferToIt)
+{
+   Host aHost;
+   const std::string aReference = Sequence(0x20500500, {Reference(kLUT, "1.4")});
+   const std::string aFilm = "S1.5[1.6 { 1.2.3}]";
+   Play(aHost, {{"LUT", Request(0x0140, kLUT, "1.4", Text(0x20500020, "CS", "IDENTITY")), 1, 0, "-"},
+                {"session", Request(0x0140, kSession, "1.5"), 1, 0, "S1.5"},
+                {"film", Request(0x0140, kFilm, "1.6", Film("SLIDE", aReference)), 1, 0, aFilm},
+                {"LUT goes", Request(0x0150, kLUT, "1.4"), 1, 0, aFilm},
+                {"LUT goes, again", Request(0x0150, kLUT, "1.4"), 0, 0x0112, aFilm},
+                {"for no other film", Request(0x0140, kFilm, "1.7", Film("SLIDE", aReference)), 0, 0x0106, aFilm}});
+   EXPECT_NE(aHost.FindStandaloneBox("1.4"), nullptr);
+   Play(aHost, {{"film goes", Request(0x0150, kFilm, "1.6"), 1, 0, "S1.5"}});
+   EXPECT_EQ(aHost.FindStandaloneBox("1.4"), nullptr);
+}
+
 TEST(AbstractPrintManagementMeta_SCP, TellsThePrintJobThatTheHostNames)
 {
    Host aHost;

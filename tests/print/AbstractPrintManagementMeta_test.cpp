@@ -108,6 +108,33 @@ TEST(AbstractPrintManagementMeta, StopsWhereThePrinterHasFewerImageBoxesThanTheF
    EXPECT_EQ(CommandsIn(aService.Sent()).size(), 2u);
 }
 
+// The attributes that the printer does know are there, for the callback as for the caller.
+TEST(AbstractPrintManagementMeta, TakesWhatThePrinterTellsWithAWarning)
+{
+   struct Asking : Host
+   {
+      int ErrorCallback(const ErrorDescription& theError) override
+      {
+         itsTold = theError.GetResponseDataset();
+         EXPECT_TRUE(itsTold != nullptr && itsTold->HasAttribute(0x2110, 0x0010));
+         return Host::ErrorCallback(theError);
+      }
+      const DICOMObject* itsTold = nullptr;
+   } aHost;
+   aHost.itsTolerance = 1;
+   MemoryAssociation aService(kMeta,
+                              Response(0x8110, 0x0107, "", Text(0x21100010, "CS", "NORMAL")) + Response(0x8110, 0));
+   DICOMDataObject anAttributes;
+   anAttributes.Push(new VR(0x2110, 0x0099, "", 0));
+   EXPECT_TRUE(aHost.GetPrinter(aService, anAttributes));
+   EXPECT_NE(aHost.itsTold, nullptr);
+   EXPECT_TRUE(anAttributes.HasAttribute(0x2110, 0x0010) && !anAttributes.HasAttribute(0x2110, 0x0099));
+   EXPECT_TRUE(aHost.GetPrinter(aService, anAttributes));
+   EXPECT_TRUE(anAttributes.HasAttribute(0x2110, 0x0010)) << "nothing told, nothing changed";
+   EXPECT_EQ(aHost.itsNotes, Notes{"StandardStatus::WriteGet: Attribute(s) Not Recognized in Context of this SOP "
+                                   "Class (22, 7)"});
+}
+
 // The four operations that have statuses of their own, on one association.
 struct Operation
 {

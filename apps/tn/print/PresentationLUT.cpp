@@ -15,16 +15,6 @@ constexpr UINT32 kReferencedInstance = 0x00081155;
 constexpr UINT32 kLUTDescriptor = 0x00283002;
 constexpr UINT32 kLUTData = 0x00283006;
 
-// What theObject refers to; null when that is nothing that is there.
-const PrintObject* FindLUT(const PrintObject& theObject)
-{
-   const std::vector<DICOMDataObject*> anItems = ItemsOf(FindVR(theObject, PrintTags::kReferencedPresentationLUTs));
-   const PrintObject* const aLUT =
-       anItems.empty() ? nullptr
-                       : theObject.GetMeta().FindStandaloneBox(UID(TextOf(*anItems.front(), kReferencedInstance)));
-   return aLUT != nullptr && aLUT->GetSOPClassUID() == PrintSOPClass::kPresentationLUT ? aLUT : nullptr;
-}
-
 UINT16 WordAt(const VR& theVR, std::size_t theIndex)
 {
    return TNEndian::Load<UINT16>(theVR.GetData() + 2 * theIndex, theVR.GetDataEndian());
@@ -45,10 +35,19 @@ double JNDIndexOf(double theLuminance)
 }
 } // namespace
 
+const PrintObject* PresentationLUT::Find(const PrintObject& theObject)
+{
+   const std::vector<DICOMDataObject*> anItems = ItemsOf(FindVR(theObject, PrintTags::kReferencedPresentationLUTs));
+   const PrintObject* const aLUT =
+       anItems.empty() ? nullptr
+                       : theObject.GetMeta().FindStandaloneBox(UID(TextOf(*anItems.front(), kReferencedInstance)));
+   return aLUT != nullptr && aLUT->GetSOPClassUID() == PrintSOPClass::kPresentationLUT ? aLUT : nullptr;
+}
+
 PresentationLUT::PresentationLUT(const AbstractFilmBox& theFilmBox, const AbstractImageBox& theBox)
 {
-   const PrintObject* aLUT = FindLUT(theBox);
-   aLUT = aLUT != nullptr ? aLUT : FindLUT(theFilmBox);
+   const PrintObject* aLUT = Find(theBox);
+   aLUT = aLUT != nullptr ? aLUT : Find(theFilmBox);
    if (aLUT == nullptr)
    {
       return;

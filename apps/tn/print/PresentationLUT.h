@@ -16,11 +16,15 @@
 class AbstractFilmBox;
 class AbstractImageBox;
 class DICOMDataObject;
+class PrintObject;
 
 class PresentationLUT
 {
 public:
    PresentationLUT(const AbstractFilmBox& theFilmBox, const AbstractImageBox& theBox);
+
+   // What theObject, a film box or an image box, refers to; null when that is nothing that is there.
+   static const PrintObject* Find(const PrintObject& theObject);
 
    // The P-value, from 0 to 1.
    double At(double theLevel) const;

@@ -18,6 +18,9 @@ namespace
 {
 using namespace PrintTags;
 
+// That may come in place of one answer: the question is asked again then.
+constexpr int kMostEvents = 8;
+
 void Put(DICOMObject& theObject, UINT32 theTag, UINT16 theType, const std::string& theText)
 {
    theObject.Push(MakeElement(theTag, theType, theText).release());
@@ -215,7 +218,10 @@ std::string PrintSession::Status::Text() const
 PrintSession::Status PrintSession::AskPrinter()
 {
    DICOMDataObject anAnswer; // all that it tells: some refuse to be asked for what they do not know
-   Require([&] { return itsMeta->Get().GetPrinter(itsService, anAnswer); });
+   for (int i = 0; i < kMostEvents && anAnswer.IsEmpty(); ++i)
+   {
+      Require([&] { return itsMeta->Get().GetPrinter(itsService, anAnswer); });
+   }
    return {TextOf(anAnswer, kPrinterStatus), TextOf(anAnswer, kPrinterStatusInfo), TextOf(anAnswer, kPrinterName),
            TextOf(anAnswer, kManufacturer), TextOf(anAnswer, kModelName)};
 }
@@ -330,7 +336,6 @@ std::string PrintSession::Print(bool theIsAll)
 // of the next film then.
 std::string PrintSession::AskJob(const UID& theJob)
 {
-   constexpr int kMostEvents = 8;
    DICOMDataObject anAnswer;
    for (int i = 0; i < kMostEvents && anAnswer.IsEmpty(); ++i)
    {

@@ -7,6 +7,7 @@
 #include <deque>
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <stdexcept>
 
 #include <fcntl.h>
@@ -16,6 +17,7 @@
 #include "apps/tn/base/SystemFailure.h"
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/print/FilmSheet.h"
+#include "apps/tn/print/PresentationLUT.h"
 #include "apps/tn/print/PrintTags.h"
 #include "talvenor/dataset/DICOMFileType.h"
 #include "talvenor/dataset/SequenceVR.h"
@@ -118,6 +120,22 @@ void SavePart(const PrintObject& thePart, const std::string& thePath)
    Save(aDataset, thePath, thePart.GetSOPClassUID().ToString(), thePart.GetSOPInstanceUID().ToString());
 }
 
+// The presentation LUTs that the film box and its image boxes refer to, each once.
+void SaveLUTs(const AbstractFilmBox& theFilmBox, const std::string& theFolder)
+{
+   std::set<const PrintObject*> aLUTs = {PresentationLUT::Find(theFilmBox)};
+   for (const auto& aBox : theFilmBox.GetImageBoxes())
+   {
+      aLUTs.insert(PresentationLUT::Find(*aBox));
+   }
+   aLUTs.erase(nullptr);
+   unsigned int aNumber = 0;
+   for (const PrintObject* const aLUT : aLUTs)
+   {
+      SavePart(*aLUT, theFolder + "/presentation-lut-" + std::to_string(++aNumber) + ".dcm");
+   }
+}
+
 std::string TimeText()
 {
    const std::time_t aNow = std::time(nullptr);
@@ -208,6 +226,7 @@ std::vector<std::string> WritePrintedFilms(const std::string& theFolder, const A
       SavePart(theSession, aFolder.GetPath() + "/session.dcm");
       SavePart(*aFilmBox, aFolder.GetPath() + "/film.dcm");
       SaveImages(*aFilmBox, aFolder.GetPath());
+      SaveLUTs(*aFilmBox, aFolder.GetPath());
       FilmSheet(*aFilmBox).Write(aFolder.GetPath() + "/sheet.png");
       aFolder.SynchroniseAll();
    }
