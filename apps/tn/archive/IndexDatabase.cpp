@@ -294,6 +294,10 @@ std::int64_t IndexDatabase::Count()
 
 void IndexDatabase::Begin()
 {
+   if (itsDatabase.IsInTransaction())
+   {
+      RollBack(); // which failed the last time, for want of memory
+   }
    itsStatements->itsBegin.Run();
 }
 
@@ -310,7 +314,7 @@ void IndexDatabase::RollBack()
       itsDatabase.Execute("ROLLBACK");
    }
    catch (...)
-   {} // nothing had begun, or SQLite has rolled back itself; or the next Begin fails, which leads here again
+   {} // nothing had begun, or SQLite has rolled back itself
 }
 
 bool IndexDatabase::AgreesWithFiles()

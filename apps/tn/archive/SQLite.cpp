@@ -112,6 +112,11 @@ std::int64_t SQLiteDatabase::GetLastRow() const
    return sqlite3_last_insert_rowid(itsDatabase);
 }
 
+bool SQLiteDatabase::IsInTransaction() const
+{
+   return sqlite3_get_autocommit(itsDatabase) == 0;
+}
+
 SQLiteStatement::SQLiteStatement(const SQLiteDatabase& theDatabase, const std::string& theText)
     : itsDatabase(theDatabase)
 {
@@ -126,10 +131,10 @@ void SQLiteStatement::Finalizer::operator()(sqlite3_stmt* theStatement) const
    sqlite3_finalize(theStatement);
 }
 
-// One whose rows were left, by an exception for example, takes no parameters.
+// One that was left in the middle, by an exception for example, takes no parameters.
 void SQLiteStatement::BeginAnew()
 {
-   if (sqlite3_stmt_busy(itsStatement.get()) != 0)
+   if (itsHasBegun)
    {
       Reset();
    }
@@ -159,6 +164,7 @@ SQLiteStatement& SQLiteStatement::BindNull(int theParameter)
 
 bool SQLiteStatement::Step()
 {
+   itsHasBegun = true;
    const int aCode = sqlite3_step(itsStatement.get());
    if (aCode != SQLITE_ROW && aCode != SQLITE_DONE)
    {
@@ -177,6 +183,7 @@ void SQLiteStatement::Run()
 void SQLiteStatement::Reset()
 {
    sqlite3_reset(itsStatement.get()); // a failure has been told by Step
+   itsHasBegun = false;
 }
 
 void SQLiteStatement::Fail(int theCode) const

@@ -50,6 +50,7 @@ public:
    void SetWatch(std::function<bool()> theGoesOn);
 
    std::int64_t GetLastRow() const;
+   bool IsInTransaction() const;
    sqlite3* Get() const { return itsDatabase; }
 
 private:
@@ -93,4 +94,5 @@ private:
 
    const SQLiteDatabase& itsDatabase;
    std::unique_ptr<sqlite3_stmt, Finalizer> itsStatement;
+   bool itsHasBegun = false; // since it was made ready
 };
