@@ -8,11 +8,11 @@ RWCString MAttributeTag::AsNumericString() const
 {
    static constexpr char kDigits[] = "0123456789abcdef";
    RWCString aText = "gggg, eeee";
-   for (int aDigit = 0; aDigit < 4; ++aDigit)
+   for (std::size_t aDigit = 0; aDigit < 4; ++aDigit)
    {
-      const int aShift = 12 - 4 * aDigit;
-      aText[static_cast<std::size_t>(aDigit)] = kDigits[itsGroup >> aShift & 0xF];
-      aText[static_cast<std::size_t>(aDigit + 6)] = kDigits[itsElement >> aShift & 0xF];
+      const std::size_t aShift = 12 - 4 * aDigit;
+      aText[aDigit] = kDigits[itsGroup >> aShift & 0xF];
+      aText[aDigit + 6] = kDigits[itsElement >> aShift & 0xF];
    }
    return aText;
 }

@@ -65,7 +65,10 @@ public:
    ErrorDescription(const ErrorDescription& theOther) { InternalAssign(theOther); }
    ErrorDescription& operator=(const ErrorDescription& theOther)
    {
-      InternalAssign(theOther);
+      if (this != &theOther)
+      {
+         InternalAssign(theOther);
+      }
       return *this;
    }
 
