@@ -130,8 +130,8 @@ public:
    // deleted meanwhile; null when there is none.
    const PrintObject* FindStandaloneBox(const UID& theInstance) const;
 
-   // What the tree of an SCP holds, and the most that it may hold, in bytes as encoded. Once the limit is reached, data sets
-   // are refused unread.
+   // What the tree of an SCP holds, and the most that it may hold, in bytes: as encoded, and 100 for each element and item.
+   // Once the limit is reached, data sets are refused unread.
    UINT64 GetMemoryUse() const;
    void SetMemoryLimit(UINT64 theBytes) { itsMemoryLimit = theBytes; }
 

@@ -9,7 +9,8 @@
 
 #include "talvenor/association/PDU_Service.h"
 #include "talvenor/dataset/DICOMCommandObject.h"
-#include "talvenor/dataset/VR.h"
+#include "talvenor/dataset/DICOMObjectIterator.h"
+#include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/foundation/MUIDFactory.h"
 #include "talvenor/print/PrintReferences.h"
 #include "talvenor/print/PrintRequest.h"
@@ -24,9 +25,32 @@ bool IsValidUID(const RWCString& theText)
           theText.back() != '.' && theText.find("..") == RWCString::npos;
 }
 
+UINT64 CountElements(const DICOMObject& theObject)
+{
+   UINT64 aCount = 0;
+   DICOMObjectIterator aWalk(theObject, ExplicitNoGroupLength);
+   for (const VR* aVR = aWalk.First(); aVR != nullptr; aVR = aWalk.Next())
+   {
+      ++aCount;
+      const SequenceVR* const aSequence = aVR->GetAsSequenceVR();
+      if (aSequence == nullptr || aSequence->IsEmpty())
+      {
+         continue;
+      }
+      for (const DICOMDataObject* const anItem : *aSequence->GetSequenceArray())
+      {
+         aCount += 1 + (anItem != nullptr ? CountElements(*anItem) : 0);
+      }
+   }
+   return aCount;
+}
+
+// Elements and items take memory besides their values: without counting them, empty ones would take ten times what they
+// are allowed.
 UINT64 SizeOf(const DICOMObject& theObject)
 {
-   return theObject.GetEncodedLength(ExplicitNoGroupLength);
+   constexpr UINT64 kOverhead = 100; // bytes, about
+   return theObject.GetEncodedLength(ExplicitNoGroupLength) + kOverhead * CountElements(theObject);
 }
 
 UINT64 SizeOf(const AbstractFilmBox& theFilmBox)

@@ -251,6 +251,13 @@ TEST(AbstractPrintManagementMeta_SCP, LeavesAloneWhatIsBeingPrintedAndBoundsWhat
    aHost.SetMemoryLimit(aHost.GetMemoryUse());
    Play(aHost, {{"too large, unread", anImage, 0, 0xC605, ""},
                 {"film changes, unread", Request(0x0120, kFilm, "1.6", Film("STANDARD\\1,2")), 0, 0x0213, ""}});
+   std::string aCrowd;
+   for (UINT32 i = 0; i < 900; ++i)
+   {
+      aCrowd += Text(0x20110000 + 0x10000 * 2 * (i / 256) + i % 256, "CS", "");
+   }
+   aHost.SetMemoryLimit(50000);
+   Play(aHost, {{"900 elements of 8 bytes", Request(0x0120, kFilm, "1.6", aCrowd), 0, 0x0213, ""}});
    aHost.SetMemoryLimit(100000);
    Play(aHost, {{"image", anImage, 1, 0, "S1.5[1.6 { 1.2.3+ 1.2.4}]"},
                 {"second image in the same place", Request(0x0120, kGray, "1.2.4", ImageBox({})), 1, 0,

@@ -1,4 +1,4 @@
-// The memory that all print sessions of a node have together, in bytes of data sets as encoded. Each association has an
+// The memory that all print sessions of a node have together, in bytes (AbstractPrintManagementMeta::GetMemoryUse). Each association has an
 // account: what its sessions hold, and while a data set is being read, as much as that may become.
 #pragma once
 
