@@ -3,6 +3,7 @@
 
 A seed is a small input that reaches a part of the reader which random bytes would not find."""
 
+import base64
 import pathlib
 import struct
 
@@ -381,13 +382,85 @@ def json_seeds():
     yield "deep", b'{"a":' + b"[" * 60 + b"]" * 60 + b"}"
 
 
+# Frames of 16 by 16 pixels as other encoders made them: name, syntax and photometric interpretation of the target, bits
+# stored, samples, and the frame.
+FRAMES = [
+    ("baseline", 0, 0, 8, 1, """
+        /9j/4AAQSkZJRgABAQAAAQABAAD/2wBDAAMCAgMCAgMDAwMEAwMEBQgFBQQEBQoHBwYIDAoMDAsKCwsNDhIQDQ4RDgsLEBYQERMUFRUVDA8XGBYU
+        GBIUFRT/wAALCAAQABABAREA/8QAFQABAQAAAAAAAAAAAAAAAAAAAAn/xAAZEAEAAgMAAAAAAAAAAAAAAAADAQYABSL/2gAIAQEAAD8AnbRKIe7G
+        WaeMXuiHpBhhnjFEvZ6QZFo4xe72e7GBGOM////Z
+        """),
+    ("colour", 0, 2, 8, 3, """
+        /9j/4AAQSkZJRgABAQAAAQABAAD/2wBDAAMCAgMCAgMDAwMEAwMEBQgFBQQEBQoHBwYIDAoMDAsKCwsNDhIQDQ4RDgsLEBYQERMUFRUVDA8XGBYU
+        GBIUFRT/2wBDAQMEBAUEBQkFBQkUDQsNFBQUFBQUFBQUFBQUFBQUFBQUFBQUFBQUFBQUFBQUFBQUFBQUFBQUFBQUFBQUFBQUFBT/wAARCAAQABAD
+        ASEAAhEBAxEB/8QAFQABAQAAAAAAAAAAAAAAAAAAAAb/xAAZEAACAwEAAAAAAAAAAAAAAAABBAACAxL/xAAVAQEBAAAAAAAAAAAAAAAAAAAACP/E
+        ABsRAAEEAwAAAAAAAAAAAAAAABQAERVBAQIT/9oADAMBAAIRAxEAPwCpeeOB5rCLx3PNpHQeBulqIIXWLJtnR5E7nqsIonA9WgzA3O0mtYsa2Zf/
+        /9k=
+        """),
+    ("extended", 1, 0, 12, 1, """
+        /9j/4AAQSkZJRgABAQAAAQABAAD/2wBDAAMCAgMCAgMDAwMEAwMEBQgFBQQEBQoHBwYIDAoMDAsKCwsNDhIQDQ4RDgsLEBYQERMUFRUVDA8XGBYU
+        GBIUFRT/wQALDAAQABABAREA/8QAFQABAQAAAAAAAAAAAAAAAAAAAAv/xAAdEAABBAIDAAAAAAAAAAAAAAACAQMEBwAKBgkh/9oACAEBAAA/AIu2
+        ivor173Y05Iue55BjxdCQGIzaemuN6jRXr3pOpyPc9MSDLi6koPxnE9BcaK+9RXvSdTkimLnjmXF1JDYktr6C43qN6ive7GnI9MUxHMeLoSm/JcX
+        01z/2Q==
+        """),
+    ("lossless", 2, 0, 12, 1, """
+        /9j/4AAQSkZJRgABAQAAAQABAAD/wwALEAAQABABAREA/8QAHQAAAgIDAQEBAAAAAAAAAAAABgcDBQABBAIID//aAAgBAQAGAAD8AHJunus7a07M
+        46uprOHmhm6LG+MGAzGcxjcks5/Wb6bAgOWu8H6/Xo4WKT9/vWu66NW2+/on6F+gX8+XUxyGfXmzJWO63u6Gu0mw5HY3zix1HbFLLb7PNCgmLTtm
+        NhjXvqO0JT08JbTt77O7Kjg6IZfHZakN53TSzT9VjdkFrJrMzMzMzMzMzOOqH6Piijig5a+loKuP1VjQGBjVXxcNbSiwOCj0UlSLLRQrEMGBoTBV
+        oqF1R6krBtcJREJdUK1TptJqAHrtycNKFqVC/O/z38/oFDJZcj8Pr3zcA+DKhHoNBIxProZ4PG9w89fQiC/WayXIQOVkGsz//9k=
+        """),
+    ("jpeg-ls", 3, 0, 12, 1, """
+        /9j/9wALEAAQABABAREA//gADQH//wASAEMBFABA/9oACAEBAAAAAEOYFwPheH4VwlhOBo9LJdJpJGIhAyC0JohRcjRF6G0AIPQ2h1DaE0FIFQdC
+        iKVDS6saoouQAiKRK1Vp5CyC0GohSKn1TLHpmRkgCBUJIrTpHCdQmiKLUvMu4DJJXSVAEGYhhFQuUXoaRRGaxsWyD3T5FkAhubzWEam5DyIpYqDd
+        ZyepUhFACB8JYX0c9hQ0iENqlWqBDKEEHIAQFgfBmE4QlUNQAgBAEAQCAEAIAQAgBACAQCAQEAILwdkcFj0HIHQEgBDkMp9VKRIIMQnscOtlIsiK
+        B0AIYXZMbbIUSE0K7PX4ZOKpBByAEjSwRJBNVRoohHU6P7rxsUgtAEZNR/EMyUwiCDcI7fv9dOWwbAEsXrNYqrR1BqCMFYU2uzs1GJ4BGEomFFOJ
+        BB0C4DwThHGNNxY7AIdHI9FolB0CgP/Z
+        """),
+    ("near-lossless", 3, 0, 12, 1, """
+        /9j/9wALDAAQABABAREA/9oACAEBAAIAAG43e/ecchSu7SohiRimoW1zWKSrkHCxhAlCxBSXkZnnBIecGlIpYphT2rJFnhY8RejawUIS0hQw4dMO
+        MTUpgpTWFECZAwRiEb51DOU1kl7XWhGM7pFohESEIQhCSoTvsJakwzHkvYtfI/8x1Ia4IJPruyUkm8YtDAk2aIrkVWSeTNMhREybfJYrqzTXpmEu
+        vvsuWnd+kkv+aqqQ5ikzdUrbspa1sqj/2QA=
+        """),
+    ("jpeg-2000", 4, 0, 12, 1, """
+        /0//UQApAAAAAAAQAAAAEAAAAAAAAAAAAAAAEAAAABAAAAAAAAAAAAABDwEB/1IADAAAAAEAAwQEAAH/XAANQICIiJCIiJCIiJD/ZAAqAAFDcmVh
+        dGVkIGJ5IEdEQ00vT3BlbkpQRUcgdmVyc2lvbiAyLjUuMP+QAAoAAAAAARsAAf+T3/iQUAeBV1k0sWSu83fAP2B4B+wPAD8wYBA8iIiL2y8QTKeC
+        iZo/C9divTy0wD9hWAfsKwAfgIgjE7X/cnkjf6OHlOonREDWibGtVocfsrCXKLsjn8p1G0GZ2ixu4eJmsZ8kJPEJovHXr9oCIcuMpY5sj8APwOIA
+        fgawAB8iEF8NkOzv9Bf/EDvHYNMVEHjI5ETdO0zOWBbU/jPPybpIsKtNnzHn37P1yvu+O91ArtbgkvOKs84HUv9iFs20hs2vbhC51ZM3tHgxt8s+
+        c8OA/3+n6z/cSX8xEB/4ebjTm5CFt0nFiuP8vhwtEnE5UGzaAY8V9/wzbWOjvM7XLQATtYzvE58SMJuRx9zUT0P/2Q==
+        """),
+    ("jpeg-2000-colour", 4, 1, 8, 3, """
+        /0//UQAvAAAAAAAQAAAAEAAAAAAAAAAAAAAAEAAAABAAAAAAAAAAAAADBwEBBwEBBwEB/1IADAAAAAEAAwQEAAH/XAANQEBISFBISFBISFD/ZAAq
+        AAFDcmVhdGVkIGJ5IEdEQ00vT3BlbkpQRUcgdmVyc2lvbiAyLjUuMP+QAAoAAAAAAbMAAf+T34AoB4NByPvfgDAE0znJst/PtBQIf9Qif8PqBIfU
+        CwPnCBA8Z2gQTKeCHwvXXcfD6gWH1AsD5wgPRQkPPw9lRwM/CrnUj8HzhIPnCwHyAxA8oqcQTJz/fwvWlcPqDIfUGQHyCCMTlHmXS24Vc82wfx+y
+        oVW5WhWVoKPldCQmjUlamlacw+oMh9QZAfIJI7+WeZdLbhURffg/HvK82EOFmlFXx6KnJNb3/3dX7G1bwfOKg+cVAPhIIxN6HH61Q8osGR+yoVFr
+        8j/G4S8kASAHsY68WsD5C0D5DEAdUF8Nkzq0KUA6OzdFDvUjQL9VSWPucU9Nv7UOmKXTlyTPNaM81ygU3kxd83JOnB8osDY6d4XruGIBQJmQCEaR
+        Xlv/f8D5C0D5DUAdRDjO4lSKk4ldBGpNVvIyzNRuTjU53bdM/W6ZdXmZ3QX8PN6WowImkrxXQ3vaJySC7xanhbWLH+0VuOeFnDJizsWfwHwowHwq
+        QB08OWSv+X2wqgknCn7+4re6yd9Nv794Y27xNvoGfzToOAKjbMW0vyi9FjpHPljtH43hwwSHt//Z
+        """),
+    ("jpeg-ls-without-end", 3, 0, 12, 1, """
+        /9j/9wALDAAQABABAREA/9oACAEBAAIAAG43e/ecchSu7SohiRimoW1zWKSrkHCxhAlCxBSXkZnnBIecGlIpYphT2rJFnhY8RejawUIS0hQw4dMO
+        MTUpgpTWFECZAwRiEb51DOU1kl7XWhGM7pFohESEIQhCSoTvsJakwzHkvYtfI/8x1Ia4IJPruyUkm8YtDAk2aIrkVWSeTNMhREybfJYrqzTXpmEu
+        vvsuWnd+kkv+aqqQ5ikzdQA=
+        """),
+]
+
+
+def decompression_seeds():
+    for name, syntax, photometric, bits, samples, text in FRAMES:
+        head = bytes([syntax, photometric, 0, bits - 1, 0 if bits > 8 else 1, 0 if samples == 1 else 1, 15, 15])
+        yield name, head + base64.b64decode("".join(text.split()))
+    yield "rle", bytes([5, 0, 0, 15, 0, 0, 3, 0]) + struct.pack("<16I", 2, 64, 66, *[0] * 13) + (
+        b"\xFD\1\1\x10\x20\x80\xFF\x30")
+
+
 def main():
     targets = {"FuzzPart10": part10_seeds, "FuzzElements": elements_seeds, "FuzzTranscode": transcode_seeds,
                "FuzzFrames": frames_seeds, "FuzzJPEG": jpeg_seeds, "FuzzJP2": jp2_seeds,
                "FuzzDataDictionary": dictionary_seeds, "FuzzUIDDictionary": uid_seeds,
                "FuzzMessages": message_seeds, "FuzzAssociationPDUs": association_seeds,
                "FuzzAssociation": whole_association_seeds, "FuzzServices": service_seeds,
-               "FuzzIdentifier": identifier_seeds, "FuzzJsonLine": json_seeds}
+               "FuzzIdentifier": identifier_seeds, "FuzzJsonLine": json_seeds,
+               "FuzzDecompression": decompression_seeds}
     for target, seeds in targets.items():
         folder = HERE / "corpus" / target
         folder.mkdir(parents=True, exist_ok=True)

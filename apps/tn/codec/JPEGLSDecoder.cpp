@@ -12,8 +12,11 @@ try
    {
       FailDecompression("the JPEG-LS frame is empty");
    }
+   // The library stops at a marker; where a frame ends without one it takes 2^31 zeros for its continuation.
+   std::vector<unsigned char> aFrame(theFrame.begin(), theFrame.end());
+   aFrame.insert(aFrame.end(), {0xFF, 0xD9}); // EOI
    charls::jpegls_decoder aDecoder;
-   aDecoder.source(theFrame.data(), theFrame.size());
+   aDecoder.source(aFrame.data(), aFrame.size());
    aDecoder.read_header();
    const charls::frame_info& anInfo = aDecoder.frame_info();
    itsImage.CheckAgainst(anInfo.height, anInfo.width, static_cast<UINT64>(anInfo.component_count),
