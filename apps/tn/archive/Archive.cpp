@@ -23,8 +23,9 @@ void Tell(const std::string& theText)
    std::cerr << OnOneLine("tn serve: " + theText) + "\n" << std::flush;
 }
 
-// One that cannot be used is thrown away: the files are there.
-void MakeIndexAgree(const ArchiveFolder& theFolder)
+// One that cannot be used is thrown away: the files are there. theIsSafe: so that they stay there after a power cut, for
+// an instance that is sent again is answered for by its file.
+void MakeIndexAgree(const ArchiveFolder& theFolder, bool theIsSafe)
 {
    const std::string aPath = theFolder.GetIndexPath();
    for (int anAttempt = 0;; ++anAttempt)
@@ -34,6 +35,10 @@ void MakeIndexAgree(const ArchiveFolder& theFolder)
          IndexDatabase anIndex(aPath);
          if (!anIndex.AgreesWithFiles())
          {
+            if (theIsSafe)
+            {
+               theFolder.SynchroniseAll();
+            }
             theFolder.Repair(anIndex, Tell);
          }
          anIndex.SetAgreesWithFiles(false); // from now on
@@ -45,7 +50,7 @@ void MakeIndexAgree(const ArchiveFolder& theFolder)
          {
             throw std::runtime_error(aPath + ": " + anError.what());
          }
-         Tell(aPath + ": damaged, made anew from the files");
+         Tell(aPath + ": made anew from the files: " + anError.what());
          for (const char* aSuffix : {"", "-wal", "-shm"})
          {
             std::filesystem::remove(aPath + aSuffix);
@@ -106,11 +111,7 @@ Archive::Archive(const Settings& theSettings)
     : itsSettings(theSettings), itsFolder(theSettings.itsFolder, true), itsSpoolFolder(itsFolder.OpenSpoolFolder())
 {
    itsFolder.EmptySpoolFolder();
-   if (itsSettings.itsSynchronising != Synchronising::kNone)
-   {
-      itsFolder.SynchroniseAll(); // an instance that is sent again is answered for by the file that is there
-   }
-   MakeIndexAgree(itsFolder);
+   MakeIndexAgree(itsFolder, itsSettings.itsSynchronising != Synchronising::kNone);
    itsIndex = std::make_unique<Index>(itsFolder.GetIndexPath());
 }
 
@@ -122,7 +123,10 @@ Archive::~Archive()
    {
       if (isWhole)
       {
-         itsFolder.SynchroniseAll(); // the index must not know files that a power cut takes away
+         if (itsSettings.itsSynchronising == Synchronising::kNone)
+         {
+            itsFolder.SynchroniseAll(); // the index must not know files that a power cut takes away
+         }
          IndexDatabase(itsFolder.GetIndexPath()).SetAgreesWithFiles(true);
       }
    }

@@ -162,7 +162,7 @@ IndexDatabase::IndexDatabase(const std::string& thePath) : itsDatabase(thePath, 
    }
    else if (aNumber != kVersion)
    {
-      throw SQLiteFailure("the index is of another version of this program", 0);
+      throw SQLiteFailure("it is of another version of this program", SQLiteFailure::kIsNoDatabase);
    }
    itsStatements = std::make_unique<Statements>(itsDatabase);
 }

@@ -5,6 +5,7 @@
 namespace
 {
 constexpr int kPrimaryCode = 0xFF; // what an extended code begins with
+static_assert(SQLiteFailure::kIsNoDatabase == SQLITE_NOTADB);
 
 void Check(sqlite3* theDatabase, int theCode)
 {
@@ -53,7 +54,7 @@ bool SQLiteFailure::IsInterrupted() const
 
 bool SQLiteFailure::IsDamaged() const
 {
-   return (itsCode & kPrimaryCode) == SQLITE_CORRUPT || (itsCode & kPrimaryCode) == SQLITE_NOTADB;
+   return (itsCode & kPrimaryCode) == SQLITE_CORRUPT || (itsCode & kPrimaryCode) == kIsNoDatabase;
 }
 
 SQLiteDatabase::SQLiteDatabase(const std::string& thePath, int theBusySeconds)

@@ -14,6 +14,8 @@ struct sqlite3_stmt;
 class SQLiteFailure : public std::runtime_error
 {
 public:
+   static constexpr int kIsNoDatabase = 26; // SQLITE_NOTADB
+
    SQLiteFailure(const std::string& theText, int theCode) : std::runtime_error(theText), itsCode(theCode) {}
 
    // That another process has locked the database for longer than it was waited for.
@@ -22,7 +24,7 @@ public:
    // That SetWatch's function has ended the statement.
    bool IsInterrupted() const;
 
-   // That the file is damaged, or no database.
+   // That the file is damaged, or no database of ours.
    bool IsDamaged() const;
 
 private:
