@@ -12,6 +12,7 @@ awk -v jobs="$jobs" -v luts="$luts" -v port="$printer" '
       print "[[COMMUNICATION]]\n[PRINTER]\nAetitle = PRINTER\nDescription = tn\nHostname = 127.0.0.1\nPort = " port
       print "Type = PRINTER\nDisableNewVRs = true\nDisplayFormat = 1,1\\1,2\\2,2\\2,3\nFilmSizeID = 14INX17IN"
       print "ImplicitOnly = false\nMaxPDU = 16384\nMediumType = PAPER\nSupports12Bit = true\nSupportsPresentationLUT = true"
+      print "PresentationLUTPreferSCPRendering = true"
       isWritten = 1
    }
    isNetwork { next }
@@ -64,8 +65,9 @@ for lut in --identity --lin-od "--plut STEEP"; do
    job=$(find "$jobs" -name 'SP_*.dcm' | head -1)
    row "dcmprscu prints with $lut" 0 '^$' dcmprscu -q -c "$work/print.cfg" -p PRINTER "$job"
 done
-row "the three have their LUTs, and pictures of their own" 0 '^3 3$' bash -c \
-   'echo $(ls "$0"/*/presentation-lut-1.dcm | wc -l) $(md5sum "$0"/*/sheet.png | cut -c 1-32 | sort -u | wc -l)' "$prints"
+row "the three are there with their LUTs" 0 '^4096.*\[IDENTITY\]\[LIN OD\]$' bash -c \
+   'dcmdump +P 0028,3002 +P 2050,0020 "$0"/*/presentation-lut-1.dcm | grep -o "4096\|\[[A-Z ]*\]" | sort | tr -d "\n"' "$prints"
+row "each has a picture of its own" 0 '^3$' bash -c 'md5sum "$0"/*/sheet.png | cut -c 1-32 | sort -u | wc -l' "$prints"
 mv "$prints" "$prints.away"
 row "dcmprscu sees that the printer fails" any 'unable to print' dcmprscu -c "$work/print.cfg" -p PRINTER "$job"
 mv "$prints.away" "$prints"

@@ -104,8 +104,8 @@ double PresentationLUT::DensityLevelOf(double theLevel) const
    };
    const double aBlack = anIndex(itsMostDensity);
    const double aWhite = anIndex(itsLeastDensity);
-   const double aDensity = itsMostDensity - theLevel * (itsMostDensity - itsLeastDensity);
-   return aWhite > aBlack ? (anIndex(aDensity) - aBlack) / (aWhite - aBlack) : theLevel;
+   const double aDensity = itsLeastDensity + theLevel * (itsMostDensity - itsLeastDensity);
+   return aWhite > aBlack ? (anIndex(aDensity) - aBlack) / (aWhite - aBlack) : 1 - theLevel;
 }
 
 double PresentationLUT::At(double theLevel) const
