@@ -123,6 +123,21 @@ std::string MakeFiles(const TemporaryDirectory& theFolder, unsigned int theCount
    return "'" + theFolder.Path().string() + "'";
 }
 
+TEST(TnSend, NamesTwentyFilesWithTheSameFaultAndCountsTheRest)
+{
+   const TemporaryDirectory aFolder;
+   for (int i = 0; i < 30; ++i)
+   {
+      WriteFile(aFolder.File("notes" + std::to_string(i)), "no DICOM file");
+   }
+   const TemporaryDirectory aReports;
+   const Outcome anOutcome =
+       Tn("send -r --report '" + aReports.File("all") + "' X@127.0.0.1:1 '" + aFolder.Path().string() + "'");
+   EXPECT_EQ(LinesOf(anOutcome.itsErrors), 20u) << anOutcome.itsErrors;
+   EXPECT_TRUE(Contains(anOutcome.itsErrors, "more files with this fault are only counted, --report names them\n"));
+   EXPECT_EQ(LinesOf(ReadFile(aReports.File("all"))), 30u);
+}
+
 TEST(TnSend, LosesNothingWhateverThePeerAnswers)
 {
    const TemporaryDirectory aFolder;

@@ -29,7 +29,7 @@ Number Load(const unsigned char* theBytes, bool theIsLittleEndian)
 LaterVRStream::LaterVRStream(InputStream& theSource, const DatasetSyntax& theSyntax)
     : itsSource(theSource), itsIsLittleEndian(theSyntax.itsIsLittleEndian)
 {
-   if (!theSyntax.itsIsExplicit || theSyntax.itsPixels == DatasetSyntax::Pixels::Hidden)
+   if (!IsNeeded(theSyntax))
    {
       itsValue = std::numeric_limits<UINT64>::max();
    }
@@ -84,8 +84,14 @@ unsigned int LaterVRStream::Skip(unsigned int theCount)
    });
 }
 
-void LaterVRStream::Pushback(const unsigned char*, unsigned int theCount)
+void LaterVRStream::Pushback(const unsigned char* theBytes, unsigned int theCount)
 {
+   if (itsHeaderSize == 0) // there are none: all is the source's
+   {
+      itsSource.Pushback(theBytes, theCount);
+      itsValue += theCount;
+      return;
+   }
    if (theCount > itsHeaderRead)
    {
       throw StreamIOException("more bytes are put back than were read of a header", TN_INTERNAL_ERROR, 0);

@@ -18,7 +18,13 @@
 class LaterVRStream : public InputStream
 {
 public:
-   // theSource is borrowed. Where theSyntax is not one of explicit VR, everything passes as it is.
+   // Whether datasets in that syntax can have such elements.
+   static bool IsNeeded(const DatasetSyntax& theSyntax)
+   {
+      return theSyntax.itsIsExplicit && theSyntax.itsPixels != DatasetSyntax::Pixels::Hidden;
+   }
+
+   // theSource is borrowed. What is in a syntax that does not need this passes as it is.
    LaterVRStream(InputStream& theSource, const DatasetSyntax& theSyntax);
 
    unsigned int Read(unsigned char* theBuffer, unsigned int theCount) override;
@@ -64,7 +70,14 @@ public:
    using Source::Source;
 
    // To be called once the header has been read, before anything is read of the dataset.
-   void BeginDataset() { itsDataset.emplace(itsBytes, SyntaxOf(this->GetTransferSyntaxUID())); }
+   void BeginDataset()
+   {
+      const DatasetSyntax aSyntax = SyntaxOf(this->GetTransferSyntaxUID());
+      if (LaterVRStream::IsNeeded(aSyntax))
+      {
+         itsDataset.emplace(itsBytes, aSyntax);
+      }
+   }
 
    unsigned int Read(unsigned char* theBuffer, unsigned int theCount) override
    {

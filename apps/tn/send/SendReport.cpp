@@ -91,16 +91,34 @@ void SendReport::Add(const Entry& theEntry)
    }
    if (theEntry.itsOutcome != Outcome::NotSent) // one line says why they all were not
    {
-      if (itsProgress)
-      {
-         itsProgress->Wipe();
-      }
-      std::cerr << Line("tn send: " + theEntry.itsPath + ": " + theEntry.itsText) << "\n" << std::flush;
+      TellFault(theEntry);
    }
    if (itsKeepsEntries)
    {
       itsFaults.push_back(theEntry);
    }
+}
+
+// A full archive refuses thousands of files in the same words.
+void SendReport::TellFault(const Entry& theEntry)
+{
+   constexpr std::size_t kMostLines = 20;
+   constexpr std::size_t kMostTexts = 1000;
+   std::string anEnd;
+   if (itsTexts.size() < kMostTexts || itsTexts.contains(theEntry.itsText))
+   {
+      const std::size_t aCount = ++itsTexts[theEntry.itsText];
+      if (aCount > kMostLines)
+      {
+         return;
+      }
+      anEnd = aCount == kMostLines ? "; more files with this fault are only counted, --report names them" : "";
+   }
+   if (itsProgress)
+   {
+      itsProgress->Wipe();
+   }
+   std::cerr << Line("tn send: " + theEntry.itsPath + ": " + theEntry.itsText + anEnd) << "\n" << std::flush;
 }
 
 // Each line is on its way before the next file is: what is killed has told what was acknowledged.

@@ -1,5 +1,5 @@
-// What became of each file that was to be sent: on standard error for those that went wrong, in the report file for
-// all, and in sums. Of any thread.
+// What became of each file that was to be sent: on standard error for those that went wrong, as long as it is not always
+// the same, in the report file for all, and in sums. Of any thread.
 #pragma once
 
 #include <chrono>
@@ -74,6 +74,7 @@ private:
    using Clock = std::chrono::steady_clock;
 
    void WriteLine(const Entry& theEntry);
+   void TellFault(const Entry& theEntry);
 
    std::mutex itsMutex;
    std::ofstream itsFile;
@@ -83,6 +84,7 @@ private:
    std::size_t itsCounts[5] = {};
    std::map<int, std::size_t> itsReasons; // how many files have which exit code
    std::vector<Entry> itsFaults;
+   std::map<std::string, std::size_t> itsTexts; // how many files have gone wrong in the same words
    UINT64 itsBytes = 0;
    Clock::time_point itsStart;
    Clock::time_point itsEnd;
