@@ -16,7 +16,7 @@ def help_of(program, *command):
 
 
 def subcommands(text):
-    found = re.search(r"^Subcommands:\n((?:  .*\n?)*)", text, re.M)
+    found = re.search(r"^Commands:\n((?:  .*\n?)*)", text, re.M)
     return re.findall(r"^  (\S+)", found[1], re.M) if found else []
 
 

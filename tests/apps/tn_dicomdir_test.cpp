@@ -439,6 +439,10 @@ TEST(TnDicomdirList, ShowsOffsetsAndRefusesWhatIsNoDirectory)
       return std::string(10 - aPlace.size(), ' ') + aPlace + "  IMAGE  A/B\n";
    };
    EXPECT_EQ(ListBytes(aDirectory.Bytes(), "--offsets").itsOutput, aLine(0) + aLine(1));
+   const std::string aJson = ListBytes(aDirectory.Bytes(), "--json").itsOutput;
+   EXPECT_EQ(LinesOf(aJson), 2U);
+   EXPECT_TRUE(aJson.starts_with("{\"offset\":" + aDirectory.Place(0) + ",\"depth\":0,")) << aJson;
+   EXPECT_TRUE(Contains(aJson, R"("DirectoryRecordType":"IMAGE","ReferencedFileID":["A","B"])")) << aJson;
    const Outcome aCut = ListBytes(aDirectory.Bytes().substr(0, aDirectory.Bytes().size() - 8));
    EXPECT_EQ(aCut.itsCode, 3);
    EXPECT_EQ(LinesOf(aCut.itsOutput), 2u);

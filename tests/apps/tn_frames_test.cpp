@@ -95,6 +95,25 @@ TEST(TnFrames, ListsFramesByCodestreamTableOrFragment)
    }
 }
 
+TEST(TnFrames, TellsOfFramesAsJSON)
+{
+   const TemporaryDirectory aFolder;
+   const std::string aFile = aFolder.File("frames.dcm");
+   WriteFile(aFile, File(kJPEG, 2, "", {kOne.substr(0, 2), kOne.substr(2) + kTwo}));
+   EXPECT_EQ(Tn("frames --json " + aFile).itsOutput,
+             R"({"frame":1,"offset":0,"length":4,"firstFragment":1,"fragments":2})"
+             "\n"
+             R"({"frame":2,"offset":10,"length":10,"firstFragment":2,"fragments":1})"
+             "\n");
+   WriteFile(aFile, File(kJPEG, 2, "\0\0\0\0\x0D\0\0\0"s, {kOne, kTwo}));
+   const Outcome aTable = Tn("frames --json --offset-table " + aFile);
+   EXPECT_EQ(aTable.itsCode, 1) << aTable.itsErrors;
+   EXPECT_EQ(aTable.itsOutput, R"({"frame":1,"inTheData":0,"built":0})"
+                               "\n"
+                               R"({"frame":2,"inTheData":13,"built":12})"
+                               "\n");
+}
+
 TEST(TnFrames, TakesAFrameOut)
 {
    const struct
@@ -147,6 +166,8 @@ TEST(TnFrames, ShowsCodestreamsOnTheirOwn)
    WriteFile(aFolder.File("two.jpg"), kOne + kTwo);
    const Outcome aList = Tn("frames " + aFolder.File("two.jpg"));
    EXPECT_EQ(Rows(aList.itsOutput), "1 0 4\n2 4 10\n") << aList.itsErrors;
+   EXPECT_EQ(Tn("frames --json " + aFolder.File("two.jpg")).itsOutput,
+             "{\"image\":1,\"offset\":0,\"length\":4}\n{\"image\":2,\"offset\":4,\"length\":10}\n");
    const Outcome aMarkers = Tn("frames --markers " + aFolder.File("two.jpg"));
    EXPECT_TRUE(Contains(aMarkers.itsOutput, "COM")) << aMarkers.itsOutput;
    const Outcome aTable = Tn("frames --offset-table " + aFolder.File("two.jpg"));

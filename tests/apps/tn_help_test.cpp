@@ -1,12 +1,17 @@
 // What tn tells of itself and of DICOM, and the file of --config.
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
+#include "apps/tn/base/ValueText.h"
 #include "apps/tn/help/HelpFormatter.h"
+#include "apps/tn/query/MatchWriter.h"
 #include "support/RunTn.h"
 #include "support/TemporaryDirectory.h"
+#include "talvenor/dataset/DICOMDataObject.h"
+#include "talvenor/dataset/VR.h"
 
 TEST(TnExplain, TellsWhatAWordIs)
 {
@@ -29,6 +34,10 @@ TEST(TnExplain, TellsWhatAWordIs)
        {"0122H", 0, "(0122H)"},
        {"DA", 0, "YYYYMMDD"},
        {"DA NoSuchThing", 1, "YYYYMMDD"},
+       {"--json 00280010", 0, R"("tag":"0028,0010","keyword":"Rows","vr":"US","vm":"1","description":)"},
+       {"--json 1.2.840.10008.1.2", 0, R"("type":"transfer syntax","served":"yes"})"},
+       {"--json A700 NoSuchThing", 1,
+        R"~({"word":"A700","status":"A700","C-STORE":"refused: out of resources (A700H)")~"},
    };
    for (const auto& aCase : kCases)
    {
@@ -91,6 +100,52 @@ TEST(HelpFormatter, NamesTypesAsPeopleDo)
    for (const auto& aCase : kCases)
    {
       EXPECT_EQ(HelpFormatter::SimplifyType(aCase.itsType), aCase.itsText) << aCase.itsType;
+   }
+}
+
+TEST(HelpFormatter, FillsParagraphsAndLeavesExamples)
+{
+   EXPECT_EQ(HelpFormatter::Filled("one two three\nfour\n\nExample:\n  tn  x | tn y | tn z\nmore", 10),
+             "one two\nthree four\n\nExample:\n  tn  x | tn y | tn z\nmore\n");
+   EXPECT_EQ(HelpFormatter::Filled("abcdefghijklm no", 10), "abcdefghijklm\nno\n");
+   EXPECT_EQ(HelpFormatter::Filled("", 10), "");
+}
+
+TEST(MatchWriter, ATableFitsTheTerminal)
+{
+   DICOMDataObject aMatch;
+   const struct
+   {
+      UINT32 itsTag;
+      const char* itsText;
+   } kValues[] = {
+       {0x00100010, "M\xC3\xA4kinen-Lehtinen^Tyyne"}, {0x00081030, "Thorax, two planes"}, {0x0020000D, "1.2.3.4.5"}};
+   for (const auto& aValue : kValues)
+   {
+      aMatch.Push(MakeElement(aValue.itsTag, 0, aValue.itsText).release());
+   }
+   const std::vector<QueryKeys::Column> aColumns = {
+       {"PatientName", {0x00100010}}, {"StudyDescription", {0x00081030}}, {"StudyInstanceUID", {0x0020000D}}};
+   const struct
+   {
+      std::size_t itsWidth;
+      const char* itsText;
+   } kCases[] = {
+       {0, "PatientName             StudyDescription    StudyInstanceUID\n"
+           "M\xC3\xA4kinen-Lehtinen^Tyyne  Thorax, two planes  1.2.3.4.5\n"},
+       {40, "PatientName    StudyDescri\xE2\x80\xA6  StudyIns\xE2\x80\xA6\n"
+            "M\xC3\xA4kinen-Leh\xE2\x80\xA6  Thorax, two\xE2\x80\xA6  1.2.3.4.5\n"},
+       {18, "PatientName       M\xC3\xA4kinen-Lehtinen^Tyyne\n"
+            "StudyDescription  Thorax, two planes\n"
+            "StudyInstanceUID  1.2.3.4.5\n"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      std::ostringstream anOutput;
+      const auto aWriter = MatchWriter::Make(MatchWriter::Form::Table, anOutput, aColumns, aCase.itsWidth);
+      aWriter->Write(aMatch);
+      aWriter->Finish();
+      EXPECT_EQ(anOutput.str(), aCase.itsText) << aCase.itsWidth;
    }
 }
 

@@ -4,20 +4,26 @@
 #include <cmath>
 #include <cstdio>
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "apps/tn/base/Terminal.h"
 #include "talvenor/foundation/OneLine.h"
 
 namespace
 {
 constexpr auto kPause = std::chrono::milliseconds(100); // between two lines
 constexpr char kWipe[] = "\r\x1b[K";
+constexpr std::size_t kUsualWidth = 80;
 
-std::size_t TerminalWidth()
+// Of a path the end tells more than the beginning.
+std::string CutToEnd(const std::string& theName, std::size_t theWidth)
 {
-   winsize aSize{};
-   return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &aSize) == 0 && aSize.ws_col > 0 ? aSize.ws_col : 80;
+   constexpr std::size_t kDots = 3;
+   if (theName.size() <= theWidth)
+   {
+      return theName;
+   }
+   return theWidth <= kDots ? "" : "..." + theName.substr(theName.size() - theWidth + kDots);
 }
 } // namespace
 
@@ -70,9 +76,11 @@ void Progress::Show()
       return;
    }
    itsLastShown = aNow;
-   std::string aLine = Figures(std::chrono::duration<double>(aNow - itsStart).count()) + itsName;
-   aLine.resize(std::min(aLine.size(), TerminalWidth() - 1));
-   std::fprintf(stderr, "%s%s", kWipe, aLine.c_str());
+   const std::size_t aTerminal = TerminalWidth(STDERR_FILENO);
+   const std::size_t aWidth = (aTerminal == 0 ? kUsualWidth : aTerminal) - 1;
+   std::string aLine = Figures(std::chrono::duration<double>(aNow - itsStart).count());
+   aLine.resize(std::min(aLine.size(), aWidth));
+   std::fprintf(stderr, "%s%s%s", kWipe, aLine.c_str(), CutToEnd(itsName, aWidth - aLine.size()).c_str());
 }
 
 std::string Progress::Figures(double theSeconds) const
@@ -85,8 +93,10 @@ std::string Progress::Figures(double theSeconds) const
       aShare = std::min(1.0, aBytes / aTotal);
    }
    char aText[120];
-   std::snprintf(aText, sizeof aText, "%3.0f%%  %zu/%zu files  %.0f MB/s  ", aShare * 100, itsDone, itsTotal,
-                 theSeconds > 0 ? aBytes / 1e6 / theSeconds : 0);
+   const double aRate = theSeconds > 0 ? aBytes / theSeconds : 0;
+   const bool isSlow = aRate < 1e6;
+   std::snprintf(aText, sizeof aText, "%3.0f%%  %zu/%zu files  %.0f %s  ", aShare * 100, itsDone, itsTotal,
+                 aRate / (isSlow ? 1e3 : 1e6), isSlow ? "kB/s" : "MB/s");
    std::string aFigures = aText;
    if (itsTotalBytes != 0 && aShare > 0)
    {

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iomanip>
 
+#include "apps/tn/base/JsonWriter.h"
 #include "apps/tn/files/InputFile.h"
 #include "talvenor/foundation/StreamIOException.h"
 #include "talvenor/io/LFInputStream.h"
@@ -39,14 +40,35 @@ CodestreamKind KindOf(const unsigned char* theBytes, unsigned int theCount)
    return CodestreamKind::None;
 }
 
-void PrintImage(std::ostream& theOutput, int theNumber, INT64 theOffset, INT64 theLength)
+// Writes a line for each image.
+class ImageLister
 {
-   if (theNumber == 1)
+public:
+   ImageLister(std::ostream& theOutput, bool theIsJson) : itsOutput(theOutput), itsIsJson(theIsJson) {}
+
+   void Add(INT64 theOffset, INT64 theLength)
    {
-      theOutput << "   image        offset        length\n";
+      ++itsCount;
+      if (itsIsJson)
+      {
+         JsonWriter aJson(itsOutput);
+         aJson.BeginObject();
+         aJson.Number("image", itsCount);
+         aJson.Number("offset", theOffset);
+         aJson.Number("length", theLength);
+         aJson.EndObject();
+         itsOutput << "\n";
+         return;
+      }
+      itsOutput << (itsCount == 1 ? "   image        offset        length\n" : "") << std::setw(8) << itsCount
+                << std::setw(14) << theOffset << std::setw(14) << theLength << "\n";
    }
-   theOutput << std::setw(8) << theNumber << std::setw(14) << theOffset << std::setw(14) << theLength << "\n";
-}
+
+private:
+   std::ostream& itsOutput;
+   const bool itsIsJson;
+   int itsCount = 0;
+};
 
 [[noreturn]] void ThrowNoEnd(INT64 theOffset)
 {
@@ -54,23 +76,23 @@ void PrintImage(std::ostream& theOutput, int theNumber, INT64 theOffset, INT64 t
    throw StreamIOException(aText.c_str(), TN_INVALID_ENCODING, 0);
 }
 
-void ListJPEG(InputStream& theStream, std::ostream& theOutput)
+void ListJPEG(InputStream& theStream, ImageLister& theLister)
 {
    JPEGFileInputStream aScanner(theStream);
    INT64 anOffset = 0;
    INT64 aLength = 0;
-   for (int aNumber = 1; aScanner.FindCodestreamPosition(JPEGFileInputStream::M_SOI, anOffset); ++aNumber)
+   while (aScanner.FindCodestreamPosition(JPEGFileInputStream::M_SOI, anOffset))
    {
       const INT64 aStart = aScanner.GetPosition();
       if (!aScanner.FindCodestreamPosition(JPEGFileInputStream::M_EOI, aLength))
       {
          ThrowNoEnd(aStart);
       }
-      PrintImage(theOutput, aNumber, aStart, aLength);
+      theLister.Add(aStart, aLength);
    }
 }
 
-void ListJPEG2000(InputStream& theStream, CodestreamKind theKind, std::ostream& theOutput)
+void ListJPEG2000(InputStream& theStream, CodestreamKind theKind, ImageLister& theLister)
 {
    JP2FileInputStream aScanner(theStream);
    if (theKind == CodestreamKind::JP2 && aScanner.seekToStartOfCodestream() < 0)
@@ -83,7 +105,7 @@ void ListJPEG2000(InputStream& theStream, CodestreamKind theKind, std::ostream& 
    {
       ThrowNoEnd(aStart);
    }
-   PrintImage(theOutput, 1, aStart, anEnd - aStart);
+   theLister.Add(aStart, anEnd - aStart);
 }
 
 // Opens theName and hands it over.
@@ -107,10 +129,11 @@ CodestreamKind KindOfFile(const std::string& theName)
    return aFile.is_open() ? KindOf(aBytes, aFile.Read(aBytes, sizeof aBytes)) : CodestreamKind::None;
 }
 
-void ListCodestreams(const std::string& theName, CodestreamKind theKind, std::ostream& theOutput)
+void ListCodestreams(const std::string& theName, CodestreamKind theKind, bool theIsJson, std::ostream& theOutput)
 {
+   ImageLister aLister(theOutput, theIsJson);
    WithFile(theName, [&](InputStream& theStream) {
-      theKind == CodestreamKind::JPEG ? ListJPEG(theStream, theOutput) : ListJPEG2000(theStream, theKind, theOutput);
+      theKind == CodestreamKind::JPEG ? ListJPEG(theStream, aLister) : ListJPEG2000(theStream, theKind, aLister);
    });
 }
 

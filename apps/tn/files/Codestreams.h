@@ -18,8 +18,8 @@ enum class CodestreamKind
 // By the first bytes of the file; None also when it cannot be read.
 CodestreamKind KindOfFile(const std::string& theName);
 
-// Lists the images in the file: number, offset, length.
-void ListCodestreams(const std::string& theName, CodestreamKind theKind, std::ostream& theOutput);
+// Lists the images in the file: number, offset, length; in columns or as JSON objects.
+void ListCodestreams(const std::string& theName, CodestreamKind theKind, bool theIsJson, std::ostream& theOutput);
 
 // Prints markers or boxes.
 void PrintMarkers(InputStream& theStream, CodestreamKind theKind, std::ostream& theOutput);

@@ -83,6 +83,8 @@ void DicomdirCommand::AddList()
    CLI::App& aList = *itsOptions.add_subcommand("list", "Print a directory as a tree");
    aList.add_option("FILE", itsFile, "Directory to print, or its folder; - is standard input")->required();
    aList.add_flag("--offsets", itsShowsOffsets, "Begin each line with the offset of its record in the file");
+   aList.add_flag("--json", itsIsJson,
+                  "One JSON object a line for each record, with its offset and its depth in the tree");
    aList.add_option("--data", itsData, "Folder of the dictionaries")->type_name("DIR");
    aList.footer(
        "The files that a directory refers to are not opened.\n\nExample:\n  tn dicomdir list /media/cd/DICOMDIR");
@@ -253,7 +255,9 @@ int DicomdirCommand::ListDirectory(const std::string& theFile)
          Tell(theFile + ": " + theText);
       }
    });
-   aLister.List(itsShowsOffsets);
+   aLister.List(itsIsJson         ? DirectoryLister::Form::Json
+                : itsShowsOffsets ? DirectoryLister::Form::TreeWithOffsets
+                                  : DirectoryLister::Form::Tree);
    if (aFaults > kMostFaults)
    {
       Tell(theFile + ": " + Count(aFaults - kMostFaults, "more fault", "more faults"));

@@ -34,6 +34,7 @@ private:
 
    std::string itsFile;
    bool itsShowsOffsets = false;
+   bool itsIsJson = false;
 
    std::string itsData;
 };

@@ -5,7 +5,11 @@
 #include <string_view>
 #include <utility>
 
+#include "apps/tn/base/CharacterSet.h"
+#include "apps/tn/base/JsonElements.h"
+#include "apps/tn/base/JsonWriter.h"
 #include "apps/tn/base/Tags.h"
+#include "apps/tn/base/ValueText.h"
 #include "apps/tn/files/DirectoryTags.h"
 #include "apps/tn/files/FileID.h"
 #include "talvenor/dataset/DICOMDataObject.h"
@@ -99,9 +103,9 @@ DirectoryLister::DirectoryLister(const DICOMDataObject& theDirectory, const DICO
    itsIsListed.resize(itsRecords.size());
 }
 
-void DirectoryLister::List(bool theOffset)
+void DirectoryLister::List(Form theForm)
 {
-   itsHasOffsets = theOffset;
+   itsForm = theForm;
    FollowLinks(NumberOf(itsDirectory, kFirstRootOffset));
    CheckLastRoot();
    ListTheRest();
@@ -155,6 +159,18 @@ bool DirectoryLister::Find(UINT32 theOffset, std::size_t& theRecord) const
 void DirectoryLister::ListRecord(std::size_t theRecord, std::size_t theDepth)
 {
    itsIsListed[theRecord] = true;
+   CheckFile(theRecord);
+   switch (itsForm)
+   {
+   case Form::Json: WriteJson(theRecord, theDepth); return;
+   case Form::TreeWithOffsets: itsOutput << std::setw(10) << OffsetOf(theRecord) << "  "; break;
+   case Form::Tree: break;
+   }
+   itsOutput << OnOneLine(LineOf(theRecord, theDepth)) << '\n';
+}
+
+std::string DirectoryLister::LineOf(std::size_t theRecord, std::size_t theDepth) const
+{
    const DICOMDataObject& aRecord = RecordAt(theRecord);
    const std::string aType = WholeTextOf(aRecord, kRecordType);
    std::string aLine(2 * std::min(theDepth, kDeepestIndentation), ' ');
@@ -166,27 +182,30 @@ void DirectoryLister::ListRecord(std::size_t theRecord, std::size_t theDepth)
          aLine += aField.itsBefore + aText + aField.itsAfter;
       }
    }
-   const std::string aFileID = WholeTextOf(aRecord, kReferencedFileID);
-   if (!aFileID.empty())
+   if (const std::string aFileID = WholeTextOf(aRecord, kReferencedFileID); !aFileID.empty())
    {
       aLine += "  " + JoinFileID(SplitFileID(aFileID, '\\'), '/');
-      CheckFile(theRecord, aFileID);
    }
-   if (!IsInUse(aRecord))
-   {
-      aLine += "  (not in use)";
-   }
-   if (itsHasOffsets)
-   {
-      itsOutput << std::setw(10) << OffsetOf(theRecord) << "  ";
-   }
-   itsOutput << OnOneLine(std::move(aLine)) << '\n';
+   return aLine + (IsInUse(aRecord) ? "" : "  (not in use)");
 }
 
-void DirectoryLister::CheckFile(std::size_t theRecord, const std::string& theFileID)
+void DirectoryLister::WriteJson(std::size_t theRecord, std::size_t theDepth) const
 {
-   const FileID aFileID = SplitFileID(theFileID, '\\');
-   if (LeavesTheMedium(aFileID))
+   const DICOMDataObject& aRecord = RecordAt(theRecord);
+   JsonWriter aJson(itsOutput);
+   aJson.BeginObject();
+   aJson.Number("offset", OffsetOf(theRecord));
+   aJson.Number("depth", theDepth);
+   WriteJsonElements(aJson, aRecord, CharacterSetOf(aRecord));
+   aJson.EndObject();
+   itsOutput << '\n';
+}
+
+void DirectoryLister::CheckFile(std::size_t theRecord)
+{
+   const std::string aValue = WholeTextOf(RecordAt(theRecord), kReferencedFileID);
+   const FileID aFileID = SplitFileID(aValue, '\\');
+   if (!aValue.empty() && LeavesTheMedium(aFileID))
    {
       itsFault("record " + std::to_string(OffsetOf(theRecord)) + ": " + JoinFileID(aFileID, '/') +
                " is no file of the medium and not to be opened");
@@ -211,7 +230,7 @@ void DirectoryLister::ListTheRest()
    {
       if (!itsIsListed[aRecord] && IsInUse(RecordAt(aRecord)))
       {
-         itsOutput << (aCount++ == 0 ? "# No offset leads to:\n" : "");
+         itsOutput << (aCount++ == 0 && itsForm != Form::Json ? "# No offset leads to:\n" : "");
          ListRecord(aRecord, RowOf(WholeTextOf(RecordAt(aRecord), kRecordType)).itsDepth);
       }
    }

@@ -1,4 +1,5 @@
-// Prints the records of a media directory as the tree that their offsets make of them, one line a record.
+// Prints the records of a media directory as the tree that their offsets make of them, one line a record: for people, or
+// as JSON objects with their depth.
 //
 // Directories come from anywhere: offsets may lead nowhere, in circles or to one record from two. Each record is printed
 // once, in time and memory that grow with their number; files are named and not opened.
@@ -25,17 +26,25 @@ public:
    DirectoryLister(const DICOMDataObject& theDirectory, const DICOMDirUtilities::Offsets& theOffsets,
                    std::ostream& theOutput, Fault theFault);
 
-   // With theOffset, each line begins with the offset of its record.
-   void List(bool theOffset);
+   enum class Form
+   {
+      Tree,
+      TreeWithOffsets, // each line begins with that of its record
+      Json
+   };
+
+   void List(Form theForm);
 
 private:
    struct Step; // to a record
 
    void FollowLinks(UINT32 theFirstOffset);
    void ListRecord(std::size_t theRecord, std::size_t theDepth);
+   std::string LineOf(std::size_t theRecord, std::size_t theDepth) const;
+   void WriteJson(std::size_t theRecord, std::size_t theDepth) const;
    void ListTheRest();
    void CheckLastRoot();
-   void CheckFile(std::size_t theRecord, const std::string& theFileID);
+   void CheckFile(std::size_t theRecord);
    bool Find(UINT32 theOffset, std::size_t& theRecord) const;
    UINT32 OffsetOf(std::size_t theRecord) const { return static_cast<UINT32>(itsOffsets[theRecord]); }
    const DICOMDataObject& RecordAt(std::size_t theRecord) const { return *itsRecords[theRecord]; }
@@ -46,6 +55,6 @@ private:
    std::vector<bool> itsIsListed;
    std::ostream& itsOutput;
    Fault itsFault;
-   bool itsHasOffsets = false;
+   Form itsForm = Form::Tree;
    UINT32 itsLastRoot = 0; // the offset of the last record on the top level
 };

@@ -9,6 +9,9 @@
 #include "apps/tn/base/Dictionaries.h"
 #include "apps/tn/base/ErrorText.h"
 #include "apps/tn/base/ExitCode.h"
+#include "apps/tn/base/JsonElements.h"
+#include "apps/tn/base/JsonWriter.h"
+#include "apps/tn/base/ValueText.h"
 #include "apps/tn/files/DatasetChecks.h"
 #include "apps/tn/files/ElementLister.h"
 #include "apps/tn/files/InputFile.h"
@@ -56,6 +59,9 @@ DumpCommand::DumpCommand(CLI::App& theProgram)
    itsOptions.add_option("FILE", itsFiles, "Files to print; - is standard input")->required();
    CLI::Option* const anElements = itsOptions.add_flag(
        "--elements", itsElementsOnly, "One tab-separated line an element: path, tag, VR, length, CRC-32 of the value");
+   itsOptions
+       .add_flag("--json", itsIsJson, "One JSON object a file: its meta information and its dataset, texts in UTF-8")
+       ->excludes(anElements);
    itsOptions.add_option("--until", itsUntil, "Stop before this tag")->type_name("gggg,eeee");
    itsOptions.add_flag("--known-only", itsKnownOnly, "Leave out private elements that no dictionary knows")
        ->excludes(anElements);
@@ -118,6 +124,11 @@ int DumpCommand::Run()
 void DumpCommand::DumpFile(const std::string& theName)
 {
    InputFile aFile(theName);
+   if (itsIsJson)
+   {
+      DumpJson(theName, aFile);
+      return;
+   }
    if (itsFiles.size() > 1)
    {
       std::cout << "# " << theName << "\n";
@@ -160,35 +171,65 @@ void DumpCommand::DumpSets(InputFile& theFile)
    {
       PrintSet(*aMeta);
    }
-   if (itsMetaOnly)
+   if (!itsMetaOnly)
    {
-      return;
+      Load(aStream, [&] { PrintSet(*itsObject); });
    }
-   CheckIsServed(aStream);
+}
+
+void DumpCommand::DumpJson(const std::string& theName, InputFile& theFile)
+{
+   Part10InputStream& aStream = theFile.GetStream();
+   const auto aShow = [&] {
+      JsonWriter aJson(std::cout);
+      const auto aWrite = [&](const char* theMember, const DICOMDataObject& theSet) {
+         aJson.BeginObject(theMember);
+         WriteJsonElements(aJson, theSet, CharacterSetOf(theSet));
+         aJson.EndObject();
+      };
+      aJson.BeginObject();
+      aJson.Text("file", theName);
+      if (const DICOMDataObject* aMeta = aStream.GetMetaInformation())
+      {
+         aWrite("meta", *aMeta);
+      }
+      if (!itsMetaOnly)
+      {
+         aWrite("dataset", *itsObject);
+      }
+      aJson.EndObject();
+      std::cout << "\n";
+   };
+   itsMetaOnly ? aShow() : Load(aStream, aShow);
+}
+
+void DumpCommand::Load(Part10InputStream& theStream, const std::function<void()>& theShow)
+{
+   CheckIsServed(theStream);
    itsObject = std::make_unique<DICOMDataObject>();
-   DICOMObjectLoader aLoader(*itsObject, aStream);
+   DICOMObjectLoader aLoader(*itsObject, theStream);
    aLoader.SetStopAt(GetStopGroup(), GetStopElement());
    aLoader.SetKnownTagsOnly(itsKnownOnly);
    std::exception_ptr aFailure;
    try
    {
-      DecodeWhole(aLoader.GetDecoder(), aStream, [&] { aLoader.Load(); });
+      DecodeWhole(aLoader.GetDecoder(), theStream, [&] { aLoader.Load(); });
    }
    catch (const IncompleteDataset&)
    {
-      aFailure = std::current_exception(); // what had been read is printed first
+      aFailure = std::current_exception();
    }
    if (itsEnd)
    {
       // The decoder's limit lets later groups through whose element numbers are low.
       RemoveFrom(*itsObject, *itsEnd);
    }
-   PrintSet(*itsObject);
+   theShow();
    if (aFailure)
    {
       std::rethrow_exception(aFailure);
    }
-   CheckIsWhole(aLoader.GetDecoder(), aStream, itsObject->Entries());
+   CheckIsWhole(aLoader.GetDecoder(), theStream, itsObject->Entries());
 }
 
 void DumpCommand::PrintSet(const DICOMDataObject& theSet)

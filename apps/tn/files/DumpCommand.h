@@ -1,6 +1,7 @@
 // tn dump: prints DICOM files.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -12,6 +13,7 @@
 
 class DICOMDataObject;
 class InputFile;
+class Part10InputStream;
 
 class DumpCommand : public Command
 {
@@ -25,6 +27,11 @@ private:
    void DumpFile(const std::string& theName);
    void DumpElements(InputFile& theFile);
    void DumpSets(InputFile& theFile);
+   void DumpJson(const std::string& theName, InputFile& theFile);
+
+   // Into itsObject. Calls theShow when all of the dataset is there that can be read, and then throws when it is not whole.
+   void Load(Part10InputStream& theStream, const std::function<void()>& theShow);
+
    void PrintSet(const DICOMDataObject& theSet);
    UINT16 GetStopGroup() const;
    UINT16 GetStopElement() const;
@@ -36,6 +43,7 @@ private:
    std::string itsUntil;
    std::optional<UINT32> itsEnd; // the tag that itsUntil names
    bool itsElementsOnly = false;
+   bool itsIsJson = false;
    bool itsKnownOnly = false;
    bool itsMetaOnly = false;
 };

@@ -1,4 +1,4 @@
-// The lines of tn frames: one for each frame.
+// The lines of tn frames: one for each frame, in columns or as JSON objects.
 #pragma once
 
 #include <ostream>
@@ -13,8 +13,8 @@ class FrameLister
 public:
    // Lists offsets, lengths and fragments or, with theTable, the entries of the offset table in the data beside those
    // that the frames call for. theTable is borrowed; theIsTable says that tables are wanted though there is none.
-   FrameLister(std::ostream& theOutput, bool theIsTable, const BasicOffsetTable* theTable)
-       : itsOutput(theOutput), itsIsTable(theIsTable), itsTable(theTable)
+   FrameLister(std::ostream& theOutput, bool theIsJson, bool theIsTable, const BasicOffsetTable* theTable)
+       : itsOutput(theOutput), itsIsJson(theIsJson), itsIsTable(theIsTable), itsTable(theTable)
    {}
 
    // theFirst and theCount tell the fragments, from 0. For native pixel data theCount is 0.
@@ -27,8 +27,12 @@ public:
 
 private:
    void AddEntry(INT64 theOffset);
+   void AddJson(INT64 theOffset, UINT64 theLength, UINT32 theFirst, UINT32 theCount);
+   void AddJsonEntry(INT64 theOffset);
+   bool Differs(INT64 theOffset) const;
 
    std::ostream& itsOutput;
+   bool itsIsJson;
    bool itsIsTable;
    const BasicOffsetTable* itsTable;
    INT32 itsCount = 0;

@@ -162,6 +162,10 @@ FramesCommand::FramesCommand(CLI::App& theProgram)
            ->excludes(aTable)
            ->excludes(aMarkers);
    anOutput->needs(anExtract);
+   itsOptions.add_flag("--json", itsIsJson, "One JSON object a line for each frame")
+       ->option_text(kNoText)
+       ->excludes(aMarkers)
+       ->excludes(anExtract);
    itsOptions.add_flag("--scan", itsScans, "Find frames by their codestreams, whatever the offset table says");
    itsOptions.add_option("--data", itsData, "Folder of the dictionaries")->type_name("DIR");
    itsOptions.footer(
@@ -213,7 +217,8 @@ void FramesCommand::ShowFile()
          throw std::runtime_error(
              "not a DICOM file: a codestream on its own has no offset table, and nothing to take out");
       }
-      itsShowsMarkers ? PrintMarkersOfFile(itsFile, aKind, std::cout) : ListCodestreams(itsFile, aKind, std::cout);
+      itsShowsMarkers ? PrintMarkersOfFile(itsFile, aKind, std::cout)
+                      : ListCodestreams(itsFile, aKind, itsIsJson, std::cout);
       return;
    }
    PixelData aPixels(itsFile);
@@ -240,7 +245,7 @@ void FramesCommand::ShowNative(PixelData& thePixels)
       throw IncompleteDataset("the size of a frame is not computable from its header");
    }
    CheckIsThere(thePixels, aTotal);
-   FrameLister aLister(std::cout, false, nullptr);
+   FrameLister aLister(std::cout, itsIsJson, false, nullptr);
    const INT32 aFrames = thePixels.GetNumberOfFrames();
    for (UINT64 anOffset = 0; aLister.GetCount() < aFrames && anOffset + aSize <= aTotal; anOffset += aSize)
    {
@@ -291,7 +296,7 @@ void FramesCommand::ShowEncapsulated(PixelData& thePixels)
       }
       else
       {
-         FrameLister aLister(std::cout, itsShowsTable, hasTable ? aFrames.GetBasicOffsetTable() : nullptr);
+         FrameLister aLister(std::cout, itsIsJson, itsShowsTable, hasTable ? aFrames.GetBasicOffsetTable() : nullptr);
          isByFragments && !(itsShowsTable && IsFindable(aFrames)) ? ListByFragments(thePixels, aFrames, aLister)
                                                                   : ListByCodestream(thePixels, aFrames, aLister);
       }

@@ -44,5 +44,6 @@ private:
    bool itsShowsTable = false;
    bool itsShowsMarkers = false;
    bool itsScans = false;
+   bool itsIsJson = false;
    bool itsHasWarned = false;
 };

@@ -2,14 +2,17 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 
 #include "apps/tn/base/Dictionaries.h"
 #include "apps/tn/base/ExitCode.h"
+#include "apps/tn/base/JsonWriter.h"
+#include "apps/tn/base/Tags.h"
 #include "apps/tn/network/StatusText.h"
 #include "talvenor/dataset/CommandSetTexts.h"
 #include "talvenor/dictionary/MDataDictionary.h"
@@ -63,54 +66,62 @@ constexpr Representation kRepresentations[] = {
     {"UV", "Unsigned 64-bit Very Long: 8 bytes"},
 };
 
-struct UIDKind
+// What is said about a word: to people, and the same as the members of a JSON object.
+struct Answer
 {
-   MUIDDictionaryEntry::UIDType itsType;
-   const char* itsText;
-};
-constexpr UIDKind kUIDKinds[] = {
-    {MUIDDictionaryEntry::TS, "transfer syntax"},     {MUIDDictionaryEntry::SC, "SOP class"},
-    {MUIDDictionaryEntry::MC, "meta SOP class"},      {MUIDDictionaryEntry::SI, "well-known SOP instance"},
-    {MUIDDictionaryEntry::AC, "application context"},
+   std::string itsText;
+   std::vector<std::pair<const char*, std::string>> itsMembers;
 };
 
-bool ExplainRepresentation(const std::string& theWord)
+const char* KindOf(MUIDDictionaryEntry::UIDType theType)
+{
+   switch (theType)
+   {
+   case MUIDDictionaryEntry::TS: return "transfer syntax";
+   case MUIDDictionaryEntry::SC: return "SOP class";
+   case MUIDDictionaryEntry::MC: return "meta SOP class";
+   case MUIDDictionaryEntry::SI: return "well-known SOP instance";
+   case MUIDDictionaryEntry::AC: return "application context";
+   default: return "";
+   }
+}
+
+std::optional<Answer> ExplainRepresentation(const std::string& theWord)
 {
    const auto aRow = std::find_if(std::begin(kRepresentations), std::end(kRepresentations),
                                   [&](const Representation& theRow) { return theWord == theRow.itsCode; });
    if (aRow == std::end(kRepresentations))
    {
-      return false;
+      return std::nullopt;
    }
-   std::cout << theWord << "  " << aRow->itsText << "\n";
-   return true;
+   return Answer{theWord + "  " + aRow->itsText, {{"vr", theWord}, {"description", aRow->itsText}}};
 }
 
-bool ExplainUID(const std::string& theWord)
+std::optional<Answer> ExplainUID(const std::string& theWord)
 {
    const MUIDDictionary& aDictionary = MUIDDictionary::GetDefaultUIDDictionary();
    const MUIDDictionaryEntry* anEntry = aDictionary.FindUID(std::string_view(theWord));
    anEntry = anEntry != nullptr ? anEntry : aDictionary.FindMnemonic(theWord);
    if (anEntry == nullptr)
    {
-      return false;
+      return std::nullopt;
    }
-   std::cout << anEntry->GetUID() << "  " << anEntry->GetMnemonic() << "  " << anEntry->GetDescription();
-   const auto aKind = std::find_if(std::begin(kUIDKinds), std::end(kUIDKinds),
-                                   [&](const UIDKind& theKind) { return theKind.itsType == anEntry->GetType(); });
-   if (aKind != std::end(kUIDKinds))
+   const std::string aKind = KindOf(anEntry->GetType());
+   Answer anAnswer{anEntry->GetUID() + "  " + anEntry->GetMnemonic() + "  " + anEntry->GetDescription(),
+                   {{"uid", anEntry->GetUID()},
+                    {"keyword", anEntry->GetMnemonic()},
+                    {"description", anEntry->GetDescription()},
+                    {"type", aKind}}};
+   std::string aRemark = aKind;
+   if (anEntry->GetType() == MUIDDictionaryEntry::TS)
    {
-      std::cout << "  (" << aKind->itsText;
-      if (aKind->itsType == MUIDDictionaryEntry::TS)
-      {
-         const bool isServed =
-             TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(anEntry->GetUID()) != nullptr;
-         std::cout << (isServed ? ", read and written here" : ", not served here");
-      }
-      std::cout << ")";
+      const bool isServed =
+          TransferSyntaxManager::GetDefaultInstance().GetTransferSyntaxType(anEntry->GetUID()) != nullptr;
+      aRemark += isServed ? ", read and written here" : ", not served here";
+      anAnswer.itsMembers.emplace_back("served", isServed ? "yes" : "no");
    }
-   std::cout << "\n";
-   return true;
+   anAnswer.itsText += aRemark.empty() ? "" : "  (" + aRemark + ")";
+   return anAnswer;
 }
 
 // Hexadecimal digits without what people write around them; empty for anything else.
@@ -141,37 +152,50 @@ std::string MultiplicityOf(const MDDEntry& theEntry)
    return aLeast + "-" + (theEntry.VMMax() == 0xFFFFFFFF ? "n" : std::to_string(theEntry.VMMax()));
 }
 
-bool ExplainTag(const std::string& theWord)
+std::string TypeText(const MDDEntry& theEntry)
+{
+   const UINT16 aCode = theEntry.GetTypeAsUshort();
+   return aCode != 0 ? std::string{static_cast<char>(aCode >> 8), static_cast<char>(aCode)} : "";
+}
+
+// gggg,eeee of (gggg,eeee).
+std::string Bare(const std::string& theTag)
+{
+   return theTag.substr(1, theTag.size() - 2);
+}
+
+// By keyword, or by number where it is one.
+std::optional<Answer> ExplainTag(const std::string& theWord)
 {
    const MDataDictionary& aDictionary = MDataDictionary::GetDefaultDataDictionary();
    const MDDEntry* anEntry = aDictionary.Find(std::string_view(theWord));
    if (const std::string aDigits = DigitsOf(theWord); anEntry == nullptr && aDigits.size() == 8)
    {
-      const unsigned long aTag = std::strtoul(aDigits.c_str(), nullptr, 16);
-      const MAttributeTag anAttribute(static_cast<UINT16>(aTag >> 16), static_cast<UINT16>(aTag));
-      anEntry = aDictionary.Find(anAttribute);
-      if (anEntry == nullptr && (aTag >> 16) % 2 == 1)
+      const auto aTag = static_cast<UINT32>(std::strtoul(aDigits.c_str(), nullptr, 16));
+      anEntry = aDictionary.Find(MAttributeTag(GroupOf(aTag), ElementOf(aTag)));
+      if (anEntry == nullptr && GroupOf(aTag) % 2 == 1)
       {
-         std::cout << "(" << aDigits.substr(0, 4) << "," << aDigits.substr(4)
-                   << ")  private: what it means depends on the private creator in the file\n";
-         return true;
+         const std::string aText = "private: what it means depends on the private creator in the file";
+         return Answer{TagText(aTag) + "  " + aText, {{"tag", Bare(TagText(aTag))}, {"description", aText}}};
       }
    }
    if (anEntry == nullptr)
    {
-      return false;
+      return std::nullopt;
    }
-   char aTag[16];
-   std::snprintf(aTag, sizeof aTag, "(%04x,%04x)", unsigned{anEntry->GetTag() >> 16},
-                 unsigned{anEntry->GetTag() & 0xFFFF});
-   const UINT16 aCode = anEntry->GetTypeAsUshort();
-   const std::string aType = {static_cast<char>(aCode >> 8), static_cast<char>(aCode)};
-   std::cout << aTag << "  " << anEntry->Name() << "  " << (aCode != 0 ? aType : "no VR") << "  "
-             << MultiplicityOf(*anEntry) << "  " << anEntry->Description() << "\n";
-   return true;
+   const std::string aTag = TagText(anEntry->GetTag());
+   const std::string aType = TypeText(*anEntry);
+   const std::string aMultiplicity = MultiplicityOf(*anEntry);
+   return Answer{aTag + "  " + anEntry->Name() + "  " + (aType.empty() ? "no VR" : aType) + "  " + aMultiplicity +
+                     "  " + anEntry->Description(),
+                 {{"tag", Bare(aTag)},
+                  {"keyword", anEntry->Name()},
+                  {"vr", aType},
+                  {"vm", aMultiplicity},
+                  {"description", anEntry->Description()}}};
 }
 
-bool ExplainStatus(const std::string& theWord)
+std::optional<Answer> ExplainStatus(const std::string& theWord)
 {
    std::string aDigits = theWord;
    if (aDigits.starts_with("0x") || aDigits.starts_with("0X"))
@@ -184,14 +208,41 @@ bool ExplainStatus(const std::string& theWord)
    }
    if (aDigits.size() != 4 || DigitsOf(aDigits) != aDigits)
    {
-      return false;
+      return std::nullopt;
    }
    const auto aStatus = static_cast<UINT16>(std::strtoul(aDigits.c_str(), nullptr, 16));
-   std::cout << "C-STORE  " << DescribeStatus(StatusService::Storage, aStatus) << "\n"
-             << "C-FIND   " << DescribeStatus(StatusService::Find, aStatus) << "\n"
-             << "C-MOVE   " << DescribeStatus(StatusService::Move, aStatus) << "\n"
-             << "others   " << StatusText(aStatus) << "\n";
-   return true;
+   const std::string aStore = DescribeStatus(StatusService::Storage, aStatus);
+   const std::string aFind = DescribeStatus(StatusService::Find, aStatus);
+   const std::string aMove = DescribeStatus(StatusService::Move, aStatus);
+   const std::string anyOther(StatusText(aStatus));
+   return Answer{
+       "C-STORE  " + aStore + "\nC-FIND   " + aFind + "\nC-MOVE   " + aMove + "\nothers   " + anyOther,
+       {{"status", aDigits}, {"C-STORE", aStore}, {"C-FIND", aFind}, {"C-MOVE", aMove}, {"others", anyOther}}};
+}
+
+std::optional<Answer> Explain(const std::string& theWord)
+{
+   for (const auto anExplain : {ExplainRepresentation, ExplainUID, ExplainTag, ExplainStatus})
+   {
+      if (std::optional<Answer> anAnswer = anExplain(theWord))
+      {
+         return anAnswer;
+      }
+   }
+   return std::nullopt;
+}
+
+void WriteJson(const std::string& theWord, const Answer& theAnswer)
+{
+   JsonWriter aJson(std::cout);
+   aJson.BeginObject();
+   aJson.Text("word", theWord);
+   for (const auto& [aName, aText] : theAnswer.itsMembers)
+   {
+      aJson.Text(aName, aText);
+   }
+   aJson.EndObject();
+   std::cout << "\n";
 }
 } // namespace
 
@@ -201,6 +252,7 @@ ExplainCommand::ExplainCommand(CLI::App& theProgram)
    itsOptions
        .add_option("WORD", itsWords, "A UID, gggg,eeee, a keyword, a status such as A700, two letters such as PN")
        ->required();
+   itsOptions.add_flag("--json", itsIsJson, "One JSON object a line for each word that is known");
    itsOptions.add_option("--data", itsData, "Folder of the dictionaries")->type_name("DIR");
    itsOptions.footer("Exit codes: 0 all known, 1 some not, 2 wrong use, 3 no dictionaries.\n\n"
                      "Example:\n  tn explain 1.2.840.10008.1.2.4.70 0028,0301 StudyDate A700 PN");
@@ -220,13 +272,21 @@ int ExplainCommand::Run()
    int aResult = ExitCode::kDone;
    for (const std::string& aWord : itsWords)
    {
-      if (!ExplainRepresentation(aWord) && !ExplainUID(aWord) && !ExplainTag(aWord) && !ExplainStatus(aWord))
+      if (const std::optional<Answer> anAnswer = Explain(aWord); !anAnswer)
       {
          std::cout.flush();
          std::cerr << OnOneLine("tn explain: " + aWord +
                                 ": not known as UID, tag (gggg,eeee), keyword, status (four hexadecimal digits) or VR")
                    << "\n";
          aResult = ExitCode::kSomeFailed;
+      }
+      else if (itsIsJson)
+      {
+         WriteJson(aWord, *anAnswer);
+      }
+      else
+      {
+         std::cout << anAnswer->itsText << "\n";
       }
    }
    std::cout.flush();

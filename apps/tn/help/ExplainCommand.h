@@ -15,4 +15,5 @@ public:
 private:
    std::vector<std::string> itsWords;
    std::string itsData;
+   bool itsIsJson = false;
 };

@@ -3,10 +3,16 @@
 #include <algorithm>
 #include <iterator>
 #include <sstream>
+#include <string_view>
+
+#include <unistd.h>
+
+#include "apps/tn/base/Terminal.h"
 
 namespace
 {
-constexpr std::size_t kWidth = 72; // of the column of descriptions; the one before has 30
+constexpr std::size_t kNames = 30;     // characters of the column of names
+constexpr std::size_t kNarrowest = 60; // less than that helps nobody
 
 struct TypeRow
 {
@@ -62,31 +68,73 @@ std::string HelpFormatter::SimplifyType(const std::string& theType)
    return aRange.empty() ? aRow->itsText : aRange;
 }
 
+HelpFormatter::HelpFormatter()
+{
+   const std::size_t aTerminal = TerminalWidth(STDOUT_FILENO);
+   itsWidth = aTerminal == 0 ? kWidest : std::clamp(aTerminal, kNarrowest, kWidest);
+   label("SUBCOMMAND", "COMMAND");
+   label("REQUIRED", "(required)");
+}
+
 std::string HelpFormatter::make_option_opts(const CLI::Option* theOption) const
 {
    std::string aText = CLI::Formatter::make_option_opts(theOption);
    const std::string aType = theOption->get_type_name();
    if (const std::size_t aPlace = aText.find(aType); !aType.empty() && aPlace != std::string::npos)
    {
-      aText.replace(aPlace, aType.size(), SimplifyType(aType));
+      const std::string aName = SimplifyType(aType);
+      // What stands for itself needs no type: "FILE... (required)".
+      const bool isNamed = theOption->get_positional() && aName == "TEXT";
+      aText.replace(aPlace, aType.size(), isNamed ? "" : aName);
+      aText.erase(0, isNamed ? aText.find_first_not_of(' ') : 0);
+      aText.insert(0, isNamed && !aText.starts_with("...") ? " " : "");
+   }
+   return aText;
+}
+
+std::string HelpFormatter::make_subcommands(const CLI::App* theProgram, CLI::AppFormatMode theMode) const
+{
+   constexpr std::string_view kHeading = "Subcommands:"; // CLI11 calls the group so
+   std::string aText = CLI::Formatter::make_subcommands(theProgram, theMode);
+   if (const std::size_t aPlace = aText.find(kHeading); aPlace != std::string::npos)
+   {
+      aText.replace(aPlace, kHeading.size(), "Commands:");
    }
    return aText;
 }
 
 std::string HelpFormatter::make_option_desc(const CLI::Option* theOption) const
 {
-   std::istringstream aWords(theOption->get_description());
-   std::string aText;
-   std::size_t aColumn = 0;
-   for (std::string aWord; aWords >> aWord; aColumn += aWord.size())
-   {
-      if (aColumn != 0)
-      {
-         const bool isFull = aColumn + 1 + aWord.size() > kWidth;
-         aText += isFull ? '\n' : ' ';
-         aColumn = isFull ? 0 : aColumn + 1;
-      }
-      aText += aWord;
-   }
+   std::string aText = Filled(theOption->get_description(), itsWidth - kNames);
+   aText.erase(aText.find_last_not_of('\n') + 1);
    return aText;
+}
+
+std::string HelpFormatter::make_footer(const CLI::App* theProgram) const
+{
+   return Filled(theProgram->get_footer(), itsWidth);
+}
+
+std::string HelpFormatter::Filled(const std::string& theText, std::size_t theWidth)
+{
+   std::string aText;
+   std::istringstream aLines(theText);
+   std::size_t aColumn = 0; // 0 where a line begins
+   for (std::string aLine; std::getline(aLines, aLine);)
+   {
+      if (aLine.empty() || aLine.front() == ' ')
+      {
+         aText += (aColumn != 0 ? "\n" : "") + aLine + "\n";
+         aColumn = 0;
+         continue;
+      }
+      std::istringstream aWords(aLine);
+      for (std::string aWord; aWords >> aWord;)
+      {
+         const bool isFull = aColumn != 0 && aColumn + 1 + aWord.size() > theWidth;
+         aText += (aColumn == 0 ? "" : isFull ? "\n" : " ") + aWord;
+         aColumn = (isFull || aColumn == 0 ? 0 : aColumn + 1) + aWord.size();
+      }
+   }
+   return aText + (aColumn != 0 ? "\n" : "");
 }

@@ -13,6 +13,7 @@
 #include "apps/tn/base/ExitCode.h"
 #include "apps/tn/base/Interruption.h"
 #include "apps/tn/base/Tags.h"
+#include "apps/tn/base/Terminal.h"
 #include "apps/tn/network/NetworkFailure.h"
 #include "apps/tn/query/QuerySession.h"
 
@@ -167,7 +168,8 @@ int FindCommand::Find()
 int FindCommand::Find(QuerySession& theSession, const KeyList& theKeys)
 {
    QueryKeys aKeys = MakeKeys(theKeys);
-   const auto aWriter = MatchWriter::Make(FormOf(itsIsJson, itsIsCommaSeparated), std::cout, aKeys.GetColumns());
+   const auto aWriter = MatchWriter::Make(FormOf(itsIsJson, itsIsCommaSeparated), std::cout, aKeys.GetColumns(),
+                                          TerminalWidth(STDOUT_FILENO));
    unsigned int aCount = 0;
    const QueryOutcome anOutcome =
        theSession.Find(GetModel().itsQuery, aKeys.GetIdentifier(), [&](const DICOMDataObject& theMatch) {

@@ -1,29 +1,20 @@
 #include "apps/tn/query/MatchWriter.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "apps/tn/base/CharacterSet.h"
+#include "apps/tn/base/ElementValues.h"
+#include "apps/tn/base/JsonElements.h"
 #include "apps/tn/base/JsonWriter.h"
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/base/ValueText.h"
-#include "apps/tn/query/MatchValues.h"
-#include "talvenor/dataset/DICOMObjectIterator.h"
+#include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/VR.h"
-#include "talvenor/dictionary/MDataDictionary.h"
-#include "talvenor/dictionary/VRType.h"
 #include "talvenor/foundation/OneLine.h"
 
 namespace
 {
-constexpr UINT32 kSpecificCharacterSet = 0x00080005; // of the answer on the wire; what is shown is UTF-8
-
-std::string NameOf(UINT32 theTag)
-{
-   const MDDEntry* const anEntry =
-       MDataDictionary::GetDefaultDataDictionary().Find(MAttributeTag(GroupOf(theTag), ElementOf(theTag)));
-   return anEntry != nullptr && !anEntry->Name().empty() ? anEntry->Name() : TagText(theTag);
-}
-
 class JsonLines : public MatchWriter
 {
 public:
@@ -33,59 +24,9 @@ public:
    {
       JsonWriter aJson(itsOutput);
       aJson.BeginObject();
-      WriteElements(aJson, theMatch, CharacterSetOf(theMatch));
+      WriteJsonElements(aJson, theMatch, CharacterSetOf(theMatch));
       aJson.EndObject();
       itsOutput << "\n";
-   }
-
-private:
-   static void WriteElements(JsonWriter& theJson, const DICOMDataObject& theObject, const CharacterSet& theCharacterSet)
-   {
-      DICOMObjectIterator aWalk(theObject, ExplicitNoGroupLength);
-      while (const VR* const aVR = aWalk.Next())
-      {
-         if (aVR->GetTag() == kSpecificCharacterSet)
-         {
-            continue;
-         }
-         const std::string aName = NameOf(aVR->GetTag());
-         if (aVR->GetAsSequenceVR() != nullptr)
-         {
-            WriteItems(theJson, aName, *aVR, theCharacterSet);
-         }
-         else
-         {
-            WriteValues(theJson, aName, ValuesOf(*aVR, theCharacterSet));
-         }
-      }
-   }
-
-   static void WriteItems(JsonWriter& theJson, const std::string& theName, const VR& theSequence,
-                          const CharacterSet& theCharacterSet)
-   {
-      theJson.BeginArray(theName);
-      for (const DICOMDataObject* const anItem : ItemsOf(&theSequence))
-      {
-         theJson.BeginObject();
-         WriteElements(theJson, *anItem, theCharacterSet);
-         theJson.EndObject();
-      }
-      theJson.EndArray();
-   }
-
-   static void WriteValues(JsonWriter& theJson, const std::string& theName, const std::vector<std::string>& theValues)
-   {
-      if (theValues.size() <= 1)
-      {
-         theJson.Text(theName, theValues.empty() ? "" : theValues.front());
-         return;
-      }
-      theJson.BeginArray(theName);
-      for (const std::string& aValue : theValues)
-      {
-         theJson.Text("", aValue);
-      }
-      theJson.EndArray();
    }
 };
 
@@ -196,11 +137,36 @@ private:
    }
 };
 
+// In characters, of which those of East Asia are wider in fact.
+std::size_t WidthOf(const std::string& theText)
+{
+   return static_cast<std::size_t>(
+       std::count_if(theText.begin(), theText.end(), [](char theByte) { return (theByte & 0xC0) != 0x80; }));
+}
+
+// Just as wide as that: with blanks behind, or cut and marked.
+std::string Fitted(const std::string& theText, std::size_t theWidth)
+{
+   const std::size_t aWidth = WidthOf(theText);
+   if (aWidth <= theWidth)
+   {
+      return theText + std::string(theWidth - aWidth, ' ');
+   }
+   std::size_t aCount = 0;
+   const auto anEnd = std::find_if(theText.begin(), theText.end(), [&](char theByte) {
+      aCount += (theByte & 0xC0) != 0x80;
+      return aCount == theWidth; // the character that gives way to the mark
+   });
+   return std::string(theText.begin(), anEnd) + "\xE2\x80\xA6";
+}
+
 // The widths are those of the first matches: however many there are, few are held.
 class Table : public Rows
 {
 public:
-   using Rows::Rows;
+   Table(std::ostream& theOutput, const std::vector<QueryKeys::Column>& theColumns, std::size_t theWidth)
+       : Rows(theOutput, theColumns), itsLimit(theWidth)
+   {}
 
    void Finish() override
    {
@@ -209,10 +175,18 @@ public:
    }
 
 private:
-   static constexpr std::size_t kMostHeld = 100;
+   using Cells = std::vector<std::string>;
 
-   void WriteRow(const std::vector<std::string>& theCells) override
+   static constexpr std::size_t kMostHeld = 100;
+   static constexpr std::size_t kLeastWidth = 4; // of a column that is cut
+   static constexpr std::size_t kGap = 2;
+
+   void WriteRow(const Cells& theCells) override
    {
+      if (itsNames.empty())
+      {
+         itsNames = theCells;
+      }
       if (itsHasWidths)
       {
          WriteLine(theCells);
@@ -227,54 +201,128 @@ private:
 
    void WriteHeld()
    {
-      for (const std::vector<std::string>& aRow : itsHeld)
+      if (!itsHasWidths)
       {
-         itsWidths.resize(std::max(itsWidths.size(), aRow.size()));
-         for (std::size_t i = 0; i < aRow.size() && !itsHasWidths; ++i)
-         {
-            itsWidths[i] = std::max(itsWidths[i], WidthOf(aRow[i]));
-         }
+         SetWidths();
+         itsHasWidths = true;
       }
-      itsHasWidths = true;
-      for (const std::vector<std::string>& aRow : itsHeld)
-      {
-         WriteLine(aRow);
-      }
+      std::for_each(itsHeld.begin() + (itsIsList && !itsHeld.empty() ? 1 : 0), itsHeld.end(),
+                    [&](const Cells& theRow) { WriteLine(theRow); });
       itsHeld.clear();
    }
 
-   void WriteLine(const std::vector<std::string>& theCells)
+   // As wide as headings and values want to be, or else as the line is.
+   void SetWidths()
    {
+      itsWidths = Widest(itsHeld.begin(), itsHeld.end());
+      if (itsLimit == 0 || Total() <= itsLimit)
+      {
+         return;
+      }
+      const std::vector<std::size_t> aValues = Widest(itsHeld.begin() + 1, itsHeld.end());
+      std::vector<std::size_t> aLeast;
+      for (std::size_t i = 0; i < itsWidths.size(); ++i)
+      {
+         const std::size_t aHeading = std::min(itsWidths[i], kLeastWidth);
+         itsWidths[i] = std::max(aValues[i], aHeading);
+         aLeast.push_back(itsNames[i].ends_with("UID") ? itsWidths[i] : aHeading);
+      }
+      itsIsList = !Shrink(aLeast);
+   }
+
+   // The widest column gives way first. False when it is not enough.
+   bool Shrink(const std::vector<std::size_t>& theLeast)
+   {
+      while (Total() > itsLimit)
+      {
+         std::size_t aWidest = itsWidths.size();
+         for (std::size_t i = 0; i < itsWidths.size(); ++i)
+         {
+            const bool isFree = itsWidths[i] > theLeast[i];
+            aWidest = isFree && (aWidest == itsWidths.size() || itsWidths[i] > itsWidths[aWidest]) ? i : aWidest;
+         }
+         if (aWidest == itsWidths.size())
+         {
+            return false;
+         }
+         --itsWidths[aWidest];
+      }
+      return true;
+   }
+
+   std::size_t Total() const
+   {
+      return std::accumulate(itsWidths.begin(), itsWidths.end(), kGap * (itsWidths.size() - 1));
+   }
+
+   using Row = std::vector<Cells>::const_iterator;
+   std::vector<std::size_t> Widest(Row theBegin, Row theEnd) const
+   {
+      std::vector<std::size_t> aWidths(itsNames.size());
+      for (Row aRow = theBegin; aRow != theEnd; ++aRow)
+      {
+         std::transform(
+             aRow->begin(), aRow->end(), aWidths.begin(), aWidths.begin(),
+             [](const std::string& theCell, std::size_t theWidth) { return std::max(theWidth, WidthOf(theCell)); });
+      }
+      return aWidths;
+   }
+
+   void WriteLine(const Cells& theCells)
+   {
+      if (itsIsList)
+      {
+         WriteList(theCells);
+         return;
+      }
       std::string aLine;
       for (std::size_t i = 0; i < theCells.size(); ++i)
       {
-         const std::size_t aWidth = WidthOf(theCells[i]);
-         aLine += OnOneLine(theCells[i]) + std::string(itsWidths[i] > aWidth ? itsWidths[i] - aWidth : 0, ' ') + "  ";
+         const std::string aCell = OnOneLine(theCells[i]);
+         const bool isCut = itsLimit != 0 && !itsNames[i].ends_with("UID");
+         aLine += isCut || WidthOf(aCell) <= itsWidths[i] ? Fitted(aCell, itsWidths[i]) : aCell;
+         aLine += std::string(kGap, ' ');
       }
       aLine.erase(aLine.find_last_not_of(' ') + 1);
       itsOutput << aLine << "\n";
    }
 
-   // In characters, of which those of East Asia are wider in fact.
-   static std::size_t WidthOf(const std::string& theText)
+   // Values that are empty are left out.
+   void WriteList(const Cells& theCells)
    {
-      return static_cast<std::size_t>(
-          std::count_if(theText.begin(), theText.end(), [](char theByte) { return (theByte & 0xC0) != 0x80; }));
+      std::size_t aWidth = 0;
+      for (const std::string& aName : itsNames)
+      {
+         aWidth = std::max(aWidth, WidthOf(aName));
+      }
+      itsOutput << (itsHasListed ? "\n" : "");
+      itsHasListed = true;
+      for (std::size_t i = 0; i < theCells.size(); ++i)
+      {
+         if (!theCells[i].empty())
+         {
+            itsOutput << Fitted(itsNames[i], aWidth + kGap) << OnOneLine(theCells[i]) << "\n";
+         }
+      }
    }
 
-   std::vector<std::vector<std::string>> itsHeld;
+   const std::size_t itsLimit; // characters of a line; 0 for none
+   Cells itsNames;
+   std::vector<Cells> itsHeld; // the names first
    std::vector<std::size_t> itsWidths;
    bool itsHasWidths = false;
+   bool itsIsList = false; // as the table is too wide
+   bool itsHasListed = false;
 };
 } // namespace
 
 std::unique_ptr<MatchWriter> MatchWriter::Make(Form theForm, std::ostream& theOutput,
-                                               const std::vector<QueryKeys::Column>& theColumns)
+                                               const std::vector<QueryKeys::Column>& theColumns, std::size_t theWidth)
 {
    switch (theForm)
    {
    case Form::Json: return std::make_unique<JsonLines>(theOutput);
    case Form::CommaSeparated: return std::make_unique<CommaSeparated>(theOutput, theColumns);
-   default: return std::make_unique<Table>(theOutput, theColumns);
+   default: return std::make_unique<Table>(theOutput, theColumns, theWidth);
    }
 }

@@ -19,9 +19,10 @@ public:
       Json
    };
 
-   // theOutput is borrowed.
+   // theOutput is borrowed. theWidth is that of the terminal which it leads to, 0 for none: a table that is wider has
+   // its headings and long texts cut, but never a UID; one that cannot be so narrow becomes a list of names and values.
    static std::unique_ptr<MatchWriter> Make(Form theForm, std::ostream& theOutput,
-                                            const std::vector<QueryKeys::Column>& theColumns);
+                                            const std::vector<QueryKeys::Column>& theColumns, std::size_t theWidth = 0);
    virtual ~MatchWriter() = default;
 
    virtual void Write(const DICOMDataObject& theMatch) = 0;

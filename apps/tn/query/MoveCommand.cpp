@@ -11,6 +11,7 @@
 #include "apps/tn/base/Dictionaries.h"
 #include "apps/tn/base/ExitCode.h"
 #include "apps/tn/base/Interruption.h"
+#include "apps/tn/base/JsonWriter.h"
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/network/NetworkFailure.h"
 #include "apps/tn/query/QueryKeys.h"
@@ -129,6 +130,7 @@ MoveCommand::MoveCommand(CLI::App& theProgram)
    CLI::Option* const aFolder =
        itsOptions.add_option("--receive", itsFolder, "Be that node, and keep what comes in this folder")
            ->type_name("DIR");
+   itsOptions.add_flag("--json", itsIsJson, "One JSON object a line for each request that the archive was sent");
    itsOptions.add_option("--port", itsPort, "The port to receive on, as the archive knows it; 0 is any free one")
        ->check(CLI::Range(0, 65535))
        ->capture_default_str()
@@ -353,7 +355,7 @@ int MoveCommand::MoveOne(QuerySession& theSession, const MoveRequest& theRequest
    return Report(theRequest, anOutcome);
 }
 
-int MoveCommand::Report(const MoveRequest& theRequest, const QueryOutcome& theOutcome) const
+void MoveCommand::Show(const MoveRequest& theRequest, const QueryOutcome& theOutcome) const
 {
    std::cout << theRequest.Text() << ": " << theOutcome.itsCompleted << " completed, " << theOutcome.itsFailed
              << " failed, " << theOutcome.itsWarning << " with warnings\n";
@@ -361,6 +363,37 @@ int MoveCommand::Report(const MoveRequest& theRequest, const QueryOutcome& theOu
    {
       std::cout << "failed " << OnOneLine(anInstance) << "\n";
    }
+}
+
+void MoveCommand::WriteJson(const MoveRequest& theRequest, const QueryOutcome& theOutcome) const
+{
+   JsonWriter aJson(std::cout);
+   aJson.BeginObject();
+   aJson.Text("level", QueryLevelText(theRequest.itsLevel));
+   aJson.BeginArray("uids");
+   for (const std::string& aUID : theRequest.itsUIDs)
+   {
+      aJson.Text("", aUID);
+   }
+   aJson.EndArray();
+   aJson.Number("status", theOutcome.itsStatus);
+   aJson.Text("meaning", theOutcome.Text(StatusService::Move));
+   aJson.Number("completed", theOutcome.itsCompleted);
+   aJson.Number("failed", theOutcome.itsFailed);
+   aJson.Number("warnings", theOutcome.itsWarning);
+   aJson.BeginArray("failedInstances");
+   for (const std::string& anInstance : theOutcome.itsFailedInstances)
+   {
+      aJson.Text("", anInstance);
+   }
+   aJson.EndArray();
+   aJson.EndObject();
+   std::cout << "\n";
+}
+
+int MoveCommand::Report(const MoveRequest& theRequest, const QueryOutcome& theOutcome) const
+{
+   itsIsJson ? WriteJson(theRequest, theOutcome) : Show(theRequest, theOutcome);
    std::cout.flush();
    if (Interruption::HasCome())
    {

@@ -32,6 +32,8 @@ private:
    int MoveAll(QuerySession& theSession);
    int MoveOne(QuerySession& theSession, const MoveRequest& theRequest);
    void LookUp(QuerySession& theSession, const std::string& theAccession);
+   void Show(const MoveRequest& theRequest, const QueryOutcome& theOutcome) const;
+   void WriteJson(const MoveRequest& theRequest, const QueryOutcome& theOutcome) const;
    int Report(const MoveRequest& theRequest, const QueryOutcome& theOutcome) const;
    void Tell(const std::string& theText) const;
 
@@ -46,5 +48,6 @@ private:
    TextList itsAccessions;
    std::string itsFolder; // to receive in; empty: another node does
    int itsPort = 11112;
+   bool itsIsJson = false;
    MoveRequests itsRequests;
 };

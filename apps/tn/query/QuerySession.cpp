@@ -4,13 +4,13 @@
 #include <sstream>
 
 #include "apps/tn/base/CharacterSet.h"
+#include "apps/tn/base/ElementValues.h"
 #include "apps/tn/base/ExitCode.h"
 #include "apps/tn/base/Interruption.h"
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/base/ValueText.h"
 #include "apps/tn/network/AssociationAnswers.h"
 #include "apps/tn/network/NetworkFailure.h"
-#include "apps/tn/query/MatchValues.h"
 #include "talvenor/association/PresentationContextProposals.h"
 #include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/dataset/DICOMDataObject.h"

@@ -1,4 +1,4 @@
-// The values of a dataset that a peer has answered with, as texts in UTF-8 for people.
+// The values of elements as texts in UTF-8 for people, one by one.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-#include "apps/tn/query/MatchValues.h"
+#include "apps/tn/base/ElementValues.h"
 
 #include <algorithm>
 #include <charconv>
