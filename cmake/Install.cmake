@@ -78,3 +78,4 @@ endif()
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
    include(cmake/Packages.cmake)
 endif()
+include(cmake/Sbom.cmake) # last: it names what the others install

@@ -2,8 +2,12 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME talvenor)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
-set(CPACK_PACKAGE_CONTACT "Talvenor maintainers <maintainers@talvenor.invalid>")
-set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${CPACK_PACKAGE_CONTACT}")
+# Who hands packages on puts the own name and address here: their users write to it. The domain of the default is one
+# that no mail reaches (RFC 2606).
+set(TALVENOR_MAINTAINER "Talvenor contributors <maintainers@talvenor.invalid>" CACHE STRING
+   "Maintainer of the Debian packages: NAME <ADDRESS>")
+set(CPACK_PACKAGE_CONTACT "${TALVENOR_MAINTAINER}")
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${TALVENOR_MAINTAINER}")
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_COMPONENTS_ALL library development dictionaries program)

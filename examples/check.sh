@@ -43,6 +43,7 @@ export PKG_CONFIG_PATH=$PREFIX/lib/pkgconfig
 FOUND=$(grep -rlaF -e "$ROOT" -e "$BUILD" -e "$WORK/first" "$PREFIX" || true)
 [ -z "$FOUND" ] || fail "these name the tree they were built in: $FOUND"
 ok "nothing names the tree that it was built in"
+expect "the bill of materials" "are true" "$ROOT/tools/check-sbom.py" "$PREFIX"
 SAMPLE=$WORK/ct.dcm
 cp "$ROOT/data/samples/ct-explicit.dcm" "$SAMPLE"
 expect "tn finds its library and its dictionaries" "Patient's Name" bare "$PREFIX/bin/tn" dump "$SAMPLE"
