@@ -1,10 +1,10 @@
 #include "apps/tn/files/Conversion.h"
 
 #include "apps/tn/base/ErrorText.h"
-#include "apps/tn/codec/DecompressedCopy.h"
 #include "apps/tn/codec/Decompression.h"
 #include "apps/tn/files/DatasetChecks.h"
 #include "apps/tn/files/DatasetCopy.h"
+#include "apps/tn/files/DecompressedCopy.h"
 #include "apps/tn/files/InputFile.h"
 #include "talvenor/dataset/VR.h"
 #include "talvenor/dictionary/InstanceSpecificDataDictionary.h"

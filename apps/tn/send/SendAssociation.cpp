@@ -4,11 +4,11 @@
 
 #include "apps/tn/base/ExitCode.h"
 #include "apps/tn/base/Tags.h"
-#include "apps/tn/codec/DecompressedCopy.h"
 #include "apps/tn/codec/Decompression.h"
 #include "apps/tn/files/DatasetChecks.h"
 #include "apps/tn/files/DatasetCopy.h"
 #include "apps/tn/files/DatasetSyntax.h"
+#include "apps/tn/files/DecompressedCopy.h"
 #include "apps/tn/files/InputFile.h"
 #include "apps/tn/network/AssociationAnswers.h"
 #include "apps/tn/network/NetworkFailure.h"

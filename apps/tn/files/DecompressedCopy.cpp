@@ -1,4 +1,4 @@
-#include "apps/tn/codec/DecompressedCopy.h"
+#include "apps/tn/files/DecompressedCopy.h"
 
 #include "apps/tn/codec/Decompression.h"
 #include "apps/tn/files/DatasetChecks.h"
