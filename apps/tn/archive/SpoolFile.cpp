@@ -35,9 +35,8 @@ unsigned char* SpoolBuffer::Get()
 }
 
 SpoolFile::SpoolFile(const Descriptor& theFolder, SpoolBuffer& theBuffer)
-    : itsFolder(theFolder), itsName(NextName()),
-      itsFile(::openat(theFolder.Get(), itsName.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666)),
-      itsBuffer(theBuffer.Get())
+    : itsFolder(theFolder), itsBuffer(theBuffer.Get()), itsName(NextName()),
+      itsFile(::openat(theFolder.Get(), itsName.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666))
 {
    if (!itsFile.IsOpen())
    {

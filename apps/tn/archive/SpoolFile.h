@@ -76,10 +76,10 @@ private:
    };
 
    const Descriptor& itsFolder;
+   unsigned char* itsBuffer;
    std::string itsName; // the temporary one
    Place itsPlace = Place::kTemporary;
-   Descriptor itsFile;
-   unsigned char* itsBuffer;
+   Descriptor itsFile; // made last: what has no destructor yet leaves no file behind
    std::size_t itsFilled = 0;
    std::uint64_t itsWritten = 0;
 };
