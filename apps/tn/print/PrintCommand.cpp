@@ -104,31 +104,14 @@ void PrintCommand::CheckUse()
 
 int PrintCommand::Run()
 {
-   try
-   {
+   return RunTellingFaults("print", itsRequester.GetPeer(), [this] {
       CheckUse();
       itsTracing.Begin();
       LoadDictionaries("");
       itsRequester.SetDefaults();
       Interruption::Take();
       return itsIsStatus ? ShowStatus() : Print();
-   }
-   catch (const NetworkFailure& aFailure)
-   {
-      std::cout.flush();
-      Tell(aFailure.what());
-      return aFailure.GetExitCode();
-   }
-   catch (const std::invalid_argument& anError)
-   {
-      Tell(anError.what());
-      return ExitCode::kWrongUse;
-   }
-   catch (const std::runtime_error& anError) // of the trace
-   {
-      Tell(anError.what());
-      return ExitCode::kCouldNotWrite;
-   }
+   });
 }
 
 int PrintCommand::ShowStatus()

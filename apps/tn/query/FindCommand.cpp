@@ -80,31 +80,14 @@ FindCommand::FindCommand(CLI::App& theProgram)
 
 int FindCommand::Run()
 {
-   try
-   {
+   return RunTellingFaults("find", itsRequester.GetPeer(), [this] {
       CheckLevel();
       itsTracing.Begin();
       LoadDictionaries("");
       itsRequester.SetDefaults();
       Interruption::Take();
       return Find();
-   }
-   catch (const NetworkFailure& aFailure)
-   {
-      std::cout.flush();
-      Tell(aFailure.what());
-      return aFailure.GetExitCode();
-   }
-   catch (const std::invalid_argument& anError)
-   {
-      Tell(anError.what());
-      return ExitCode::kWrongUse;
-   }
-   catch (const std::runtime_error& anError)
-   {
-      Tell(anError.what());
-      return ExitCode::kCouldNotWrite;
-   }
+   });
 }
 
 const QueryModel& FindCommand::GetModel() const

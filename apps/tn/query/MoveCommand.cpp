@@ -149,8 +149,7 @@ MoveCommand::MoveCommand(CLI::App& theProgram)
 
 int MoveCommand::Run()
 {
-   try
-   {
+   return RunTellingFaults("move", itsRequester.GetPeer(), [this] {
       CheckSelection();
       itsTracing.Begin();
       LoadDictionaries("");
@@ -158,23 +157,7 @@ int MoveCommand::Run()
       itsRequester.SetDefaults();
       Interruption::Take();
       return itsFolder.empty() ? Move() : Receive();
-   }
-   catch (const NetworkFailure& aFailure)
-   {
-      std::cout.flush();
-      Tell(aFailure.what());
-      return aFailure.GetExitCode();
-   }
-   catch (const std::invalid_argument& anError)
-   {
-      Tell(anError.what());
-      return ExitCode::kWrongUse;
-   }
-   catch (const std::runtime_error& anError)
-   {
-      Tell(anError.what());
-      return ExitCode::kCouldNotWrite;
-   }
+   });
 }
 
 const QueryModel& MoveCommand::GetModel() const
