@@ -517,6 +517,12 @@ TEST_F(TnPrint, TellsOfJobsAndOfThePrinterWhoAskedForIt)
 
 TEST_F(TnPrint, ClientsShareItsMemoryAndAreNotHarmedByEachOther)
 {
+   const fs::path aLeftover =
+       Films() + "/.film-aB3xYz"; // of a printer that was killed; one that is young may be at work
+   fs::create_directory(aLeftover);
+   WriteFile(aLeftover / "film.dcm", "half");
+   fs::last_write_time(aLeftover, fs::file_time_type::clock::now() - std::chrono::hours(2));
+   fs::create_directory(Films() + "/.film-nEw123");
    constexpr std::size_t kImage = 900000;
    const ImageForm aLarge = {.itsRows = 900, .itsColumns = 1000, .itsBytes = kImage};
    ServedNode aNode(Options({"--print-memory", "4"}));
@@ -551,8 +557,9 @@ TEST_F(TnPrint, ClientsShareItsMemoryAndAreNotHarmedByEachOther)
       EXPECT_FALSE(aTooMuch.IsConnected());
    }
    EXPECT_EQ(aModest.PrintFilm(aModest.itsFilm), 0);
-   ASSERT_EQ(FilmFolders().size(), 1u);
-   EXPECT_EQ(PixelsOf(FilmFile(0, "image-001.dcm")), std::string(kImage, 'm'));
+   ASSERT_EQ(FilmFolders().size(), 2u);
+   EXPECT_EQ(FilmFolders()[0], ".film-nEw123");
+   EXPECT_EQ(PixelsOf(FilmFile(1, "image-001.dcm")), std::string(kImage, 'm'));
    EXPECT_EQ(aNode.Stop(), 0);
 }
 

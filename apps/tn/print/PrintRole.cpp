@@ -38,6 +38,16 @@ bool IsJobRequest(const DICOMCommandObject& theCommand)
           TextOf(theCommand, CommandTag::kRequestedSOPClassUID) == PrintSOPClass::kPrintJob;
 }
 
+std::vector<const AbstractFilmBox*> FilmBoxesOf(const AbstractFilmSession& theSession)
+{
+   std::vector<const AbstractFilmBox*> aFilmBoxes;
+   for (const auto& aFilmBox : theSession.GetFilmBoxes())
+   {
+      aFilmBoxes.push_back(aFilmBox.get());
+   }
+   return aFilmBoxes;
+}
+
 bool HasImage(const AbstractFilmBox& theFilmBox)
 {
    const auto& aBoxes = theFilmBox.GetImageBoxes();
@@ -173,14 +183,7 @@ void PrintRole::TellStatus()
 PrintAnswer PrintRole::Print(AbstractPrintManagementMeta& theSession, const AbstractFilmBox* theFilmBox)
 {
    const bool isFilm = theFilmBox != nullptr;
-   std::vector<const AbstractFilmBox*> aFilmBoxes;
-   for (const auto& aFilmBox : theSession.GetFilmBoxes())
-   {
-      if (!isFilm || aFilmBox.get() == theFilmBox)
-      {
-         aFilmBoxes.push_back(aFilmBox.get());
-      }
-   }
+   const std::vector<const AbstractFilmBox*> aFilmBoxes = isFilm ? std::vector{theFilmBox} : FilmBoxesOf(theSession);
    try
    {
       for (const std::string& aFolder : itsPrinter->Print(theSession, aFilmBoxes))

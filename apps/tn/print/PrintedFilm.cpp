@@ -1,11 +1,13 @@
 #include "apps/tn/print/PrintedFilm.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <deque>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <stdexcept>
@@ -28,6 +30,7 @@
 
 namespace
 {
+constexpr char kUnfinished[] = ".film-"; // with six letters behind it
 constexpr char kSecondaryCapture[] = "1.2.840.10008.5.1.4.1.1.7";
 constexpr UINT32 kImages[] = {PrintTags::kGrayscaleImageSequence, PrintTags::kColorImageSequence};
 
@@ -160,7 +163,7 @@ void Synchronise(const std::string& thePath)
 class FolderInTheMaking
 {
 public:
-   explicit FolderInTheMaking(const std::string& theParent) : itsPath(theParent + "/.film-XXXXXX")
+   explicit FolderInTheMaking(const std::string& theParent) : itsPath(theParent + "/" + kUnfinished + "XXXXXX")
    {
       if (::mkdtemp(itsPath.data()) == nullptr)
       {
@@ -243,4 +246,20 @@ std::vector<std::string> WritePrintedFilms(const std::string& theFolder, const A
       aPaths.push_back(aFolder.GetPath());
    }
    return aPaths;
+}
+
+void RemoveUnfinishedFilms(const std::string& theFolder)
+{
+   const auto anHourAgo = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+   std::error_code anIgnored; // what cannot be removed does no harm
+   for (const auto& anEntry : std::filesystem::directory_iterator(theFolder, anIgnored))
+   {
+      const std::string aName = anEntry.path().filename();
+      if (aName.starts_with(kUnfinished) && aName.size() == std::size(kUnfinished) - 1 + 6 &&
+          anEntry.is_directory(anIgnored) && !anEntry.is_symlink(anIgnored) &&
+          anEntry.last_write_time(anIgnored) < anHourAgo)
+      {
+         std::filesystem::remove_all(anEntry.path(), anIgnored);
+      }
+   }
 }

@@ -12,3 +12,6 @@ class AbstractFilmSession;
 // them cannot be written, none does, and std::runtime_error is thrown.
 std::vector<std::string> WritePrintedFilms(const std::string& theFolder, const AbstractFilmSession& theSession,
                                            const std::vector<const AbstractFilmBox*>& theFilmBoxes);
+
+// Removes what a process that was killed meanwhile has left in theFolder: hidden folders that are more than an hour old.
+void RemoveUnfinishedFilms(const std::string& theFolder);

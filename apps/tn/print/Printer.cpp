@@ -3,8 +3,15 @@
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <utility>
 
 #include "apps/tn/print/PrintedFilm.h"
+
+Printer::Printer(std::string theName, std::string theFolder, UINT64 theMemory)
+    : itsName(std::move(theName)), itsFolder(std::move(theFolder)), itsMemory(theMemory)
+{
+   RemoveUnfinishedFilms(itsFolder);
+}
 
 Printer::Status Printer::GetStatus() const
 {

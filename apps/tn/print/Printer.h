@@ -5,7 +5,6 @@
 #include <semaphore>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "apps/tn/print/PrintMemory.h"
@@ -16,10 +15,9 @@ class AbstractFilmSession;
 class Printer
 {
 public:
-   // The folder exists. theMemory is in bytes.
-   Printer(std::string theName, std::string theFolder, UINT64 theMemory)
-       : itsName(std::move(theName)), itsFolder(std::move(theFolder)), itsMemory(theMemory)
-   {}
+   // The folder exists; what a printer that was ended in the middle of a print has left there is removed. theMemory is in
+   // bytes.
+   Printer(std::string theName, std::string theFolder, UINT64 theMemory);
 
    // PS3.3 C.13.9, with the event that reports it (PS3.4 H.4.6.2.2).
    struct Status
