@@ -16,11 +16,11 @@
 #include "apps/tn/help/HelpFormatter.h"
 #include "apps/tn/network/ConfigFile.h"
 #include "apps/tn/network/EchoCommand.h"
-#include "apps/tn/node/ServeCommand.h"
 #include "apps/tn/print/PrintCommand.h"
 #include "apps/tn/query/FindCommand.h"
 #include "apps/tn/query/MoveCommand.h"
 #include "apps/tn/send/SendCommand.h"
+#include "apps/tn/serve/ServeCommand.h"
 #include "talvenor/foundation/TNXInitializer.h"
 
 namespace

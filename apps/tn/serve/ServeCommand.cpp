@@ -1,4 +1,4 @@
-#include "apps/tn/node/ServeCommand.h"
+#include "apps/tn/serve/ServeCommand.h"
 
 #include <atomic>
 #include <csignal>
