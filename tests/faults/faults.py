@@ -56,10 +56,10 @@ def data_set_of(path):
 
 
 class Node:
-    def __init__(self, tn, folder, options, log):
+    def __init__(self, tn, folder, options, log, environment=None):
         self.log = open(log, "w+")
         self.process = subprocess.Popen([tn, "serve", "--port", "0", "--bind", "127.0.0.1", "--store", folder, *options],
-                                        stdout=self.log, stderr=self.log)
+                                        stdout=self.log, stderr=self.log, env={**os.environ, **(environment or {})})
         for _ in range(600):
             with open(log) as file:
                 text = file.read()
