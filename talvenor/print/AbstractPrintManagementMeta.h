@@ -167,6 +167,7 @@ private:
    // SCP.
    static const Service* FindService(const RWCString& theSOPClass);
    bool Serves(const Service& theKind);
+   int ReadRequest(const Service& theKind, const Request& theRequest, const RWCString& theInstance);
    int ReadFilmSessionRequest(const Request& theRequest);
    int ReadFilmBoxRequest(const Request& theRequest);
    int ReadImageBoxRequest(const Request& theRequest);

@@ -114,16 +114,8 @@ bool AbstractPrintManagementMeta::Serves(const Service& theKind)
 int AbstractPrintManagementMeta::Read(PDU_Service& theService, const DICOMCommandObject& theCommand)
 {
    const UINT16 aField = theCommand.GetUINT16(0, CommandElement::CommandField);
-   if (aField == kNEventReport.itsRequest.itsField)
-   {
-      if (!ReadEventReport(theService, theCommand))
-      {
-         theService.SetResultCode(TN_SOP_CLASS_MISMATCH);
-         return 0;
-      }
-      return 1;
-   }
-   const NService* const aKind = FindRequest(aField);
+   const bool isEvent = aField == kNEventReport.itsRequest.itsField;
+   const NService* const aKind = isEvent ? &kNEventReport : FindRequest(aField);
    if (aKind == nullptr)
    {
       theService.SetResultCode(TN_COMMAND_NOT_SUPPORTED);
@@ -136,49 +128,59 @@ int AbstractPrintManagementMeta::Read(PDU_Service& theService, const DICOMComman
    {
       theCommand.GetString(0, CommandElement::RequestedSOPInstanceUID, anInstance);
    }
-   Request aRequest = {theService, theCommand, *aKind, UID(aSOPClass), UID(anInstance)};
+   const Request aRequest = {theService, theCommand, *aKind, UID(aSOPClass), UID(anInstance)};
    if (!AcceptSOPClass(aRequest.itsSOPClass))
    {
       return aRequest.Refuse(PrintStatus::kClassNotSupported, "SOP class not accepted");
    }
-   const Service* const aService = FindService(aSOPClass);
-   if (aService == nullptr)
+   const Service* const aService = isEvent ? nullptr : FindService(aSOPClass);
+   if (aService != nullptr)
    {
-      theService.SetResultCode(TN_SOP_CLASS_MISMATCH);
-      return 0;
+      return ReadRequest(*aService, aRequest, anInstance);
    }
-   if (!Serves(*aService))
+   if (isEvent && ReadEventReport(theService, theCommand))
    {
-      return aRequest.Refuse(PrintStatus::kClassNotSupported, "SOP class not served");
+      return 1;
    }
-   const auto& aRequests = aService->itsRequests;
-   if (std::find(std::begin(aRequests), std::end(aRequests), aKind) == std::end(aRequests))
+   theService.SetResultCode(TN_SOP_CLASS_MISMATCH);
+   return 0;
+}
+
+// theInstance is the text that the command has, if any.
+int AbstractPrintManagementMeta::ReadRequest(const Service& theKind, const Request& theRequest,
+                                             const RWCString& theInstance)
+{
+   if (!Serves(theKind))
    {
-      return aRequest.Refuse(PrintStatus::kUnrecognizedOperation, "No operation of this SOP class");
+      return theRequest.Refuse(PrintStatus::kClassNotSupported, "SOP class not served");
    }
-   if (aRequest.Is(kNCreate) && anInstance.empty()) // left to us, PS3.7 10.1.5.1.4
+   const auto& aRequests = theKind.itsRequests;
+   if (std::find(std::begin(aRequests), std::end(aRequests), &theRequest.itsKind) == std::end(aRequests))
    {
-      aRequest.itsInstance = NewInstanceUID(aRequest.itsSOPClass);
+      return theRequest.Refuse(PrintStatus::kUnrecognizedOperation, "No operation of this SOP class");
    }
-   else if (!IsValidUID(anInstance))
+   const bool isLeftToUs = theRequest.Is(kNCreate) && theInstance.empty(); // PS3.7 10.1.5.1.4
+   if (!isLeftToUs && !IsValidUID(theInstance))
    {
-      return aRequest.Refuse(PrintStatus::kInvalidInstance, "SOP instance UID not valid");
+      return theRequest.Refuse(PrintStatus::kInvalidInstance, "SOP instance UID not valid");
    }
-   if (aRequest.HasData() && GetMemoryUse() >= itsMemoryLimit)
+   if (theRequest.HasData() && GetMemoryUse() >= itsMemoryLimit)
    {
-      return aRequest.Refuse(aService->itsRead == &AbstractPrintManagementMeta::ReadImageBoxRequest
-                                 ? PrintStatus::kNoMemoryForImage
-                                 : PrintStatus::kResourceLimitation,
-                             "No room for more");
+      return theRequest.Refuse(theKind.itsRead == &AbstractPrintManagementMeta::ReadImageBoxRequest
+                                   ? PrintStatus::kNoMemoryForImage
+                                   : PrintStatus::kResourceLimitation,
+                               "No room for more");
    }
-   if (theCommand.HasNonNullAttribute(0, aKind->itsInstance))
+   if (!isLeftToUs && theRequest.itsCommand.HasNonNullAttribute(0, theRequest.itsKind.itsInstance))
    {
-      return (this->*aService->itsRead)(aRequest);
+      return (this->*theKind.itsRead)(theRequest);
    }
    // From here on the command names the instance, where it is looked for.
-   DICOMCommandObject aNamed = theCommand;
-   aNamed.Push(new VR(0, aKind->itsInstance, aRequest.itsInstance));
-   return (this->*aService->itsRead)({theService, aNamed, *aKind, aRequest.itsSOPClass, aRequest.itsInstance});
+   const UID anInstance = isLeftToUs ? NewInstanceUID(theRequest.itsSOPClass) : theRequest.itsInstance;
+   DICOMCommandObject aNamed = theRequest.itsCommand;
+   aNamed.Push(new VR(0, theRequest.itsKind.itsInstance, anInstance));
+   return (this->*theKind.itsRead)(
+       {theRequest.itsService, aNamed, theRequest.itsKind, theRequest.itsSOPClass, anInstance});
 }
 
 int AbstractPrintManagementMeta::ReadFilmSessionRequest(const Request& theRequest)

@@ -351,6 +351,21 @@ TEST(AbstractPrintManagementMeta_SCP, TellsOfThePrinterWhatIsAskedFor)
    }
 }
 
+TEST(AbstractPrintManagementMeta_SCP, TheHostIsAskedWhichSOPClassesItTakes)
+{
+   struct Choosy : Host
+   {
+      int AcceptSOPClass(const UID& theSOPClass) override { return theSOPClass != kPrinter; }
+   } aHost;
+   const std::string anEvent = Text(0x21100020, "CS", "SUPPLY LOW");
+   Play(aHost,
+        {{"printer", Request(0x0110, kPrinter, kPrinterInstance), 0, 0x0122, "-"},
+         {"event of the printer", Request(0x0100, kPrinter, kPrinterInstance, anEvent, US(0x1002, 2)), 0, 0x0122, "-"},
+         {"event of a job", Request(0x0100, kJob, "1.9", anEvent, US(0x1002, 2)), 1, 0, "-"},
+         {"session", Request(0x0140, kSession, "1.5"), 1, 0, "S1.5"}});
+   EXPECT_TRUE(aHost.itsNotes.empty()) << "nobody is told of an event that is refused";
+}
+
 TEST(AbstractPrintManagementMeta_SCP, LeavesOtherCommandsToOthers)
 {
    Host aHost;
