@@ -294,8 +294,8 @@ public:
    static int GetEnableCompressedTransferSyntax() { return itsEnableCompressedTransferSyntaxFlag; }
    static void SetEnableCompressedTransferSyntax(int theFlag) { itsEnableCompressedTransferSyntaxFlag = theFlag; }
 
-   // An addition: the longest data set that Read takes, in bytes; a longer one aborts the association (TN_INVALID_ENCODING).
-   // Without limit at first. For a provider whose requests are short: a peer can send as much as it likes otherwise.
+   // An addition: the longest data set that Read takes, in bytes, and one element for each 256 of them, 16384 at least; a
+   // longer one aborts the association (TN_INVALID_ENCODING). Without limit at first: a peer can send as much as it likes.
    void SetLongestDataset(UINT64 theBytes) { itsLongestDataset = theBytes; }
 
    // Of ReadCommand, Read and Write: calls that succeeded and failed, bytes of messages without the headers of PDUs, and

@@ -20,6 +20,10 @@ namespace
 // A command set is held in memory; it consists of a few short elements.
 constexpr UINT64 kLongestCommand = 1048576; // bytes
 
+// What has a limit in bytes has one in elements too, or it would take up to 25 times those bytes in memory.
+constexpr UINT64 kFewElements = 16384;
+constexpr UINT64 kBytesPerElement = 256;
+
 // PS3.7 E.1, Command Data Set Type.
 bool AnnouncesDataset(const DICOMObject& theCommand)
 {
@@ -274,7 +278,10 @@ InputTransferSyntax* PDU_Service::OpenMessage(Wanted theWanted)
    const UINT64 aLimit = isCommand                   ? kLongestCommand
                          : theWanted == Wanted::Data ? itsLongestDataset
                                                      : std::numeric_limits<UINT64>::max();
-   return aType->CreateInputTransferSyntax(new MessageSource(itsTransport, aLimit));
+   std::unique_ptr<InputTransferSyntax> aDecoder(
+       aType->CreateInputTransferSyntax(new MessageSource(itsTransport, aLimit)));
+   aDecoder->SetMostElements(kFewElements + aLimit / kBytesPerElement);
+   return aDecoder.release();
 }
 
 // What a peer may send instead of a message: it ends the association, or has no business here.

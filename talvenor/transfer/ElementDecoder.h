@@ -80,6 +80,7 @@ private:
       case HeaderEnd::AtStopLimit: return End(InputTransferSyntax::AtStopLimit);
       case HeaderEnd::Whole: break;
       }
+      Base().CountElement();
       if (aHeader.itsGroup == ElementHeader::kDelimiterGroup)
       {
          return NextItem(aHeader);

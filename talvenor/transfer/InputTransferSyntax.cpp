@@ -42,6 +42,12 @@ std::unique_ptr<InputTransferSyntax> InputTransferSyntax::MakeContentDecoder(con
    return aContent;
 }
 
+void InputTransferSyntax::FailForElements()
+{
+   itsRoot->itsElementsLeft = 0;
+   throw StreamIOException("InputTransferSyntax::NextVR(): more elements than are taken", TN_INVALID_ENCODING, 0);
+}
+
 void InputTransferSyntax::EndLevel(LevelEnd theEnd)
 {
    itsLevelEnd = theEnd;

@@ -58,6 +58,10 @@ public:
    // passed over, in the sequences of this dataset, too. Their elements come with their length, but without data.
    void SetLongestValue(UINT32 theBytes) { itsRoot->itsLongestValue = theBytes; }
 
+   // An addition for a host that keeps the dataset of somebody whom it does not trust: an element or item takes eight bytes
+   // in the stream, and up to 200 in memory. More of them, at all levels together, are a failure. Without limit at first.
+   void SetMostElements(UINT64 theCount) { itsRoot->itsElementsLeft = theCount; }
+
    // Whether a sequence or an item of this dataset ended only because the stream did: a delimiter or a part of the stated
    // length is missing. Decoding goes on quietly then, as the data that is there is good; a host that must know whether
    // it has the whole asks the outermost decoder.
@@ -93,6 +97,16 @@ private:
    // The stream-valued element for (7FE0,0010), of undefined length (encapsulated) or defined.
    VR* MakePixelElement(UINT32 theLength, UINT16 theTypeCode);
 
+   // Takes one of the elements that may come.
+   void CountElement()
+   {
+      if (itsRoot->itsElementsLeft-- == 0)
+      {
+         FailForElements();
+      }
+   }
+   [[noreturn]] void FailForElements();
+
    // Notes why this level ends. The rest of a level that ends before its stated length is skipped.
    void EndLevel(LevelEnd theEnd);
    bool IsEndedShort() const;
@@ -119,6 +133,7 @@ private:
 
    // Of the outermost decoder only.
    UINT32 itsLongestValue = 0xFFFFFFFF; // bytes
+   UINT64 itsElementsLeft = ~UINT64{0}; // that may come
    bool itsIsCut = false;
    RWCString itsFaultPath;
 };

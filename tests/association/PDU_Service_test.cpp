@@ -372,23 +372,50 @@ TEST(PDU_ServiceRead, ACommandSetIsBounded)
    EXPECT_EQ(aService.GetAssociationStatus(), Status::ProtocolError);
 }
 
-// A command that announces a data set of 12 bytes, which comes in two pieces.
+// In bytes, and in elements and items of all levels.
 TEST(PDU_ServiceRead, ADataSetIsBoundedWhereTheHostSaysSo)
 {
    const std::string anAnnouncement = kCommand + "\0\0\0\x08\2\0\0\0\2\1"s;
-   const std::string anInput = kGoodRequest + PData(PDV(1, 3, anAnnouncement)) +
-                               PData(PDV(1, 0, kDataSet.substr(0, 5))) + PData(PDV(1, 2, kDataSet.substr(5)));
-   for (const UINT64 aLimit : {11, 12})
+   constexpr UINT64 kLong = 160000;
+   constexpr std::size_t kMostElements = 16384 + kLong / 256;
+   const auto aSequence = [](std::size_t theItems) { // with its delimiter
+      std::string aText = "\x08\0\x40\x11SQ\0\0\xFF\xFF\xFF\xFF"s;
+      for (std::size_t i = 0; i < theItems; ++i)
+      {
+         aText += "\xFE\xFF\0\xE0\0\0\0\0"s;
+      }
+      return aText + "\xFE\xFF\xDD\xE0\0\0\0\0"s;
+   };
+   const struct
    {
+      const char* itsName;
+      UINT64 itsLimit;
+      std::string itsDataSet;
+      bool itsIsTaken;
+   } kRows[] = {{"as long as it may be", 12, kDataSet, true},
+                {"a byte more", 11, kDataSet, false},
+                {"as many elements as it may have", kLong, aSequence(kMostElements - 2), true},
+                {"an item more", kLong, aSequence(kMostElements - 1), false},
+                {"any number", ~UINT64{0}, aSequence(kMostElements), true}};
+   for (const auto& aRow : kRows)
+   {
+      std::string anInput = kGoodRequest + PData(PDV(1, 3, anAnnouncement));
+      constexpr std::size_t kPiece = 10000;
+      for (std::size_t aPlace = 0; aPlace < aRow.itsDataSet.size(); aPlace += kPiece)
+      {
+         const bool isLast = aPlace + kPiece >= aRow.itsDataSet.size();
+         anInput += PData(PDV(1, isLast ? 2 : 0, aRow.itsDataSet.substr(aPlace, kPiece)));
+      }
       Scripted aService;
-      aService.SetLongestDataset(aLimit);
+      aService.SetLongestDataset(aRow.itsLimit);
       ASSERT_TRUE(aService.Accept(anInput));
       DICOMCommandObject aCommand;
       ASSERT_TRUE(aService.ReadCommand(aCommand)) << "commands have a limit of their own";
       DICOMDataObject aDataSet;
-      const Outcome anOutcome = aLimit == 12 ? Outcome{1, TN_NO_ERROR, Status::AcceptedAsAcceptor, "AC"}
-                                             : Outcome{0, TN_INVALID_ENCODING, Status::ProtocolError, "AC ABORT(2,6)"};
-      EXPECT_EQ(OutcomeOf(aService.Read(aDataSet), aService), anOutcome) << aLimit;
+      const Outcome anOutcome = aRow.itsIsTaken
+                                    ? Outcome{1, TN_NO_ERROR, Status::AcceptedAsAcceptor, "AC"}
+                                    : Outcome{0, TN_INVALID_ENCODING, Status::ProtocolError, "AC ABORT(2,6)"};
+      EXPECT_EQ(OutcomeOf(aService.Read(aDataSet), aService), anOutcome) << aRow.itsName;
    }
 }
 
