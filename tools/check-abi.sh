@@ -31,7 +31,8 @@ library "$ROOT" "$WORK/now"
 # compare [OPTION...]: types that no public header declares are nobody's business. abidiff ends with bits: 1 and 2 are its
 # own failures, 4 a change, 8 one that is incompatible by its kind.
 compare() {
-   abidiff --headers-dir1 "$WORK/source/talvenor" --headers-dir2 "$ROOT/talvenor" --drop-private-types \
+   abidiff --leaf-changes-only --drop-private-types \
+      --headers-dir1 "$WORK/source/talvenor" --headers-dir2 "$ROOT/talvenor" \
       --suppressions "$ROOT/tools/abi.suppressions" "$@" \
       "$WORK/then/talvenor/libtalvenor.so" "$WORK/now/talvenor/libtalvenor.so"
 }

@@ -12,6 +12,7 @@
 namespace
 {
 constexpr std::size_t kNames = 30;     // characters of the column of names
+constexpr std::size_t kCommands = 12;  // of that of commands
 constexpr std::size_t kNarrowest = 60; // less than that helps nobody
 
 struct TypeRow
@@ -89,7 +90,17 @@ std::string HelpFormatter::make_option_opts(const CLI::Option* theOption) const
       aText.erase(0, isNamed ? aText.find_first_not_of(' ') : 0);
       aText.insert(0, isNamed && !aText.starts_with("...") ? " " : "");
    }
+   // What an option excludes or needs is told to who gets it wrong.
+   aText.resize(std::min({aText.size(), aText.find(" Excludes:"), aText.find(" Needs:")}));
    return aText;
+}
+
+std::string HelpFormatter::make_subcommand(const CLI::App* theCommand) const
+{
+   std::ostringstream aText;
+   CLI::detail::format_help(aText, theCommand->get_name(), Description(theCommand->get_description(), kCommands),
+                            kCommands);
+   return aText.str();
 }
 
 std::string HelpFormatter::make_subcommands(const CLI::App* theProgram, CLI::AppFormatMode theMode) const
@@ -105,7 +116,13 @@ std::string HelpFormatter::make_subcommands(const CLI::App* theProgram, CLI::App
 
 std::string HelpFormatter::make_option_desc(const CLI::Option* theOption) const
 {
-   std::string aText = Filled(theOption->get_description(), itsWidth - kNames);
+   return Description(theOption->get_description(), kNames);
+}
+
+// What stands behind theColumn characters.
+std::string HelpFormatter::Description(const std::string& theText, std::size_t theColumn) const
+{
+   std::string aText = Filled(theText, itsWidth - theColumn);
    aText.erase(aText.find_last_not_of('\n') + 1);
    return aText;
 }

@@ -14,6 +14,7 @@ public:
 
    std::string make_option_opts(const CLI::Option* theOption) const override;
    std::string make_option_desc(const CLI::Option* theOption) const override;
+   std::string make_subcommand(const CLI::App* theCommand) const override;
    std::string make_subcommands(const CLI::App* theProgram, CLI::AppFormatMode theMode) const override;
    std::string make_footer(const CLI::App* theProgram) const override;
 
@@ -25,5 +26,7 @@ public:
    static std::string SimplifyType(const std::string& theType);
 
 private:
+   std::string Description(const std::string& theText, std::size_t theColumn) const;
+
    std::size_t itsWidth;
 };
