@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "support/CommandBytes.h"
+#include "support/DatasetBytes.h"
 #include "support/FileBytes.h"
 #include "support/PDUBytes.h"
 #include "support/RunTn.h"
@@ -237,6 +238,32 @@ TEST(TnSend, LosesNothingWhateverThePeerAnswers)
       }
       EXPECT_TRUE(aRest.empty()) << aCase.itsName << ": no line for " << aRest.front();
    }
+}
+
+// More than all the buffers on the way hold.
+TEST(TnSend, APeerThatStopsInTheMiddleOfAFileHoldsNobodyUp)
+{
+   constexpr std::uint32_t kSize = 40000000;
+   const TemporaryDirectory aFolder;
+   DatasetBytes aPixels;
+   aPixels.Stated(0x7FE00010, "OW", kSize);
+   const std::string aFile = aFolder.File("big");
+   WriteFile(aFile, MakeFile(kExplicit, "1.22.3", aPixels.Bytes()));
+   std::filesystem::resize_file(aFile, std::filesystem::file_size(aFile) + kSize); // a hole
+   const std::string anArguments = " '" + aFile + "' '" + Sample("ct-explicit.dcm") + "'";
+   const std::string anAccepted = Acceptance({{1, 0, kExplicit}, {3, 0, kImplicit}});
+   {
+      StoringNode aNode(kNative, {StoringNode::kSilence});
+      const Outcome anOutcome = Tn("send --timeout 0.3 " + aNode.Address() + anArguments);
+      EXPECT_EQ(anOutcome.itsCode, 9) << anOutcome.itsErrors;
+      EXPECT_TRUE(Contains(anOutcome.itsErrors, "within 0.3 s")) << anOutcome.itsErrors;
+      EXPECT_TRUE(Contains(anOutcome.itsOutput + anOutcome.itsErrors, "0 sent, 1 failed, 1 not sent"));
+   }
+   ScriptedPeer aPeer({anAccepted}, ScriptedPeer::kClose);
+   const Outcome anOutcome = Tn("send --timeout 5 PEER@127.0.0.1:" + aPeer.Port() + anArguments);
+   EXPECT_EQ(anOutcome.itsCode, 5) << anOutcome.itsErrors;
+   EXPECT_TRUE(Contains(anOutcome.itsOutput + anOutcome.itsErrors, "0 sent, 1 failed, 1 not sent"))
+       << anOutcome.itsErrors;
 }
 
 TEST(TnSend, SharesFilesBetweenAssociations)
