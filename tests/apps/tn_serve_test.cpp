@@ -87,6 +87,8 @@ TEST(TnServe, AnswersBadPeersByTheBookAndGoodOnesMeanwhile)
        {"class that is not served", Request({{1, "1.2.3", {"1.2.840.10008.1.2"}}}), "AC end"},
        {"release", kRequest + ReleaseRequest(), "AC RELEASED end"},
        {"unknown command", kRequest + PData(PDV(1, 3, "\0\0\0\1\2\0\0\0\x77\x77"s)), "AC ABORT(0,0) end"},
+       {"nothing but JPEG where nothing is stored", Request({{1, kVerification, {"1.2.840.10008.1.2.4.50"}}}),
+        "AC end"},
        {"an ID twice",
         Request({{1, kVerification, {"1.2.840.10008.1.2"}}, {1, kVerification, {"1.2.840.10008.1.2.1"}}}) +
             PData(PDV(1, 2, "abcd")),

@@ -34,6 +34,7 @@ public:
    // The SOP classes of the dictionary whose keyword has "Storage" in it, except those of storage commitment and the
    // directories of media, and the private ones that the library has a class for.
    bool Accepts(const RWCString& theAbstractSyntax) const override;
+   bool TakesCompressed() const override { return true; }
    int Serve(PDU_Service& theService, DICOMCommandObject& theCommand) override;
    std::string Describe() const override;
 

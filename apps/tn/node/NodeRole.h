@@ -21,6 +21,9 @@ public:
    // Whether a presentation context for the abstract syntax is accepted, and its commands are for this role.
    virtual bool Accepts(const RWCString& theAbstractSyntax) const = 0;
 
+   // Whether data sets may come in compressed transfer syntaxes: they may where they are kept as they come.
+   virtual bool TakesCompressed() const { return false; }
+
    // Serves a command on such a context with all its messages. 0 when the association cannot go on, with the cause in
    // the result code of theService; a request that has been answered with a refusal is served.
    virtual int Serve(PDU_Service& theService, DICOMCommandObject& theCommand) = 0;

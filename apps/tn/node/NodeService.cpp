@@ -148,14 +148,18 @@ void NodeService::OnUnreadableRequest(TNResultCode theCode)
    }
 }
 
-// The peer's first choice among those that the library decodes: it knows best which it need not convert into.
-const TransferSyntaxItem* NodeService::GetPreferredTransferSyntax(const AbstractSyntaxSubItem&,
+// The peer's first choice among those that the library decodes: it knows best which it need not convert into. None that is
+// compressed where the role has to look at what comes: an image to be printed has to come with its pixels.
+const TransferSyntaxItem* NodeService::GetPreferredTransferSyntax(const AbstractSyntaxSubItem& theAbstractSyntax,
                                                                   const TransferSyntaxCandidates& theCandidates)
 {
    const TransferSyntaxManager& aRegistry = TransferSyntaxManager::GetDefaultInstance();
+   const NodeRole* const aRole = FindRole(theAbstractSyntax.GetName());
+   const bool takesCompressed = aRole == nullptr || aRole->TakesCompressed();
    const auto aPlace =
        std::find_if(theCandidates.begin(), theCandidates.end(), [&](const TransferSyntaxItem& theCandidate) {
-          return aRegistry.GetTransferSyntaxType(RWCString(theCandidate.GetUID())) != nullptr;
+          const TransferSyntaxType* const aType = aRegistry.GetTransferSyntaxType(RWCString(theCandidate.GetUID()));
+          return aType != nullptr && (takesCompressed || !aType->IsEncapsulated());
        });
    return aPlace == theCandidates.end() ? nullptr : &*aPlace;
 }
