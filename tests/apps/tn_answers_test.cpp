@@ -183,7 +183,7 @@ TEST_F(TnAnswers, MovesWhatIsAskedForToWhomItKnows)
    EXPECT_TRUE(fs::exists(itsFolder.File("destination/1.1/1.1.1/1.2.2.dcm")));
    EXPECT_FALSE(fs::exists(itsFolder.File("destination/1.1/1.1.2")));
    EXPECT_EQ(Ask("move --to DEST", "--study 1.5 --json").itsOutput,
-             R"~({"level":"STUDY","uids":["1.5"],"status":0,"meaning":"success (0000H)","completed":1,"failed":0,)~"
+             R"~({"level":"STUDY","uids":["1.5"],"status":0,"meaning":"complete (0000H)","completed":1,"failed":0,)~"
              R"("warnings":0,"failedInstances":[]})"
              "\n");
    const auto aDatasetOf = [](const std::string& thePath) {

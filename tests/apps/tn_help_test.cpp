@@ -133,8 +133,8 @@ TEST(MatchWriter, ATableFitsTheTerminal)
    } kCases[] = {
        {0, "PatientName             StudyDescription    StudyInstanceUID\n"
            "M\xC3\xA4kinen-Lehtinen^Tyyne  Thorax, two planes  1.2.3.4.5\n"},
-       {40, "PatientName    StudyDescri\xE2\x80\xA6  StudyIns\xE2\x80\xA6\n"
-            "M\xC3\xA4kinen-Leh\xE2\x80\xA6  Thorax, two\xE2\x80\xA6  1.2.3.4.5\n"},
+       {40, "PatientName    StudyDescript\xE2\x80\xA6  StudyIns\xE2\x80\xA6\n"
+            "M\xC3\xA4kinen-Leht\xE2\x80\xA6  Thorax, two p\xE2\x80\xA6  1.2.3.4.5\n"},
        {18, "PatientName       M\xC3\xA4kinen-Lehtinen^Tyyne\n"
             "StudyDescription  Thorax, two planes\n"
             "StudyInstanceUID  1.2.3.4.5\n"},

@@ -219,6 +219,7 @@ private:
       {
          return;
       }
+      const std::vector<std::size_t> aWanted = itsWidths;
       const std::vector<std::size_t> aValues = Widest(itsHeld.begin() + 1, itsHeld.end());
       std::vector<std::size_t> aLeast;
       for (std::size_t i = 0; i < itsWidths.size(); ++i)
@@ -228,6 +229,7 @@ private:
          aLeast.push_back(itsNames[i].ends_with("UID") ? itsWidths[i] : aHeading);
       }
       itsIsList = !Shrink(aLeast);
+      Grow(aWanted);
    }
 
    // The widest column gives way first. False when it is not enough.
@@ -248,6 +250,21 @@ private:
          --itsWidths[aWidest];
       }
       return true;
+   }
+
+   // What room is left goes to the headings, a character each in turn.
+   void Grow(const std::vector<std::size_t>& theWanted)
+   {
+      for (bool hasGrown = true; hasGrown;)
+      {
+         hasGrown = false;
+         for (std::size_t i = 0; i < itsWidths.size() && Total() < itsLimit; ++i)
+         {
+            const bool isCut = itsWidths[i] < theWanted[i];
+            itsWidths[i] += isCut;
+            hasGrown = hasGrown || isCut;
+         }
+      }
    }
 
    std::size_t Total() const
@@ -279,7 +296,8 @@ private:
       for (std::size_t i = 0; i < theCells.size(); ++i)
       {
          const std::string aCell = OnOneLine(theCells[i]);
-         const bool isCut = itsLimit != 0 && !itsNames[i].ends_with("UID");
+         const bool isUID = itsNames[i].ends_with("UID") && theCells[i] != itsNames[i];
+         const bool isCut = itsLimit != 0 && !isUID;
          aLine += isCut || WidthOf(aCell) <= itsWidths[i] ? Fitted(aCell, itsWidths[i]) : aCell;
          aLine += std::string(kGap, ' ');
       }
