@@ -91,8 +91,9 @@ Bytes With(Bytes thePart, std::size_t thePlace, unsigned char theByte)
 const Bytes kQuantisation = Bytes{0xFF, 0xDB, 0x00, 0x43, 0x00} + Bytes(64, 8);
 const Bytes kTables = {0xFF, 0xC4, 0x00, 0x2A, 0x00, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
                        2,    7,    0x10, 1,    1,    1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 7, 0xF0};
-const Bytes kExtendedHeaders = {0xFF, 0xC1, 0x00, 0x0B, 12,   0, 1, 0, 12, 1,  1, 0x11,
-                                0,    0xFF, 0xDA, 0x00, 0x08, 1, 1, 0, 0,  63, 0};
+const Bytes kExtendedHeaders = {
+    0xFF, 0xC1, 0x00, 0x0B, 12,   0, 1, 0, 12, 1, 1, 0x11,
+    0,    0xFF, 0xDA, 0x00, 0x08, 1, 1, 0, 0,  0, 0}; // the last coefficient is 63, whatever it says
 // DC 110 1100100 (100), AC 10 1000111 (71), 0; DC 10 00 (-3), 0; ones
 const Bytes kBlocks = {0b11011001, 0b00101000, 0b11101000, 0b01111111};
 } // namespace
@@ -194,7 +195,7 @@ TEST(FrameDecoder, FramesThatContradictOrLieAreNamed)
        {kExtended, kSOI + kQuantisation + kTables + With(kExtendedHeaders, 8, 4) + Bytes{0x6D, 0xB7, 0x77},
         "more than 64 coefficients"},
        {kExtended, kSOI + kQuantisation + kTables + With(With(kExtendedHeaders, 8, 4), 4, 13) + kBlocks,
-        "its headers make no sense"},
+        "its process 8 or 12"},
    };
    for (const auto& aCase : kCases)
    {

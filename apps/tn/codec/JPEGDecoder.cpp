@@ -30,7 +30,8 @@ struct Faults
 void TakeMessage(j_common_ptr theInfo, int theLevel)
 {
    const int aCode = theInfo->err->msg_code;
-   const bool isHarmless = aCode == JWRN_EXTRANEOUS_DATA || aCode == JWRN_ADOBE_XFORM || aCode == JWRN_JFIF_MAJOR;
+   const bool isHarmless = aCode == JWRN_EXTRANEOUS_DATA || aCode == JWRN_ADOBE_XFORM || aCode == JWRN_JFIF_MAJOR ||
+                           aCode == JWRN_NOT_SEQUENTIAL;
    if (theLevel < 0 && !isHarmless)
    {
       Leave(theInfo);

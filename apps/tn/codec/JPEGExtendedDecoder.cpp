@@ -63,7 +63,8 @@ public:
 private:
    bool IsDecoded(unsigned int theProcess) const override { return theProcess == kExtended; }
 
-   // One component: its blocks come line by line, T.81 A.2.2.
+   // One component: its blocks come line by line, T.81 A.2.2. Encoders write what they like for the first and the last
+   // coefficient, which are 0 and 63 whatever they say.
    void DecodeScan(const Scan& theScan, EntropyBits& theBits) override
    {
       if (theScan.itsComponents.size() != 1 || itsImage.itsSamples != 1)
@@ -71,10 +72,10 @@ private:
          FailDecompression("JPEG with 12 bits is served for grey images only");
       }
       constexpr unsigned int kPrecision = 12;
-      if (itsPrecision != kPrecision || theScan.itsStart != 0 || theScan.itsEnd != kCoefficients - 1 ||
-          theScan.itsPointTransform != 0)
+      if (itsPrecision != kPrecision)
       {
-         FailDamaged("its headers make no sense");
+         FailDecompression("the JPEG frame has " + std::to_string(itsPrecision) +
+                           " bits a sample, its process 8 or 12");
       }
       const Scan::Component& aComponent = theScan.itsComponents.front();
       const unsigned int aWidth = (itsImage.itsColumns + kSide - 1) / kSide;

@@ -258,7 +258,7 @@ void JPEGFrame::TakeScan(Parameters& theSegment)
       aScan.itsComponents.push_back({FindComponent(anID), aTables >> 4, aTables & 0x0F});
    }
    aScan.itsStart = theSegment.Byte();
-   aScan.itsEnd = theSegment.Byte();
+   theSegment.Byte(); // Se
    aScan.itsPointTransform = theSegment.Byte() & 0x0F;
    if (aScan.itsComponents.empty())
    {

@@ -59,7 +59,6 @@ protected:
 
       std::vector<Component> itsComponents;
       unsigned int itsStart;          // Ss: the first coefficient, or the predictor
-      unsigned int itsEnd;            // Se
       unsigned int itsPointTransform; // Al, in bits
    };
 
