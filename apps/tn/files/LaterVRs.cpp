@@ -84,14 +84,8 @@ unsigned int LaterVRStream::Skip(unsigned int theCount)
    });
 }
 
-void LaterVRStream::Pushback(const unsigned char* theBytes, unsigned int theCount)
+void LaterVRStream::Pushback(const unsigned char*, unsigned int theCount)
 {
-   if (itsHeaderSize == 0) // there are none: all is the source's
-   {
-      itsSource.Pushback(theBytes, theCount);
-      itsValue += theCount;
-      return;
-   }
    if (theCount > itsHeaderRead)
    {
       throw StreamIOException("more bytes are put back than were read of a header", TN_INTERNAL_ERROR, 0);
