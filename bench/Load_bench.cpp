@@ -18,8 +18,8 @@ void Report(benchmark::State& theState, size_t theElements, size_t theBytes)
    theState.SetBytesProcessed(static_cast<int64_t>(theState.iterations() * theBytes));
 }
 
-// Whether taking the dataset down is counted. For a large one it is a third of the whole, or more where the allocator has
-// been in use for long and hands out memory in no order.
+// Whether taking the dataset down is counted. For a large one it is a third of the whole, or more where the allocator
+// has been in use for long and hands out memory in no order.
 enum class WithEnd
 {
    No,

@@ -1,6 +1,6 @@
-// Copies a file of any size as explicit VR little endian in a few megabytes of memory, with the patient's name replaced.
-// Elements pass one at a time; pixel data and sequences are copied while they are still in the file. Encapsulated files
-// keep their transfer syntax.
+// Copies a file of any size as explicit VR little endian in a few megabytes of memory, with the patient's name
+// replaced. Elements pass one at a time; pixel data and sequences are copied while they are still in the file.
+// Encapsulated files keep their transfer syntax.
 //
 //    stream-huge FILE NEW-FILE NAME
 #include <iostream>

@@ -1,5 +1,6 @@
-// A whole association with a peer whose bytes are the input: as acceptor, which then answers C-ECHO, or as requester, which
-// then sends one, by byte 0; it ends with a release or, by another bit, without. Nothing may escape from the service.
+// A whole association with a peer whose bytes are the input: as acceptor, which then answers C-ECHO, or as requester,
+// which then sends one, by byte 0; it ends with a release or, by another bit, without. Nothing may escape from the
+// service.
 #include <algorithm>
 #include <memory>
 

@@ -1,5 +1,5 @@
-// Loads the input as a data dictionary and, with an odd first byte, as a private one; whatever was loaded is found again
-// and copied.
+// Loads the input as a data dictionary and, with an odd first byte, as a private one; whatever was loaded is found
+// again and copied.
 #include <sstream>
 
 #include "fuzz/Fuzzing.h"

@@ -1,5 +1,5 @@
-// A compressed frame. Its first bytes say which syntax it has and what the dataset says of it: a picture of at most 64 by
-// 64 pixels. It is decoded, or refused with a text, and decoded once more to the same pixels.
+// A compressed frame. Its first bytes say which syntax it has and what the dataset says of it: a picture of at most 64
+// by 64 pixels. It is decoded, or refused with a text, and decoded once more to the same pixels.
 #include <memory>
 
 #include <fuzzer/FuzzedDataProvider.h>

@@ -1,5 +1,5 @@
-// A query as a node answers it: the identifier is the input. It is put to an index and to worklist items, among them what
-// the input itself says as an instance; whatever comes out must be sendable in either native syntax.
+// A query as a node answers it: the identifier is the input. It is put to an index and to worklist items, among them
+// what the input itself says as an instance; whatever comes out must be sendable in either native syntax.
 //
 //    byte 0     bits 0 and 1 the information model, 2 relational queries, 3 the syntax
 //    the rest   the identifier

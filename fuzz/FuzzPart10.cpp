@@ -1,8 +1,8 @@
 // Opens the input as a DICOM file and loads all of it; then prints, copies, compares and measures what there is.
 //
-// Bytes 0 and 1 choose: the transfer syntax (0 for a whole file, 1 for a whole file read strictly, else a dataset in one
-// of the served syntaxes), known tags only, the size of the pieces that arrive, a stop limit, which the next four bytes
-// then give.
+// Bytes 0 and 1 choose: the transfer syntax (0 for a whole file, 1 for a whole file read strictly, else a dataset in
+// one of the served syntaxes), known tags only, the size of the pieces that arrive, a stop limit, which the next four
+// bytes then give.
 #include <memory>
 
 #include "fuzz/Fuzzing.h"

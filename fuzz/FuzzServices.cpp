@@ -5,8 +5,8 @@
 //    bit 3         a data set follows the command set
 //    bit 4         what follows is the response to a request of ours, where the service has that role
 //
-// then the length of the command set (2 bytes, big endian) and the command set in implicit VR little endian, and the data
-// set in the same way. Nothing may escape from the services.
+// then the length of the command set (2 bytes, big endian) and the command set in implicit VR little endian, and the
+// data set in the same way. Nothing may escape from the services.
 #include <algorithm>
 #include <memory>
 #include <string>

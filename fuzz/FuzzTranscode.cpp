@@ -1,6 +1,6 @@
-// Decodes a dataset in one transfer syntax and encodes it in another, first element by element, as a host does that keeps
-// nothing, then by way of a dataset in memory. What was written must be readable, be the same when it is written once
-// more, and not have grown beyond what headers of another form take.
+// Decodes a dataset in one transfer syntax and encodes it in another, first element by element, as a host does that
+// keeps nothing, then by way of a dataset in memory. What was written must be readable, be the same when it is written
+// once more, and not have grown beyond what headers of another form take.
 //
 // Byte 0 chooses the two syntaxes and the size of the pieces that arrive.
 #include <algorithm>
@@ -91,8 +91,8 @@ std::optional<FuzzBytes> Save(DICOMDataObject& theObject, const TransferSyntaxTy
    return isDone ? std::optional(std::move(aSink.itsBytes)) : std::nullopt;
 }
 
-// Not all that hostile data makes an encoder write can be read: fragments in big-endian form, which no decoder takes, and
-// in implicit VR a value of a type that is not the dictionary's.
+// Not all that hostile data makes an encoder write can be read: fragments in big-endian form, which no decoder takes,
+// and in implicit VR a value of a type that is not the dictionary's.
 bool IsReadable(const TransferSyntaxType& theSyntax)
 {
    return theSyntax.IsExplicit() && theSyntax.IsLittleEndian();
@@ -198,9 +198,10 @@ void CheckInMemory(DICOMDataObject& theObject, const TransferSyntaxType& theTo)
 
 bool HasStrangeElement(const DICOMDataObject& theObject);
 
-// What is written of three kinds of elements is not true, and need not be: of values that state no type, not even a wrong
-// one, where the dictionary says that they are sequences; of private creators that are no texts, whose pad byte is not a
-// space; and of sequences in commands and meta information, whose group lengths count what is left out in their items.
+// What is written of three kinds of elements is not true, and need not be: of values that state no type, not even a
+// wrong one, where the dictionary says that they are sequences; of private creators that are no texts, whose pad byte
+// is not a space; and of sequences in commands and meta information, whose group lengths count what is left out in
+// their items.
 bool IsStrange(const VR& theVR)
 {
    const SequenceVR* const aSequence = theVR.GetAsSequenceVR();

@@ -1,5 +1,5 @@
-// Everything that the library offers: for hosts that would rather not choose, and for experiments. A host that builds often
-// includes the headers of the classes that it uses.
+// Everything that the library offers: for hosts that would rather not choose, and for experiments. A host that builds
+// often includes the headers of the classes that it uses.
 #pragma once
 
 #include "talvenor/foundation/AETitle.h"

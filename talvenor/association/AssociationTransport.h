@@ -1,6 +1,6 @@
 // What carries one association: the byte stream and the PDU streams on it. The service and the message streams that it
-// hands out share it, so that a stream that outlives the association fails instead of leaning on nothing. Not part of the
-// library's interface.
+// hands out share it, so that a stream that outlives the association fails instead of leaning on nothing. Not part of
+// the library's interface.
 #pragma once
 
 #include <memory>

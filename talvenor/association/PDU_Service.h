@@ -13,12 +13,12 @@
 // that was sent or received here (qualify its members, as in aService.AAssociateRJPDU::GetReason()), and the base of
 // A-ASSOCIATE-RQ is where a request is composed. What to accept is decided by virtual hooks.
 //
-// Operations return non-zero for success; on failure they return 0 and leave GetResultCode and GetSystemErrorCode. They do
-// not throw, unless said otherwise. Whatever a peer sends ends in a result, never in an exception; memory stays bounded by
-// what has really arrived, command sets and association PDUs by 1 MiB.
+// Operations return non-zero for success; on failure they return 0 and leave GetResultCode and GetSystemErrorCode. They
+// do not throw, unless said otherwise. Whatever a peer sends ends in a result, never in an exception; memory stays
+// bounded by what has really arrived, command sets and association PDUs by 1 MiB.
 //
-// One thread at a time; another one may end a wait through the abort flags of the socket. One association at a time; the
-// service may be used for the next when one has ended.
+// One thread at a time; another one may end a wait through the abort flags of the socket. One association at a time;
+// the service may be used for the next when one has ended.
 #pragma once
 
 #include <functional>
@@ -119,16 +119,16 @@ public:
    virtual int GetUsablePresentationContextInfo(unsigned char theID, UsablePresentationContext& theContext) const;
    virtual int GetUsableTransferSyntaxUID(unsigned char theID, UID& theTransferSyntax) const;
 
-   // The peer: the name of its host (its address when the name is not known), looked up once for each connection; the host
-   // name alone; address and port. Empty without a transport.
+   // The peer: the name of its host (its address when the name is not known), looked up once for each connection; the
+   // host name alone; address and port. Empty without a transport.
    virtual RWCString GetPeerName() const;
    virtual RWCString GetPeerHostName() const;
    virtual RWCString GetPeerIPAddress() const;
    virtual RWCString GetPeerPort() const;
 
    // Gives a received dataset the meta information (group 0002) of a file: theType chooses the transfer
-   // syntax, theTransferSyntax is the given one (null: explicit VR little endian). Returns 0, with a line in the error log, when
-   // the dataset does not name its SOP class and instance, or for another type.
+   // syntax, theTransferSyntax is the given one (null: explicit VR little endian). Returns 0, with a line in the error
+   // log, when the dataset does not name its SOP class and instance, or for another type.
    virtual int MakeChapter10(DICOMObject& theObject, const RWCString& theSourceAETitle, DICOMFileType theType,
                              const UID* theTransferSyntax);
 
@@ -150,12 +150,12 @@ public:
    // Sends an A-ABORT. The transport stays open: see WaitForTransportCloseOrTimeout.
    virtual int Abort(AbortSource theSource, AbortReason theReason);
 
-   // Releases the association, if there is one, and closes the transport. A P-DATA from the peer is ignored meanwhile. 1
-   // when it was released or none was there.
+   // Releases the association, if there is one, and closes the transport. A P-DATA from the peer is ignored meanwhile.
+   // 1 when it was released or none was there.
    virtual int Close();
 
-   // Receive the next message. A command set replaces the contents of theCommand, and the data set of the command before
-   // it is skipped when nobody has read it; one that no command has announced aborts the association
+   // Receive the next message. A command set replaces the contents of theCommand, and the data set of the command
+   // before it is skipped when nobody has read it; one that no command has announced aborts the association
    // (TN_UNEXPECTED_DATASET). A data set is added to theObject, whose byte order becomes that of the transfer syntax.
    // When the peer releases or aborts, that is answered, and shows in the result (TN_PEER_RELEASED, TN_PEER_ABORTED).
    // Silence is TN_REQUEST_WAIT_TIMED_OUT in front of a command set, TN_TRANSPORT_TIMED_OUT otherwise. A wait for a
@@ -163,12 +163,12 @@ public:
    virtual int ReadCommand(DICOMCommandObject& theCommand);
    virtual int Read(DICOMObject& theObject);
 
-   // Waits, at most for the ARR timer, until the peer closes the connection, and closes it. For the time after an abort or a
-   // rejection (PS3.8 9.2.3, state 13).
+   // Waits, at most for the ARR timer, until the peer closes the connection, and closes it. For the time after an abort
+   // or a rejection (PS3.8 9.2.3, state 13).
    virtual int WaitForTransportCloseOrTimeout();
 
-   // The transport's time-out for one read, in seconds; 0 without a transport. SetTimeout returns 0 where the transport has
-   // none.
+   // The transport's time-out for one read, in seconds; 0 without a transport. SetTimeout returns 0 where the transport
+   // has none.
    virtual int SetTimeout(int theSeconds);
    virtual TNResultCode GetResultCode() const { return itsResultCode; }
    virtual void SetResultCode(TNResultCode theCode) { itsResultCode = theCode; }
@@ -176,13 +176,13 @@ public:
    virtual void SetSystemErrorCode(int theCode) { itsSystemErrorCode = theCode; }
    virtual int GetTimeout() const;
 
-   // Evaluate a received request as accepting one does, but without an answer, and an acceptance. Non-zero when there is
-   // a usable context.
+   // Evaluate a received request as accepting one does, but without an answer, and an acceptance. Non-zero when there
+   // is a usable context.
    virtual int InterogateAAssociateRQPDU();
    virtual int InterogateAAssociateACPDU();
 
-   // Hooks of negotiation. The base accepts every title, application context and presentation context, and every abstract
-   // syntax for which a role is left; it takes implicit and explicit VR little endian.
+   // Hooks of negotiation. The base accepts every title, application context and presentation context, and every
+   // abstract syntax for which a role is left; it takes implicit and explicit VR little endian.
    virtual int CanYouHandleTransferSyntax(const TransferSyntaxItem& theSyntax);
 
    // Which of theCandidates to take, null for none. The base prefers lossless compression.
@@ -205,16 +205,17 @@ public:
 
 protected:
    // An addition: a request has arrived that cannot be read; the transport is closed when this returns. The base does
-   // nothing; a host that wants to may answer with Abort. Not called for an A-ABORT in its place, which needs no answer.
+   // nothing; a host that wants to may answer with Abort. Not called for an A-ABORT in its place, which needs no
+   // answer.
    virtual void OnUnreadableRequest(TNResultCode theCode);
 
-   // An addition: a set of bits of which bit 0 stands for version 1, the only one there is (PS3.8 9.3.2). The base accepts
-   // every one; a refusal is the protocol machine's (source 2, reason 2) with TN_UNSUPPORTED here.
+   // An addition: a set of bits of which bit 0 stands for version 1, the only one there is (PS3.8 9.3.2). The base
+   // accepts every one; a refusal is the protocol machine's (source 2, reason 2) with TN_UNSUPPORTED here.
    virtual int ShouldIAcceptProtocolVersion(UINT16 theVersions);
 
 public:
-   // Requester: takes theStream, which is connected (null and others: TN_CLOSED_BY_US), ends what there was, proposes, and
-   // waits for the answer. 1 when at least one context is usable.
+   // Requester: takes theStream, which is connected (null and others: TN_CLOSED_BY_US), ends what there was, proposes,
+   // and waits for the answer. 1 when at least one context is usable.
    int RequestAssociation(DULStream* theStream);
 
    // Acceptor: takes theStream likewise, reads the request and answers it. 1 when at least one context is accepted.
@@ -225,28 +226,28 @@ public:
    int RefuseAssociationRequest(DULStream* theStream, unsigned char theResult, unsigned char theSource,
                                 unsigned char theReason);
 
-   // Send one command or data set on a context: TN_NO_CONTEXT_CHOSEN for ID 0, TN_NO_CONTEXT_FOR_ABSTRACT_SYNTAX when it is
-   // not usable; in the second form on the first one for the abstract syntax. With theFinishPDU 0 a command set stays in
-   // the open PDU, which its data set will share. The context becomes the current one. A failure after the first byte
-   // has gone out aborts the association.
+   // Send one command or data set on a context: TN_NO_CONTEXT_CHOSEN for ID 0, TN_NO_CONTEXT_FOR_ABSTRACT_SYNTAX when
+   // it is not usable; in the second form on the first one for the abstract syntax. With theFinishPDU 0 a command set
+   // stays in the open PDU, which its data set will share. The context becomes the current one. A failure after the
+   // first byte has gone out aborts the association.
    int Write(DICOMObject& theObject, unsigned char theID, int theFinishPDU);
    int Write(DICOMObject& theObject, const UID& theAbstractSyntax, int theFinishPDU);
 
-   // A decoder on the next message, owned by the caller, who reads its elements until NextVR is null; what it leaves unread
-   // is skipped before the next message. Null on failure, and when the peer has ended the association. The decoder may
-   // outlive the association: reading then throws. Elements are decoded as StreamIOException allows: an exception of
-   // the decoder leaves the association unusable (Abort it).
+   // A decoder on the next message, owned by the caller, who reads its elements until NextVR is null; what it leaves
+   // unread is skipped before the next message. Null on failure, and when the peer has ended the association. The
+   // decoder may outlive the association: reading then throws. Elements are decoded as StreamIOException allows: an
+   // exception of the decoder leaves the association unusable (Abort it).
    InputTransferSyntax* GetInputTransferSyntax();
 
-   // A stream for one message, owned by the caller. Throws StreamIOException (TN_NOT_CONNECTED) without a transport. The
-   // PDU has to be finished (FinishPDU) behind the message. It may outlive the association: writing then throws.
+   // A stream for one message, owned by the caller. Throws StreamIOException (TN_NOT_CONNECTED) without a transport.
+   // The PDU has to be finished (FinishPDU) behind the message. It may outlive the association: writing then throws.
    DICOMMessageOutputStream* CreateDICOMMessageOutputStream();
 
    // Aborts and waits as WaitForTransportCloseOrTimeout does. Afterwards the transport is closed.
    void AbortAndWaitForTransportCloseOrTimeout(AbortSource theSource, AbortReason theReason);
 
-   // Proposals. 0 when 128 contexts are proposed already; the pointer form takes theProposals, and destroys them when they
-   // lead beyond that.
+   // Proposals. 0 when 128 contexts are proposed already; the pointer form takes theProposals, and destroys them when
+   // they lead beyond that.
    int AddPresentationContextProposal(const RWCString& theAbstractSyntax, const RWCString& theTransferSyntax);
    int AddPresentationContextProposals(PresentationContextProposals* theProposals);
    unsigned int GetProposedPresentationContextCount() const { return itsProposedContextCount; }
@@ -262,8 +263,8 @@ public:
       return GetPresentationContextItem(theID);
    }
 
-   // The context to send a dataset with that is in theTransferSyntax: one in that syntax or, for an uncompressed one and for
-   // one that the peer is known to reject (asked with theCheckRejected), one in an uncompressed syntax.
+   // The context to send a dataset with that is in theTransferSyntax: one in that syntax or, for an uncompressed one
+   // and for one that the peer is known to reject (asked with theCheckRejected), one in an uncompressed syntax.
    const UsablePresentationContext*
    GetBestPresentationContext(const UID& theAbstractSyntax, const UID& theTransferSyntax, int theCheckRejected) const;
    unsigned char GetBestPresentationContextID(const UID& theAbstractSyntax, const UID& theTransferSyntax,
@@ -294,12 +295,13 @@ public:
    static int GetEnableCompressedTransferSyntax() { return itsEnableCompressedTransferSyntaxFlag; }
    static void SetEnableCompressedTransferSyntax(int theFlag) { itsEnableCompressedTransferSyntaxFlag = theFlag; }
 
-   // An addition: the longest data set that Read takes, in bytes, and one element for each 256 of them, 16384 at least; a
-   // longer one aborts the association (TN_INVALID_ENCODING). Without limit at first: a peer can send as much as it likes.
+   // An addition: the longest data set that Read takes, in bytes, and one element for each 256 of them, 16384 at least;
+   // a longer one aborts the association (TN_INVALID_ENCODING). Without limit at first: a peer can send as much as it
+   // likes.
    void SetLongestDataset(UINT64 theBytes) { itsLongestDataset = theBytes; }
 
-   // Of ReadCommand, Read and Write: calls that succeeded and failed, bytes of messages without the headers of PDUs, and
-   // time spent; waiting for a command to begin does not count.
+   // Of ReadCommand, Read and Write: calls that succeeded and failed, bytes of messages without the headers of PDUs,
+   // and time spent; waiting for a command to begin does not count.
    unsigned long GetReadOKCount() const { return itsReadStatistics.itsOKCount; }
    unsigned long GetReadErrorCount() const { return itsReadStatistics.itsErrorCount; }
    double GetBytesRead() const { return itsReadStatistics.itsBytes; }

@@ -37,8 +37,8 @@ double SecondsSince(INT64 theStart)
    return static_cast<double>(SystemClock::Get().MonotonicMilliseconds() - theStart) / 1000;
 }
 
-// Why a message cannot be read, in the words of an A-ABORT (PS3.8 table 9-26). What is malformed is a parameter of a PDU,
-// unless the PDU itself is of no type that there is.
+// Why a message cannot be read, in the words of an A-ABORT (PS3.8 table 9-26). What is malformed is a parameter of a
+// PDU, unless the PDU itself is of no type that there is.
 AAbortRQPDU::AbortReason ReasonFor(TNResultCode theCode, const PDUInputStream& theInput)
 {
    switch (theCode)
@@ -201,8 +201,8 @@ void PDU_Service::FailHeader()
    }
 }
 
-// A message that cannot be read, called in a handler. Another kind of PDU inside it is treated as between messages; what
-// is malformed aborts the association.
+// A message that cannot be read, called in a handler. Another kind of PDU inside it is treated as between messages;
+// what is malformed aborts the association.
 void PDU_Service::FailMessage()
 {
    TakeException();

@@ -1,6 +1,6 @@
-// The dictionaries of attributes and of UIDs (PS3.6), compiled into the companion library libtalvenor-data, for hosts that
-// would rather not install and find files. They are those of the release that the library is built from, data/dicom.dic
-// and data/uid.dic, byte for byte.
+// The dictionaries of attributes and of UIDs (PS3.6), compiled into the companion library libtalvenor-data, for hosts
+// that would rather not install and find files. They are those of the release that the library is built from,
+// data/dicom.dic and data/uid.dic, byte for byte.
 //
 //    if (!CompiledDictionaries::Load()) ...   // at start-up, in place of the two setters of TNXInitializer
 //

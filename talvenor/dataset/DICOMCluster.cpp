@@ -92,8 +92,8 @@ DICOMNode& DICOMCluster::Share(DICOMNode& theParent, DICOMNode& theNode, const C
 }
 
 // Copies down and detaches every dataset below theNode. A dataset may be about to go, or be in use, in another thread
-// that holds its lock and waits for ours; so its lock is only tried while ours is held, and ours is given up between two
-// tries. While a dataset is in the list and our lock is held it cannot end.
+// that holds its lock and waits for ours; so its lock is only tried while ours is held, and ours is given up between
+// two tries. While a dataset is in the list and our lock is held it cannot end.
 void DICOMCluster::ReleaseDatasets(DICOMNode& theNode)
 {
    for (bool isDone = false; !isDone;)

@@ -36,20 +36,20 @@ public:
    int GetLossyImageCompressionRatio(const TransferSyntaxType& theTransferSyntax, UINT32 theEnd = 0,
                                      UINT32 theStart = 0) const;
 
-   // Keep the attributes of lossy compression (PS3.3 C.7.6.1.1.5) true; the pixel data stays as it is. A ratio below 1 is
-   // unknown.
+   // Keep the attributes of lossy compression (PS3.3 C.7.6.1.1.5) true; the pixel data stays as it is. A ratio below 1
+   // is unknown.
    //
-   // Before the dataset is written or sent in theTargetSyntax: when that is lossy, or the dataset lossy already, marks the
-   // dataset as lossy and fills method, ratio and, for a derived image, derivation description where they are empty. With
-   // theAdjustPhotometric, pixels for baseline JPEG become YBR_FULL_422, unless the private version marker of the dataset
-   // is above 1.
+   // Before the dataset is written or sent in theTargetSyntax: when that is lossy, or the dataset lossy already, marks
+   // the dataset as lossy and fills method, ratio and, for a derived image, derivation description where they are
+   // empty. With theAdjustPhotometric, pixels for baseline JPEG become YBR_FULL_422, unless the private version marker
+   // of the dataset is above 1.
    void UpdateOutgoingLossyCompressionRelatedAttributes(const TransferSyntaxType& theTargetSyntax, int theRatio,
                                                         bool theAdjustPhotometric);
 
-   // After the dataset has been received in theTransferSyntax: with theDerive and a lossy syntax, describes it as an image
-   // derived from the instance whose UIDs it bears (image type, derivation description, source image sequence, method; the
-   // marker and the ratio stay). Nothing happens when it names a lossy method already. Otherwise as the outgoing one
-   // without adjustment. New UIDs are the caller's.
+   // After the dataset has been received in theTransferSyntax: with theDerive and a lossy syntax, describes it as an
+   // image derived from the instance whose UIDs it bears (image type, derivation description, source image sequence,
+   // method; the marker and the ratio stay). Nothing happens when it names a lossy method already. Otherwise as the
+   // outgoing one without adjustment. New UIDs are the caller's.
    void UpdateIncomingLossyCompressionRelatedAttributes(const TransferSyntaxType& theTransferSyntax, bool theDerive,
                                                         int theRatio);
 

@@ -27,9 +27,9 @@ public:
    // Destroys the node's own elements and detaches it from its parent.
    virtual ~DICOMNode();
 
-   // Inserts theVR, which the node owns from now on, or replaces (and destroys) the node's own element of that tag. When
-   // an ancestor holds the tag, the inherited elements are copied down first, so that the tag exists once. Returns 0,
-   // and destroys theVR, when there is no memory for its place; theVR is also destroyed when copying down throws.
+   // Inserts theVR, which the node owns from now on, or replaces (and destroys) the node's own element of that tag.
+   // When an ancestor holds the tag, the inherited elements are copied down first, so that the tag exists once. Returns
+   // 0, and destroys theVR, when there is no memory for its place; theVR is also destroyed when copying down throws.
    int Insert(VR* theVR);
 
    // The nearest element with the tag, null when no node of the chain has it. It stays the property of its node: an
@@ -50,8 +50,8 @@ public:
    void Clear();
 
    // Copies every inherited element that this node does not have itself and detaches the node. Nothing happens to a
-   // node without parent. Throws what VR::Copy throws, and std::bad_alloc; the node then is still attached and shows the
-   // same elements as before.
+   // node without parent. Throws what VR::Copy throws, and std::bad_alloc; the node then is still attached and shows
+   // the same elements as before.
    void CopyDown();
 
    // The number of elements, inherited ones included.

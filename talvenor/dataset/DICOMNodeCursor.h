@@ -2,9 +2,9 @@
 // of its tag. A cursor belongs to its iterator, so that several may walk one dataset at once. Elements may come and go
 // while it walks, and the node may be attached and detached: it goes on behind the last tag that it returned.
 //
-// Threads: the node's owner guards the cursor as it guards the node (a dataset by its own lock). Locks of nodes are taken
-// only while there is a parent, for then a cluster or its other datasets may be at work. Exported for tests; not part of
-// the library's interface.
+// Threads: the node's owner guards the cursor as it guards the node (a dataset by its own lock). Locks of nodes are
+// taken only while there is a parent, for then a cluster or its other datasets may be at work. Exported for tests; not
+// part of the library's interface.
 #pragma once
 
 #include <vector>
@@ -32,7 +32,8 @@ public:
    UINT32 GetTag() const { return static_cast<UINT32>(itsNextTag - 1); }
 
 private:
-   // Where one node of the chain stands: at its first element not below itsNextTag, once it has been brought up to date.
+   // Where one node of the chain stands: at its first element not below itsNextTag, once it has been brought up to
+   // date.
    struct Place
    {
       const DICOMNode* itsNode = nullptr; // null while the position means nothing

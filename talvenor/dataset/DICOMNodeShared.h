@@ -13,8 +13,8 @@
 
 struct DICOMNode::Shared
 {
-   // Names are looked up: a cluster may hold thousands of studies. Values are read in the byte order of the dataset that
-   // asks, so datasets of different byte order must not meet in one node.
+   // Names are looked up: a cluster may hold thousands of studies. Values are read in the byte order of the dataset
+   // that asks, so datasets of different byte order must not meet in one node.
    using NodesByName = std::unordered_map<std::string, DICOMNode*>;
    NodesByName& ByName(TNEndian::EndianType theEndian)
    {

@@ -7,8 +7,8 @@
 // sequence belong to the dataset: threads that share it hold its lock, not that of an item alone, while they work on an
 // item. Dumping depends on it: it takes the lock of the dataset, then the log, then the locks of the items.
 //
-// Ownership: an element given to Push belongs to the dataset, also when Push refuses it (it is destroyed then). GetVR and
-// iterators lend elements; RemoveVR and Pop hand them over.
+// Ownership: an element given to Push belongs to the dataset, also when Push refuses it (it is destroyed then). GetVR
+// and iterators lend elements; RemoveVR and Pop hand them over.
 //
 // Group lengths (gggg,0000) are never stored: iterators make them.
 #pragma once
@@ -253,21 +253,21 @@ public:
 
    // Replaces the contents by those of a file (PS3.10) and takes over its byte order. Returns 1, or 0 with the cause in
    // theResult and theSystemError; what had been read by then stays. A file that cannot be opened gets 2.4 seconds to
-   // appear; when it does not, the dataset is unchanged and nothing is logged. theFileSize is in bytes. Loading stops before the first element whose group is at
-   // least theStopGroup and whose element number is at least theStopElement (0 for no limit). With theKnownTagsOnly,
-   // private elements are kept only where a private dictionary knows their creator. With a cluster, the dataset is
-   // normalised into it.
+   // appear; when it does not, the dataset is unchanged and nothing is logged. theFileSize is in bytes. Loading stops
+   // before the first element whose group is at least theStopGroup and whose element number is at least theStopElement
+   // (0 for no limit). With theKnownTagsOnly, private elements are kept only where a private dictionary knows their
+   // creator. With a cluster, the dataset is normalised into it.
    int LoadFromFile(const RWCString& theFileName, UINT32& theFileSize, TNResultCode& theResult, int& theSystemError,
                     UINT16 theStopGroup = 0, UINT16 theStopElement = 0, int theKnownTagsOnly = 0,
                     DICOMCluster* theCluster = nullptr);
    int LoadFromFile(const RWCString& theFileName, TNResultCode& theResult, int& theSystemError);
    int LoadFromFile(const RWCString& theFileName);
 
-   // Writes the dataset to a file (PS3.10) with meta information for these UIDs; an empty one is taken from the dataset,
-   // (0008,0016) or (0008,0018). Returns 1, or 0 with the cause in theResult and theSystemError and a line in the error
-   // log: the file is then untouched when the fault is in what was asked for, and not whole when writing failed.
-   // theTransferSyntax, borrowed, may be null; pixel data is not compressed or decompressed for it. theImplementation has
-   // no effect: the file names this library as its writer.
+   // Writes the dataset to a file (PS3.10) with meta information for these UIDs; an empty one is taken from the
+   // dataset, (0008,0016) or (0008,0018). Returns 1, or 0 with the cause in theResult and theSystemError and a line in
+   // the error log: the file is then untouched when the fault is in what was asked for, and not whole when writing
+   // failed. theTransferSyntax, borrowed, may be null; pixel data is not compressed or decompressed for it.
+   // theImplementation has no effect: the file names this library as its writer.
    int SaveToFile(const RWCString& theFileName, DICOMFileType theType, const RWCString& theImplementation,
                   TNResultCode& theResult, int& theSystemError, const RWCString& theSOPClassUID = RWCString(),
                   const RWCString& theSOPInstanceUID = RWCString(), const UID* theTransferSyntax = nullptr);

@@ -13,12 +13,12 @@
 //    --------- End of DICOM Data Object ---------
 //
 // Numbers are decimal, floats with the shortest digits that read back as the same value. Bytes below 0x20 and 0x7F show
-// as "." so that a value cannot forge lines; others pass as they are, in the character set of the dataset. Texts are cut
-// at 64 bytes, but not within a character of UTF-8. Private creator elements without a type are shown as LO.
+// as "." so that a value cannot forge lines; others pass as they are, in the character set of the dataset. Texts are
+// cut at 64 bytes, but not within a character of UTF-8. Private creator elements without a type are shown as LO.
 //
 // Each text goes to the dumper's own log stream, else to the default one, else nowhere. Nothing is computed while the
-// stream is off. Not locked: hold the dataset, then the log, while a dump runs, as DICOMObject::Dump does. A file is the
-// exception: loading it may take seconds, so its dump locks the log by itself, and only to print.
+// stream is off. Not locked: hold the dataset, then the log, while a dump runs, as DICOMObject::Dump does. A file is
+// the exception: loading it may take seconds, so its dump locks the log by itself, and only to print.
 #pragma once
 
 #include <iosfwd>

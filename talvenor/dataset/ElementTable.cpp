@@ -10,8 +10,8 @@
 namespace
 {
 
-// The number of theKeys (ascending) below theTag. The number of steps depends on theCount alone, and the choice within a
-// step is a conditional move: tags are looked up in an order that no branch predictor can learn.
+// The number of theKeys (ascending) below theTag. The number of steps depends on theCount alone, and the choice within
+// a step is a conditional move: tags are looked up in an order that no branch predictor can learn.
 template <class Key, class TagOf>
 inline UINT32 CountBelow(const Key* theKeys, UINT32 theCount, UINT32 theTag, TagOf theTagOf)
 {

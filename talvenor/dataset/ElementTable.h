@@ -1,9 +1,9 @@
 // The elements of one dataset node in ascending order of their tags. Not part of the library's interface.
 //
-// A dataset of up to kBlockCapacity elements is one block: its tags stand together in one array, so that a binary search
-// touches two or three cache lines and no element. A larger one is a directory of such blocks, so that an insertion in
-// the middle moves one block and not half the dataset: 10,000 elements in random order, or a hostile file in descending
-// order, cost no more than a constant each. A table without elements owns no memory.
+// A dataset of up to kBlockCapacity elements is one block: its tags stand together in one array, so that a binary
+// search touches two or three cache lines and no element. A larger one is a directory of such blocks, so that an
+// insertion in the middle moves one block and not half the dataset: 10,000 elements in random order, or a hostile file
+// in descending order, cost no more than a constant each. A table without elements owns no memory.
 //
 // Not locked: the node that holds the table guards it.
 #pragma once
@@ -82,8 +82,8 @@ private:
    static constexpr UINT32 kFurtherCapacity = 32; // of a block that begins behind a full one
    static constexpr UINT32 kBlockCapacity = 128;
 
-   // More than one block: the blocks in order. The tags of a block are at or below its limit, those of the next block are
-   // above it; the last one's limit is the highest tag there can be.
+   // More than one block: the blocks in order. The tags of a block are at or below its limit, those of the next block
+   // are above it; the last one's limit is the highest tag there can be.
    struct Slot
    {
       UINT32 itsLimit;

@@ -1,4 +1,5 @@
-// Reverses values whose width is known only at run time, by the primitive size of their value representation (VRType.h).
+// Reverses values whose width is known only at run time, by the primitive size of their value representation
+// (VRType.h).
 #pragma once
 
 #include <cstddef>

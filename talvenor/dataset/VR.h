@@ -199,9 +199,9 @@ public:
    int ReadFiller16(EndianHandlingReader& theReader);
    int ReadTypeCode(EndianHandlingReader& theReader);
 
-   // Reads GetLength() bytes into the buffer, which must be that large, or into a new one when there is none. 1 when all
-   // arrived (and for an empty element), 0 when the stream had ended, StreamIOException (TN_END_OF_FILE) when it ends
-   // inside the value; a new buffer is kept only when all arrived. The buffer of a long value is made as the bytes
+   // Reads GetLength() bytes into the buffer, which must be that large, or into a new one when there is none. 1 when
+   // all arrived (and for an empty element), 0 when the stream had ended, StreamIOException (TN_END_OF_FILE) when it
+   // ends inside the value; a new buffer is kept only when all arrived. The buffer of a long value is made as the bytes
    // arrive, so that a length that lies costs little memory. The text of the exception ends with the position in the
    // stream, "unknown" where the stream does not tell it.
    int ReadData(EndianHandlingReader& theReader);
@@ -223,10 +223,10 @@ public:
    void WriteData(EndianHandlingWriter& theWriter) const;
    void WriteTypedData(EndianHandlingWriter& theWriter) const;
 
-   // An addition for decoders: a new element of theLength bytes (not undefined; an odd length stays odd), of unspecified
-   // content but for the pad byte of an odd length, which stand in the same piece of memory as the element. Half the
-   // work of making the two apart. The bytes do not come from an allocator and are freed with the element, not with its
-   // value; whatever replaces the value is made and freed as in any other element. Throws std::bad_alloc.
+   // An addition for decoders: a new element of theLength bytes (not undefined; an odd length stays odd), of
+   // unspecified content but for the pad byte of an odd length, which stand in the same piece of memory as the element.
+   // Half the work of making the two apart. The bytes do not come from an allocator and are freed with the element, not
+   // with its value; whatever replaces the value is made and freed as in any other element. Throws std::bad_alloc.
    static std::unique_ptr<VR> MakeWithRoom(UINT16 theGroup, UINT16 theElement, UINT32 theLength,
                                            TNEndian::EndianType theEndian);
 

@@ -15,8 +15,8 @@ namespace
 // A block that fits into the first-level cache, a multiple of every unit.
 constexpr UINT32 kSwapBlock = 8192;
 
-// The bytes are counted, and a reader's own single-value forms are no use here: they tell a field cut short from the end
-// of the stream just as little as nothing from something.
+// The bytes are counted, and a reader's own single-value forms are no use here: they tell a field cut short from the
+// end of the stream just as little as nothing from something.
 template <class T>
 int ReadField(EndianHandlingReader& theReader, T& theField, const char* theMethod, const char* theFieldName)
 {

@@ -16,8 +16,8 @@ public:
    // Sets the SOP class of the service; 0 when it has no fixed one.
    virtual int GetUID(UID& theUID) const = 0;
 
-   // Sends the request and what to look for on a context of the SOP class. TN_SOP_CLASS_UNSUPPORTED when there is no SOP
-   // class.
+   // Sends the request and what to look for on a context of the SOP class. TN_SOP_CLASS_UNSUPPORTED when there is no
+   // SOP class.
    int Write(PDU_Service& theService, DICOMDataObject& theIdentifier) const;
 
    // Replaces the contents of theIdentifier by the data set that follows theCommand. TN_COMMAND_NOT_SUPPORTED when

@@ -1,5 +1,5 @@
-// The C-MOVE response (PS3.7 9.3.4.2): how far the sub-operations are, and a last one. See DIMSE_C_Services.h for what the
-// messages have in common.
+// The C-MOVE response (PS3.7 9.3.4.2): how far the sub-operations are, and a last one. See DIMSE_C_Services.h for what
+// the messages have in common.
 #pragma once
 
 #include "talvenor/foundation/BasicTypes.h"
@@ -22,8 +22,8 @@ public:
    // (the list of failed instances) or without.
    //
    // The numbers of sub-operations: a pending response (0xFF00 alone) carries all four, any other one never those that
-   // remain, and the other three unless all of them are 0. The comment and the tags of the elements that caused a failure
-   // are left out when they are empty. TN_SOP_CLASS_UNSUPPORTED when the service has no SOP class.
+   // remain, and the other three unless all of them are 0. The comment and the tags of the elements that caused a
+   // failure are left out when they are empty. TN_SOP_CLASS_UNSUPPORTED when the service has no SOP class.
    int Write(PDU_Service& theService, const DICOMCommandObject& theRequest, UINT16 theStatus, UINT16 theRemaining,
              UINT16 theCompleted, UINT16 theFailed, UINT16 theWarning, const RWCString& theErrorComment,
              const RWTValOrderedVector<MAttributeTag>& theOffending, DICOMDataObject& theIdentifier) const;
@@ -31,8 +31,8 @@ public:
              UINT16 theCompleted, UINT16 theFailed, UINT16 theWarning, const RWCString& theErrorComment,
              const RWTValOrderedVector<MAttributeTag>& theOffending) const;
 
-   // Succeeds without touching theIdentifier when theCommand announces no data set, and replaces its contents by the data
-   // set otherwise. The status is left to the caller. TN_COMMAND_NOT_SUPPORTED when theCommand is another message.
+   // Succeeds without touching theIdentifier when theCommand announces no data set, and replaces its contents by the
+   // data set otherwise. The status is left to the caller. TN_COMMAND_NOT_SUPPORTED when theCommand is another message.
    int Read(const DICOMCommandObject& theCommand, PDU_Service& theService, DICOMDataObject& theIdentifier) const;
 
 protected:

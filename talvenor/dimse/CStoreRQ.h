@@ -18,8 +18,9 @@ public:
    // Sets the SOP class of the service; 0 when it has no fixed one.
    virtual int GetUID(UID& theUID) const = 0;
 
-   // Sends the request and theDataset, on the context with theContextID or, when that is 0, on one of the SOP class. The
-   // originator of a C-MOVE that this belongs to is named when its title is not null, its message when the ID is not 0.
+   // Sends the request and theDataset, on the context with theContextID or, when that is 0, on one of the SOP class.
+   // The originator of a C-MOVE that this belongs to is named when its title is not null, its message when the ID is
+   // not 0.
    //
    // TN_SOP_CLASS_UNSUPPORTED when there is no SOP class, TN_NO_SOP_CLASS_UID, TN_SOP_CLASS_MISMATCH or
    // TN_NO_SOP_INSTANCE_UID when the dataset lacks one, has another or lacks its instance UID: nothing is sent then.

@@ -1,5 +1,5 @@
-// The elements of command sets by number (group 0000, PS3.7 E.1), and the values of one of them. Not part of the library's
-// interface.
+// The elements of command sets by number (group 0000, PS3.7 E.1), and the values of one of them. Not part of the
+// library's interface.
 #pragma once
 
 #include "talvenor/foundation/BasicTypes.h"

@@ -1,6 +1,6 @@
-// Fills a command set (PS3.7 6.3.1): elements by their value representation, and those that all requests and all responses
-// have. Types are set here and not looked up, because a host may have loaded no dictionary. Not part of the library's
-// interface.
+// Fills a command set (PS3.7 6.3.1): elements by their value representation, and those that all requests and all
+// responses have. Types are set here and not looked up, because a host may have loaded no dictionary. Not part of the
+// library's interface.
 #pragma once
 
 #include "talvenor/dataset/MVRFactory.h"

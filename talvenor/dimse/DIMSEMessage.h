@@ -1,5 +1,5 @@
-// What a DIMSE message is, a row each, and what the classes of the messages have in common: recognising, reading, sending
-// and tracing. Not part of the library's interface.
+// What a DIMSE message is, a row each, and what the classes of the messages have in common: recognising, reading,
+// sending and tracing. Not part of the library's interface.
 #pragma once
 
 #include "talvenor/association/PDU_Service.h"

@@ -1,17 +1,17 @@
-// The family of the DIMSE-N messages (PS3.7 10): N-EVENT-REPORT, N-GET, N-SET, N-ACTION, N-CREATE and N-DELETE, a class for
-// each request and each response.
+// The family of the DIMSE-N messages (PS3.7 10): N-EVENT-REPORT, N-GET, N-SET, N-ACTION, N-CREATE and N-DELETE, a class
+// for each request and each response.
 //
-// The classes are mix-ins without data, as those of DIMSE-C (DIMSE_C_Services.h): a service class derives from several of
-// them at once and tells them its SOP class through GetUID, of which one overrider serves all. Their other operations bear
-// the same names, so the service qualifies them (NCreateRQ::Write). The association, the command set that was received,
-// the instance and the data set to send or to fill are arguments, all of them borrowed.
+// The classes are mix-ins without data, as those of DIMSE-C (DIMSE_C_Services.h): a service class derives from several
+// of them at once and tells them its SOP class through GetUID, of which one overrider serves all. Their other
+// operations bear the same names, so the service qualifies them (NCreateRQ::Write). The association, the command set
+// that was received, the instance and the data set to send or to fill are arguments, all of them borrowed.
 //
 // Operations return non-zero for success and 0 for failure, with the cause on the association
-// (PDU_Service::GetResultCode). The Read of a request that is another message sets no code, so that several can be tried in
-// turn. TNTraceDimsen shows the messages with their contents.
+// (PDU_Service::GetResultCode). The Read of a request that is another message sets no code, so that several can be
+// tried in turn. TNTraceDimsen shows the messages with their contents.
 //
-// Every request carries a priority, which PS3.7 does not ask for, and takes the next Message ID of the process. Threads:
-// several may use one object, each on an association of its own.
+// Every request carries a priority, which PS3.7 does not ask for, and takes the next Message ID of the process.
+// Threads: several may use one object, each on an association of its own.
 #pragma once
 
 #include "talvenor/Export.h"

@@ -14,8 +14,8 @@ public:
    // Sets the SOP class of the service; 0 when it has no fixed one.
    virtual int GetUID(UID& theUID) const = 0;
 
-   // Sends the request, with what there is to tell about the action or without. TN_SOP_CLASS_UNSUPPORTED when there is no
-   // SOP class.
+   // Sends the request, with what there is to tell about the action or without. TN_SOP_CLASS_UNSUPPORTED when there is
+   // no SOP class.
    int Write(PDU_Service& theService, DICOMDataObject& theActionInformation, const UID& theInstance,
              UINT16 theActionTypeID) const;
    int Write(PDU_Service& theService, const UID& theInstance, UINT16 theActionTypeID) const;
@@ -25,8 +25,8 @@ public:
    int Read(const DICOMCommandObject& theCommand, PDU_Service& theService, DICOMDataObject& theActionInformation) const;
 
 protected:
-   // Sends the command set alone. theDataSetType is 0x0102 when a data set will follow, which keeps the PDU open, and 0x0101
-   // otherwise. theSOPClass is set to what the message names.
+   // Sends the command set alone. theDataSetType is 0x0102 when a data set will follow, which keeps the PDU open, and
+   // 0x0101 otherwise. theSOPClass is set to what the message names.
    int WriteCommand(PDU_Service& theService, const UID& theInstance, UINT16 theActionTypeID, UINT16 theDataSetType,
                     UID& theSOPClass) const;
 

@@ -16,8 +16,8 @@ public:
    // Sends the request. TN_SOP_CLASS_UNSUPPORTED when there is no SOP class.
    int Write(PDU_Service& theService, const UID& theInstance) const;
 
-   // Whether theCommand is this request. 0 without a result code when it is another message, TN_UNEXPECTED_DATASET when it
-   // announces a data set.
+   // Whether theCommand is this request. 0 without a result code when it is another message, TN_UNEXPECTED_DATASET when
+   // it announces a data set.
    int Read(const DICOMCommandObject& theCommand, PDU_Service& theService) const;
 
 protected:

@@ -14,8 +14,8 @@ public:
    // Sets the SOP class of the service; 0 when it has no fixed one.
    virtual int GetUID(UID& theUID) const = 0;
 
-   // Answers theRequest on the current context, in the name of the SOP class that the request names. The comment and the
-   // tags of the elements that caused a failure are left out when they are empty, as in the short form.
+   // Answers theRequest on the current context, in the name of the SOP class that the request names. The comment and
+   // the tags of the elements that caused a failure are left out when they are empty, as in the short form.
    // TN_SOP_CLASS_UNSUPPORTED when the service has no SOP class.
    int Write(PDU_Service& theService, const DICOMCommandObject& theRequest, const UID& theInstance, UINT16 theStatus,
              const RWCString& theErrorComment, const RWTValOrderedVector<MAttributeTag>& theOffending) const;

@@ -103,8 +103,8 @@ int SendNRequestDataset(const NService& theKind, PDU_Service& theService, const 
 int SendNResponse(const NService& theKind, PDU_Service& theService, UID& theSOPClass, const NResponse& theResponse);
 int SendNResponseDataset(const NService& theKind, PDU_Service& theService, DICOMDataObject& theDataset);
 
-// Whether theCommand is the request or the response of theKind: the first sets no result code, so that several kinds can be
-// tried in turn.
+// Whether theCommand is the request or the response of theKind: the first sets no result code, so that several kinds
+// can be tried in turn.
 bool RecogniseNRequest(const NService& theKind, const DICOMCommandObject& theCommand);
 bool RequireNResponse(const NService& theKind, const DICOMCommandObject& theCommand, PDU_Service& theService);
 

@@ -1,4 +1,5 @@
-// What an operation that reports results instead of throwing makes of an exception. Not part of the library's interface.
+// What an operation that reports results instead of throwing makes of an exception. Not part of the library's
+// interface.
 #pragma once
 
 #include "talvenor/foundation/BasicTypes.h"

@@ -26,8 +26,8 @@ public:
    // Keeps private elements only where a private dictionary of the default catalog knows their creator.
    void SetKnownTagsOnly(bool theFlag) { itsKnownTagsOnly = theFlag; }
 
-   // Pushes the elements into the dataset until the stream, or the limit, ends it. Throws what decoding throws; what had
-   // been read by then is in the dataset.
+   // Pushes the elements into the dataset until the stream, or the limit, ends it. Throws what decoding throws; what
+   // had been read by then is in the dataset.
    void Load();
 
    // How the dataset ended, whether something in it was cut short, and where.

@@ -78,7 +78,8 @@ bool LockedOpen::TryLock(LFStream& theStream) const
    {
       return false;
    }
-   // A file that is empty stays alone: some file systems write a file that was cut to nothing to the disk when it is closed.
+   // A file that is empty stays alone: some file systems write a file that was cut to nothing to the disk when it is
+   // closed.
    UINT64 aLength = 0;
    const bool isEmpty = theStream.GetFileLength(aLength) && aLength == 0;
    return itsMode != LFStream::Exclusive || isEmpty || theStream.Truncate(0) ||

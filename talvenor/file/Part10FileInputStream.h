@@ -1,7 +1,7 @@
 // A DICOM file, opened for reading under a shared lock: any number of readers, or one writer (see LFStream).
 //
-// While another process holds the file for writing, opening tries again once a second, as often as the default lock wait
-// time of LFStream says; 0 is without limit.
+// While another process holds the file for writing, opening tries again once a second, as often as the default lock
+// wait time of LFStream says; 0 is without limit.
 #pragma once
 
 #include "talvenor/file/Part10InputStream.h"

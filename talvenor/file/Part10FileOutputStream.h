@@ -1,5 +1,5 @@
-// A DICOM file, opened for writing under an exclusive lock: while a reader or another writer has the file, opening tries
-// again as Part10FileInputStream does. A file that was there is emptied once it is locked, and not before.
+// A DICOM file, opened for writing under an exclusive lock: while a reader or another writer has the file, opening
+// tries again as Part10FileInputStream does. A file that was there is emptied once it is locked, and not before.
 #pragma once
 
 #include "talvenor/file/Part10OutputStream.h"

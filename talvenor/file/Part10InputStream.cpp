@@ -191,8 +191,8 @@ void Part10InputStream::ReadMetaInformation(const unsigned char* theHeaderBytes,
    itsTransferSyntaxUID = itsHeader->GetTransferSyntaxUID();
 }
 
-// The decoder that understands the group length, with which the meta information begins. PS3.10 demands explicit VR, but
-// implicit is met.
+// The decoder that understands the group length, with which the meta information begins. PS3.10 demands explicit VR,
+// but implicit is met.
 std::unique_ptr<InputTransferSyntax> Part10InputStream::OpenMetaInformation(const unsigned char* theFirstBytes,
                                                                             bool& theIsImplicit)
 {

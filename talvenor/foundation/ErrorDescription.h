@@ -25,8 +25,8 @@ public:
       UnknownStatus = 9
    };
 
-   // What was under way: for each DIMSE-N service the request sent, the response read, the request read and the response
-   // sent, in that order.
+   // What was under way: for each DIMSE-N service the request sent, the response read, the request read and the
+   // response sent, in that order.
    enum Operation
    {
       NoOperation = 1,

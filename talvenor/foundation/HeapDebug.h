@@ -1,9 +1,9 @@
 // Looks at the memory heaps of the process: sizes, the block that holds an address, damage. What can be seen is the
-// allocator's matter (TNPlatform::ProcessHeaps); with the allocators of Linux there are no heaps to list, so that sizes are
-// 0, no address is found and there is nothing to find damaged.
+// allocator's matter (TNPlatform::ProcessHeaps); with the allocators of Linux there are no heaps to list, so that sizes
+// are 0, no address is found and there is nothing to find damaged.
 //
-// A heap is given as the allocator's pointer. Any thread may call; a walk holds the lock of the heap, in which nobody else
-// allocates meanwhile, and it is released before an operation ends in whatever way.
+// A heap is given as the allocator's pointer. Any thread may call; a walk holds the lock of the heap, in which nobody
+// else allocates meanwhile, and it is released before an operation ends in whatever way.
 #pragma once
 
 #include <iosfwd>

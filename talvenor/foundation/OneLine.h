@@ -1,5 +1,5 @@
-// Text from a file or a peer, made fit for a log or a terminal: every control character comes out as ".", so that it can
-// begin no line of its own and send no escape sequence. Bytes of other character sets stay.
+// Text from a file or a peer, made fit for a log or a terminal: every control character comes out as ".", so that it
+// can begin no line of its own and send no escape sequence. Bytes of other character sets stay.
 #pragma once
 
 #include <algorithm>

@@ -32,16 +32,16 @@ public:
    static void SetDefaultFileLockWaitTime(unsigned int theSeconds); // of a locked file stream
    static void SetDefaultFileBufferSize(unsigned int theSize);      // in bytes; 0: unbuffered
 
-   // Of sockets: seconds that a read may wait (0: no limit) and after which an abort request is noticed (0: never), sizes
-   // in bytes asked of the operating system (0: its own), and whether the names of peers are looked up.
+   // Of sockets: seconds that a read may wait (0: no limit) and after which an abort request is noticed (0: never),
+   // sizes in bytes asked of the operating system (0: its own), and whether the names of peers are looked up.
    static void SetDefaultSocketTimeout(int theSeconds);
    static void SetDefaultSocketAbortPollInterval(int theSeconds);
    static void SetDefaultTCPReceiveBufferSize(int theSize);
    static void SetDefaultTCPSendBufferSize(int theSize);
    static void SetEnableReverseDNSLookup(int theFlag);
 
-   // In bytes, of the P-DATA-TF PDUs of an association (PS3.8 D.1). What is announced for receiving: 0 is without limit,
-   // 1 to 7 become 8. What is sent at most, whatever the peer allows: values below 14 become 14.
+   // In bytes, of the P-DATA-TF PDUs of an association (PS3.8 D.1). What is announced for receiving: 0 is without
+   // limit, 1 to 7 become 8. What is sent at most, whatever the peer allows: values below 14 become 14.
    static void SetDefaultMaxPDUReceiveLength(unsigned int theLength);
    static void SetDefaultMaxPDUSendLength(unsigned int theLength);
 

@@ -15,7 +15,8 @@
 class TALVENOR_API BoundedInputStream final : public InputStream
 {
 public:
-   // theStream is borrowed and must outlive this window, as must the windows around this one. theLimit is in bytes. Null is a stream without bytes.
+   // theStream is borrowed and must outlive this window, as must the windows around this one. theLimit is in bytes.
+   // Null is a stream without bytes.
    BoundedInputStream(InputStream& theStream, unsigned int theLimit) : BoundedInputStream(&theStream, theLimit) {}
    BoundedInputStream(InputStream* theStream, unsigned int theLimit);
 

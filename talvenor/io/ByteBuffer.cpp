@@ -18,8 +18,8 @@ void Require(bool isPossible, const char* theMessage)
    }
 }
 
-// Storage that a thread has done with and will want again. A sender makes and drops a buffer for every PDU; an allocator
-// hands memory of that size back to the system and gets it anew, page by page, each time.
+// Storage that a thread has done with and will want again. A sender makes and drops a buffer for every PDU; an
+// allocator hands memory of that size back to the system and gets it anew, page by page, each time.
 class SpareBlocks
 {
 public:

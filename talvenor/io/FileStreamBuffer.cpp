@@ -346,8 +346,8 @@ bool FileStreamBuffer::WriteBytes(const unsigned char* theBytes, std::size_t the
    return true;
 }
 
-// How many of theCount bytes go to the file from where they are: none of a small piece, and of a large one all up to the
-// last boundary of a page. Writes that end within pages cost the system twice the work.
+// How many of theCount bytes go to the file from where they are: none of a small piece, and of a large one all up to
+// the last boundary of a page. Writes that end within pages cost the system twice the work.
 std::size_t FileStreamBuffer::StraightCount(std::size_t theCount) const
 {
    if (theCount < itsSize)

@@ -113,8 +113,8 @@ public:
       return aCount;
    }
 
-   // Writes likewise: all of it, into the buffer or, where it is large, to the file; FlushBytes writes what is buffered.
-   // False with errno, and badbit is set, when not all could be written.
+   // Writes likewise: all of it, into the buffer or, where it is large, to the file; FlushBytes writes what is
+   // buffered. False with errno, and badbit is set, when not all could be written.
    bool WriteBytes(const unsigned char* theBytes, std::size_t theCount)
    {
       return itsBuffer.WriteBytes(theBytes, theCount) || LostBytes();

@@ -68,8 +68,8 @@ public:
    // 1 for a single fragment, else as the offset table says; -1 when that is empty.
    int GetFrameCount() const;
 
-   // The index of the first fragment of each frame. Throws StreamIOException when the number of frames is not known, and
-   // EncapsulationException when the offset table does not fit the fragments. Computed once.
+   // The index of the first fragment of each frame. Throws StreamIOException when the number of frames is not known,
+   // and EncapsulationException when the offset table does not fit the fragments. Computed once.
    const FrameStarts& GetFrameStartIndices() const;
 
    // The number of fragments of a frame, -1 while it is not known.

@@ -1,6 +1,6 @@
 // The memory heaps of the process, as far as its allocator lets them be looked at. This class is what the allocators of
-// Linux allow, nothing: they list no heaps, and neither lock nor walk them, and walking one unlocked would read blocks that
-// other threads change. A host whose allocator can do more derives from it and puts its object in place.
+// Linux allow, nothing: they list no heaps, and neither lock nor walk them, and walking one unlocked would read blocks
+// that other threads change. A host whose allocator can do more derives from it and puts its object in place.
 #pragma once
 
 #include <cstddef>

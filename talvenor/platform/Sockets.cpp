@@ -82,8 +82,9 @@ int CreateSocket(SocketKind theKind)
    return ::socket(AF_INET, (theKind == SocketKind::kStream ? SOCK_STREAM : SOCK_DGRAM) | SOCK_CLOEXEC, 0);
 }
 
-// A connection that is closed with bytes unread is reset, and on some systems the reset takes from the peer what was sent
-// to him last: the A-ABORT or the rejection that tells why. So what has arrived is thrown away first, within reason.
+// A connection that is closed with bytes unread is reset, and on some systems the reset takes from the peer what was
+// sent to him last: the A-ABORT or the rejection that tells why. So what has arrived is thrown away first, within
+// reason.
 void CloseSocket(int theSocket)
 {
    constexpr int kMostReceives = 16;

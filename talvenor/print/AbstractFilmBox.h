@@ -19,12 +19,12 @@ public:
    const PrintParts<AbstractImageBox>& GetImageBoxes() const { return itsImageBoxes; }
    const PrintParts<AbstractAnnotationBox>& GetAnnotationBoxes() const { return itsAnnotationBoxes; }
 
-   // For an SCP: waits while the film box is busy, destroys the children and takes the instance UID that the film session
-   // issues, if it does.
+   // For an SCP: waits while the film box is busy, destroys the children and takes the instance UID that the film
+   // session issues, if it does.
    void ProtoGen();
 
-   // For an SCP whose client has changed the film box: the same, but the film box keeps its UID, and the children that its
-   // dataset references.
+   // For an SCP whose client has changed the film box: the same, but the film box keeps its UID, and the children that
+   // its dataset references.
    void Regenerate();
 
    // Bring the children in line with the dataset, one for each reference: (2010,0510) to image boxes, (2010,0520) to
@@ -33,8 +33,8 @@ public:
    void ResyncAbstractImageBoxs();
    void ResyncAbstractAnnotationBoxs();
 
-   // For an SCU: give the boxes, in their order, the UIDs of the same references, which come from the printer. 0 when there
-   // are fewer references than boxes.
+   // For an SCU: give the boxes, in their order, the UIDs of the same references, which come from the printer. 0 when
+   // there are fewer references than boxes.
    int SetImageBoxInstanceUIDS();
    int SetAnnotationBoxInstanceUIDS();
 

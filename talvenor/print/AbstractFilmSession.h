@@ -1,5 +1,6 @@
-// A film session: the sheets that are printed together (PS3.4 H.4.1), with copies, priority, medium and other attributes
-// in its dataset. Owns the film boxes and the print jobs. Its only use is as base of AbstractPrintManagementMeta.
+// A film session: the sheets that are printed together (PS3.4 H.4.1), with copies, priority, medium and other
+// attributes in its dataset. Owns the film boxes and the print jobs. Its only use is as base of
+// AbstractPrintManagementMeta.
 #pragma once
 
 #include "talvenor/print/AbstractFilmBox.h"
@@ -11,8 +12,9 @@ public:
    explicit AbstractFilmSession(AbstractPrintManagementMeta& theMeta);
    ~AbstractFilmSession() override;
 
-   // The UID of a new instance of theSOPClass, and non-zero. The base has none to give, sets theInstance to a text that is
-   // none and returns 0; an SCP that issues UIDs itself overrides it. Without an override it makes them with MUIDFactory.
+   // The UID of a new instance of theSOPClass, and non-zero. The base has none to give, sets theInstance to a text that
+   // is none and returns 0; an SCP that issues UIDs itself overrides it. Without an override it makes them with
+   // MUIDFactory.
    virtual int GetNewSOPInstanceUID(const UID& theSOPClass, UID& theInstance);
 
    // Hooks for hosts that store and retrieve prints. The base does nothing and returns 1.
@@ -31,8 +33,8 @@ public:
    // GetNewSOPInstanceUID issues, if it does.
    void ProtoGen();
 
-   // Brings the film boxes in line with the dataset, one for each reference of (2000,0500). A film box that is referenced
-   // stays with its attributes and children, others go, those that are missing are made.
+   // Brings the film boxes in line with the dataset, one for each reference of (2000,0500). A film box that is
+   // referenced stays with its attributes and children, others go, those that are missing are made.
    void ResyncAbstractFilmBoxs();
 
 protected:

@@ -1,5 +1,5 @@
-// An image box: the place of one image on a film (PS3.4 H.4.3), with the image in its dataset. Owns what is applied to that
-// image.
+// An image box: the place of one image on a film (PS3.4 H.4.3), with the image in its dataset. Owns what is applied to
+// that image.
 #pragma once
 
 #include "talvenor/print/AbstractPrintBoxes.h"
@@ -26,9 +26,9 @@ public:
    // class of the meta's image boxes; both UIDs become empty when it has none.
    void ProtoGen();
 
-   // Bring the children in line with the dataset, one for each reference: (2020,0130) to overlay and print overlay boxes,
-   // (2020,0140) to look-up tables, (2050,0500) to presentation look-up tables. A child that is referenced stays with its
-   // attributes, others go, those that are missing are made.
+   // Bring the children in line with the dataset, one for each reference: (2020,0130) to overlay and print overlay
+   // boxes, (2020,0140) to look-up tables, (2050,0500) to presentation look-up tables. A child that is referenced stays
+   // with its attributes, others go, those that are missing are made.
    void ResyncAbstractOverlayBoxs();
    void ResyncAbstractPrintOverlayBoxs();
    void ResyncAbstractLUTBoxs();

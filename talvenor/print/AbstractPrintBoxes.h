@@ -1,5 +1,6 @@
 // The boxes of a print session that own nothing: annotations of a film (PS3.4 H.4.4), and what is applied to an image:
-// overlays, print overlays, look-up tables and presentation look-up tables (H.4.7 to H.4.10; all but the last are retired).
+// overlays, print overlays, look-up tables and presentation look-up tables (H.4.7 to H.4.10; all but the last are
+// retired).
 #pragma once
 
 #include "talvenor/print/PrintObject.h"

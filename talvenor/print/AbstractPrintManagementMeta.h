@@ -1,6 +1,6 @@
-// Print management (PS3.4 H) in both roles: the film session of one print session on one association, with the messages to
-// talk about each of its parts. The concrete classes (PrintManagementMetas.h) differ in the kind of image boxes. A host
-// derives from one and implements the callbacks.
+// Print management (PS3.4 H) in both roles: the film session of one print session on one association, with the messages
+// to talk about each of its parts. The concrete classes (PrintManagementMetas.h) differ in the kind of image boxes. A
+// host derives from one and implements the callbacks.
 //
 // As SCU it builds the tree of film boxes and image boxes and prints:
 //
@@ -10,16 +10,17 @@
 //    UID aJob;
 //    if (aMeta.PrintFilm(aService, aJob, 65535)) ...
 //
-// The association is established before; it needs a context for the meta SOP class, or contexts for the SOP classes of the
-// parts, and contexts of their own for annotations, overlays, look-up tables, presentation LUTs and print jobs.
+// The association is established before; it needs a context for the meta SOP class, or contexts for the SOP classes of
+// the parts, and contexts of their own for annotations, overlays, look-up tables, presentation LUTs and print jobs.
 //
 // As SCP it builds the same tree from requests, answers each, and calls ActionPrint and ActionPrintFilmBox:
 //
 //    while (aService.ReadCommand(aCommand)) aMeta.Read(aService, aCommand);
 //
-// Operations return non-zero for success and 0 for failure. What fails as SCU is told to ErrorCallback. As SCP a request
-// that is refused is answered with its status and leaves the tree as it was; 0 with a result code of TN_SOP_CLASS_MISMATCH
-// or TN_COMMAND_NOT_SUPPORTED says that the command is none of print management and nothing was sent.
+// Operations return non-zero for success and 0 for failure. What fails as SCU is told to ErrorCallback. As SCP a
+// request that is refused is answered with its status and leaves the tree as it was; 0 with a result code of
+// TN_SOP_CLASS_MISMATCH or TN_COMMAND_NOT_SUPPORTED says that the command is none of print management and nothing was
+// sent.
 //
 // What a client can make an SCP hold is bounded: the image boxes of a film box, the film boxes, the look-up tables and
 // overlays by number (the constants below), and everything together by SetMemoryLimit; a single data set is bounded by
@@ -54,8 +55,8 @@ public:
    // The messages of presentation LUTs; null when they are not served.
    virtual PresentationLUTBox* GetPresentationLUTBox() = 0;
 
-   // SCU: the printer or a print job has reported an event (PS3.4 H.4.6.2.2, H.4.5.2.2). The last argument is what was set
-   // below.
+   // SCU: the printer or a print job has reported an event (PS3.4 H.4.6.2.2, H.4.5.2.2). The last argument is what was
+   // set below.
    virtual void PrinterEventCallback(AbstractPrinter& thePrinter, DICOMDataObject& theInformation,
                                      UINT16 theEventTypeID, void* theUserArg) = 0;
    virtual void* SetPrinterEventUserArg(void* theArg); // returns the previous one
@@ -67,7 +68,8 @@ public:
    // succeeded, where there is a response. theError and what it points to are borrowed.
    virtual int ErrorCallback(const ErrorDescription& theError) = 0;
 
-   // SCU: asks for the attributes that theAttributes has elements of, and replaces its contents by those of the response.
+   // SCU: asks for the attributes that theAttributes has elements of, and replaces its contents by those of the
+   // response.
    virtual int GetPrinter(PDU_Service& theService, DICOMDataObject& theAttributes);
    virtual int GetPrintJob(PDU_Service& theService, const UID& thePrintJob, DICOMDataObject& theAttributes);
 
@@ -99,25 +101,25 @@ public:
    // Annotation Display Format ID (2010,0030), has. The base has none.
    virtual unsigned int GetAnnotationBoxCount(const RWCString& theFormat);
 
-   // An addition, for SCPs that keep a print before they acknowledge it, or have print jobs: asked before the client is told
-   // that the film box, or for null the whole session, is being printed. Its answer is the client's: a refusal is not
-   // printed, and the data set may reference the print job (2100,0500). The base accepts with Success.
+   // An addition, for SCPs that keep a print before they acknowledge it, or have print jobs: asked before the client is
+   // told that the film box, or for null the whole session, is being printed. Its answer is the client's: a refusal is
+   // not printed, and the data set may reference the print job (2100,0500). The base accepts with Success.
    virtual PrintAnswer AcceptPrint(const AbstractFilmBox* theFilmBox);
 
    // SCU. Write brings the printer up to date with the tree: what was sent before is not sent again. The others
-   // print the whole session or one film box, counted from 0, which they bring up to date first; thePrintJob is the last
-   // job that the session knows of, empty when it knows none.
+   // print the whole session or one film box, counted from 0, which they bring up to date first; thePrintJob is the
+   // last job that the session knows of, empty when it knows none.
    int Write(PDU_Service& theService);
    int PrintSession(PDU_Service& theService, UID& thePrintJob);
    int PrintFilm(PDU_Service& theService, UID& thePrintJob, UINT16 theIndex);
 
-   // SCU: delete the film session at the printer, which takes its film boxes with it; or the last film box, at the printer
-   // and here (1 at once when there is none).
+   // SCU: delete the film session at the printer, which takes its film boxes with it; or the last film box, at the
+   // printer and here (1 at once when there is none).
    int Delete(PDU_Service& theService);
    int DeleteFilm(PDU_Service& theService);
 
-   // SCU: a command that is no response. Answers an event report and calls the callback; 0, with nothing sent, when it is
-   // none.
+   // SCU: a command that is no response. Answers an event report and calls the callback; 0, with nothing sent, when it
+   // is none.
    int ReadEventReport(PDU_Service& theService, const DICOMCommandObject& theCommand);
 
    // SCP: takes a command that PDU_Service::ReadCommand has read. 1 when it was carried out.
@@ -126,12 +128,12 @@ public:
    // The printer, whose attributes an SCP tells: fill them in.
    AbstractPrinter& GetPrinterObject() { return *itsPrinter; }
 
-   // SCP: the look-up table or overlay that a film or image box references by this instance, also one that the client has
-   // deleted meanwhile; null when there is none.
+   // SCP: the look-up table or overlay that a film or image box references by this instance, also one that the client
+   // has deleted meanwhile; null when there is none.
    const PrintObject* FindStandaloneBox(const UID& theInstance) const;
 
-   // What the tree of an SCP holds, and the most that it may hold, in bytes: as encoded, and 100 for each element and item.
-   // Once the limit is reached, data sets are refused unread.
+   // What the tree of an SCP holds, and the most that it may hold, in bytes: as encoded, and 100 for each element and
+   // item. Once the limit is reached, data sets are refused unread.
    UINT64 GetMemoryUse() const;
    void SetMemoryLimit(UINT64 theBytes) { itsMemoryLimit = theBytes; }
 

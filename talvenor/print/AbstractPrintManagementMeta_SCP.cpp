@@ -1,9 +1,9 @@
 // The role of SCP: which requests are taken, film session, printer and print jobs. Film boxes are in
-// AbstractPrintManagementMeta_SCPFilm.cpp, other boxes in AbstractPrintManagementMeta_SCPBoxes.cpp. Requests are checked,
-// the tree follows those that are accepted, and each is answered once.
+// AbstractPrintManagementMeta_SCPFilm.cpp, other boxes in AbstractPrintManagementMeta_SCPBoxes.cpp. Requests are
+// checked, the tree follows those that are accepted, and each is answered once.
 //
-// What can be refused without its data set is refused before that is read: the association skips it then, and nothing of it
-// is ever held. The rest is decided between reading the data set and sending the answer (PrintDecision).
+// What can be refused without its data set is refused before that is read: the association skips it then, and nothing
+// of it is ever held. The rest is decided between reading the data set and sending the answer (PrintDecision).
 #include <algorithm>
 #include <utility>
 

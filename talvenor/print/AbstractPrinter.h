@@ -1,4 +1,5 @@
-// The printer and a print job as a print session knows them (PS3.4 H.4.6, H.4.5): their attributes are what N-GET tells.
+// The printer and a print job as a print session knows them (PS3.4 H.4.6, H.4.5): their attributes are what N-GET
+// tells.
 #pragma once
 
 #include "talvenor/print/PrintObject.h"

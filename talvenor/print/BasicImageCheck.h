@@ -1,5 +1,5 @@
-// Whether the image that a client puts into an image box can be printed (PS3.4 H.4.3.1.2.1): the pixels are all there, and
-// described without contradiction. Not part of the library's interface.
+// Whether the image that a client puts into an image box can be printed (PS3.4 H.4.3.1.2.1): the pixels are all there,
+// and described without contradiction. Not part of the library's interface.
 #pragma once
 
 #include "talvenor/print/PrintAnswer.h"

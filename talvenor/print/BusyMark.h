@@ -1,6 +1,6 @@
-// The mark of a part of a print session that is being printed, and is to be left as it is meanwhile. The library sets it
-// while the host's print action runs; a host that prints in the background sets it in the action and clears it, from any
-// thread, when it is done.
+// The mark of a part of a print session that is being printed, and is to be left as it is meanwhile. The library sets
+// it while the host's print action runs; a host that prints in the background sets it in the action and clears it, from
+// any thread, when it is done.
 #pragma once
 
 #include <atomic>

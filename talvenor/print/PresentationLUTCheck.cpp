@@ -30,7 +30,8 @@ const VR* Find(const DICOMDataObject& theObject, const Tag& theTag)
    return theObject.GetVR(theTag.itsGroup, theTag.itsElement);
 }
 
-// PS3.3 C.11.4: the number of entries (0 stands for 65536), the first value mapped, which is 0, and the bits of an entry.
+// PS3.3 C.11.4: the number of entries (0 stands for 65536), the first value mapped, which is 0, and the bits of an
+// entry.
 PrintAnswer CheckTable(const DICOMDataObject& theTable)
 {
    constexpr unsigned int kLeastBits = 8; // 10 in the standard; 8 in the field

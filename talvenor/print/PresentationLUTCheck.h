@@ -3,6 +3,6 @@
 
 #include "talvenor/print/PrintAnswer.h"
 
-// Of what theAttributes has, new or changed: a shape that the standard knows, and a LUT whose data has as many entries as its
-// descriptor says.
+// Of what theAttributes has, new or changed: a shape that the standard knows, and a LUT whose data has as many entries
+// as its descriptor says.
 PrintAnswer CheckPresentationLUT(const DICOMDataObject& theAttributes);

@@ -63,8 +63,8 @@ bool PrintExchange::ReadNextCommand(UINT16 theRequestID)
    }
 }
 
-// What an earlier request asked for, when this is its response, which an event report has overtaken: taken for the present
-// one, it would put every later response one place off.
+// What an earlier request asked for, when this is its response, which an event report has overtaken: taken for the
+// present one, it would put every later response one place off.
 const PrintOperation* PrintExchange::TakeOwedResponse(UINT16 theRequestID)
 {
    UINT16 anAnswered = 0;
@@ -84,8 +84,8 @@ const PrintOperation* PrintExchange::TakeOwedResponse(UINT16 theRequestID)
    return anOperation;
 }
 
-// The operation has long returned as if it had succeeded. That it has not is told all the same: the film would be printed
-// without the image that the printer refused.
+// The operation has long returned as if it had succeeded. That it has not is told all the same: the film would be
+// printed without the image that the printer refused.
 bool PrintExchange::IsOwedResponseFine(const PrintOperation& theOperation)
 {
    const UINT16 aStatus = itsCommand.GetUINT16(0, CommandElement::Status);

@@ -1,5 +1,5 @@
-// What every operation of a print SCU does: send a request, read the next command, see whether it is the response, look at
-// its status, and tell the host's error callback what went wrong. Not part of the library's interface.
+// What every operation of a print SCU does: send a request, read the next command, see whether it is the response, look
+// at its status, and tell the host's error callback what went wrong. Not part of the library's interface.
 #pragma once
 
 #include <functional>

@@ -1,5 +1,5 @@
-// The meta SOP classes of print management (PS3.4 H.3): which kind of image boxes a film has. A host derives from one and
-// implements the callbacks; see AbstractPrintManagementMeta.
+// The meta SOP classes of print management (PS3.4 H.3): which kind of image boxes a film has. A host derives from one
+// and implements the callbacks; see AbstractPrintManagementMeta.
 #pragma once
 
 #include "talvenor/print/AbstractPrintManagementMeta.h"

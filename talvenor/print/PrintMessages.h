@@ -1,5 +1,5 @@
-// The SOP classes of print management, each with its messages (PS3.4 H.4). No data: any thread may use one object, each on
-// an association of its own.
+// The SOP classes of print management, each with its messages (PS3.4 H.4). No data: any thread may use one object, each
+// on an association of its own.
 #pragma once
 
 #include "talvenor/dictionary/UID.h"

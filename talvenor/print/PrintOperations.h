@@ -1,5 +1,5 @@
-// The operations of print SCUs for each DIMSE-N service, with their texts, and what the message classes share. Not part of
-// the library's interface.
+// The operations of print SCUs for each DIMSE-N service, with their texts, and what the message classes share. Not part
+// of the library's interface.
 #pragma once
 
 #include "talvenor/association/PDU_Service.h"
@@ -107,8 +107,8 @@ int RunDelete(const Messages& theMessages, const PrintOperation& theOperation, P
                    }) != PrintExchange::Failed;
 }
 
-// SCP: the instance of a request of theKind that is for the SOP class of theMessages; false when it is for another one or
-// names no instance.
+// SCP: the instance of a request of theKind that is for the SOP class of theMessages; false when it is for another one
+// or names no instance.
 template <class Messages>
 bool TakeInstance(const Messages& theMessages, const NService& theKind, const DICOMCommandObject& theRequest,
                   UID& theInstance)

@@ -1,14 +1,14 @@
-// The messages of the boxes that come with a film box, for images and annotations: they are only changed (PS3.4 H.4.3, H.4.4),
-// in both roles.
+// The messages of the boxes that come with a film box, for images and annotations: they are only changed (PS3.4 H.4.3,
+// H.4.4), in both roles.
 //
 // Operations return non-zero for success and 0 for failure. Those of an SCU send one request, wait for its response and
-// tell theMeta of failures (AbstractPrintManagementMeta::ErrorCallback), which may let the operation go on. An event report
-// that comes in place of the response is handled, and the operation succeeds without its response.
+// tell theMeta of failures (AbstractPrintManagementMeta::ErrorCallback), which may let the operation go on. An event
+// report that comes in place of the response is handled, and the operation succeeds without its response.
 //
-// Those of an SCP take a command that has been read. When it names another SOP class than this one, or no instance, or its
-// data set cannot be read, they return 0 and send nothing. The form without theDecision answers with Success; the other one
-// accepts a request without data set, where the message may have none, and answers what theDecision says: its result is 1
-// when the request was carried out and the answer sent.
+// Those of an SCP take a command that has been read. When it names another SOP class than this one, or no instance, or
+// its data set cannot be read, they return 0 and send nothing. The form without theDecision answers with Success; the
+// other one accepts a request without data set, where the message may have none, and answers what theDecision says: its
+// result is 1 when the request was carried out and the answer sent.
 #pragma once
 
 #include "talvenor/dimse/NSetRQ.h"

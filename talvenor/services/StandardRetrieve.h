@@ -77,12 +77,12 @@ public:
                               InputTransferSyntax*& theInput, const TransferSyntaxType*& theSourceSyntax,
                               unsigned int& theSize) = 0;
 
-   // Makes native pixel data, the caller's, of theCompressedPixels, which is lent, as the syntax is, until that has been
-   // sent: it may be a PixelInputStreamVR that decompresses as it is read. What is said of the pixels (bits, photometric
-   // interpretation, planar configuration, lossy compression) has to become true in theHeader before, which is sent
-   // first. Without any (null) the instance is sent without pixel data: throw where it cannot be
-   // done. Unless it comes from JPEG 2000 lossless or RLE, theHeader is marked with the private element
-   // ReconstImageFlag of CORVAN0: a private dictionary has to know that, or the sub-operation fails.
+   // Makes native pixel data, the caller's, of theCompressedPixels, which is lent, as the syntax is, until that has
+   // been sent: it may be a PixelInputStreamVR that decompresses as it is read. What is said of the pixels (bits,
+   // photometric interpretation, planar configuration, lossy compression) has to become true in theHeader before, which
+   // is sent first. Without any (null) the instance is sent without pixel data: throw where it cannot be done. Unless
+   // it comes from JPEG 2000 lossless or RLE, theHeader is marked with the private element ReconstImageFlag of CORVAN0:
+   // a private dictionary has to know that, or the sub-operation fails.
    virtual void DoStreamingDecompression(DICOMDataObject& theHeader, const TransferSyntaxType* theSourceSyntax,
                                          PixelDataFragmentInputStreamVR* theCompressedPixels,
                                          VR*& theDecompressedPixels) = 0;

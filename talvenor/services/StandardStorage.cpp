@@ -180,8 +180,8 @@ void StandardStorage::WriteRequestCommand(PDU_Service& theService, unsigned char
    }
 }
 
-// A message whose request did not go out is given up: nobody waits for its data set. One without any bytes is sent all the
-// same, because somebody does.
+// A message whose request did not go out is given up: nobody waits for its data set. One without any bytes is sent all
+// the same, because somebody does.
 void StandardStorage::FinishDatasetTransmission()
 {
    const bool isAnnounced = std::exchange(itsIsAnnounced, false);

@@ -68,8 +68,8 @@ public:
    int uGetUID(UID&) const override { return 0; }
 };
 
-// A storage whose SOP class is known at run time only. It sends; as SCP it refuses every instance (0xC006) unless a host
-// derives.
+// A storage whose SOP class is known at run time only. It sends; as SCP it refuses every instance (0xC006) unless a
+// host derives.
 class TALVENOR_API RunTimeClassStorage : public StandardStorage
 {
 public:

@@ -213,7 +213,8 @@ std::string RatioText(int theRatio, const char* theUnknown)
    return theRatio >= 1 ? std::to_string(theRatio) + ":1" : theUnknown;
 }
 
-// How the texts name a method of (0028,2114), PS3.3 C.7.6.1.1.5.1. The labels end with a blank where they are not empty.
+// How the texts name a method of (0028,2114), PS3.3 C.7.6.1.1.5.1. The labels end with a blank where they are not
+// empty.
 struct LossyMethod
 {
    const char* itsName;

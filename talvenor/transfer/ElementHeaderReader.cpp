@@ -73,7 +73,8 @@ void SetTag(ElementHeader& theHeader, const unsigned char* theBytes, TNEndian::E
    theHeader.itsElement = TNEndian::Load<UINT16>(theBytes + 2, theEndian);
 }
 
-// Every explicit header has eight bytes or more: the tag, then the type and a short length, or the length of a delimiter.
+// Every explicit header has eight bytes or more: the tag, then the type and a short length, or the length of a
+// delimiter.
 constexpr unsigned int kTagSize = 4;
 constexpr unsigned int kShortSize = 8;
 constexpr unsigned int kLongSize = 12;

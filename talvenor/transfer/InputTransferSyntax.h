@@ -8,7 +8,8 @@
 // the decoder that they come from.
 //
 // Failures throw StreamIOException; the position in the stream is then undefined and the dataset is to be abandoned.
-// Sequences nested deeper than kMaximumDepth are refused, which bounds the recursion of everything that walks a dataset.
+// Sequences nested deeper than kMaximumDepth are refused, which bounds the recursion of everything that walks a
+// dataset.
 #pragma once
 
 #include <memory>
@@ -54,25 +55,26 @@ public:
 
    LevelEnd GetLevelEnd() const { return itsLevelEnd; }
 
-   // An addition for a host that walks a dataset without keeping it, in constant memory: values longer than theBytes are
-   // passed over, in the sequences of this dataset, too. Their elements come with their length, but without data.
+   // An addition for a host that walks a dataset without keeping it, in constant memory: values longer than theBytes
+   // are passed over, in the sequences of this dataset, too. Their elements come with their length, but without data.
    void SetLongestValue(UINT32 theBytes) { itsRoot->itsLongestValue = theBytes; }
 
-   // An addition for a host that keeps the dataset of somebody whom it does not trust: an element or item takes eight bytes
-   // in the stream, and up to 200 in memory. More of them, at all levels together, are a failure. Without limit at first.
+   // An addition for a host that keeps the dataset of somebody whom it does not trust: an element or item takes eight
+   // bytes in the stream, and up to 200 in memory. More of them, at all levels together, are a failure. Without limit
+   // at first.
    void SetMostElements(UINT64 theCount) { itsRoot->itsElementsLeft = theCount; }
 
-   // Whether a sequence or an item of this dataset ended only because the stream did: a delimiter or a part of the stated
-   // length is missing. Decoding goes on quietly then, as the data that is there is good; a host that must know whether
-   // it has the whole asks the outermost decoder.
+   // Whether a sequence or an item of this dataset ended only because the stream did: a delimiter or a part of the
+   // stated length is missing. Decoding goes on quietly then, as the data that is there is good; a host that must know
+   // whether it has the whole asks the outermost decoder.
    bool IsCut() const { return itsRoot->itsIsCut; }
 
    // Where the first such cut or, if there was one, the failure is: the chain of sequences with item numbers from 0, as
    // "/0008,1115[0]/0008,1199[2]". Empty at the top level of the dataset.
    const RWCString& GetFaultPath() const { return itsRoot->itsFaultPath; }
 
-   // The items that NextVR has returned at this level. At the top level of a dataset there should be none: their contents
-   // were meant for a sequence whose header is missing.
+   // The items that NextVR has returned at this level. At the top level of a dataset there should be none: their
+   // contents were meant for a sequence whose header is missing.
    UINT32 GetItemCount() const { return itsItemCount; }
 
 protected:

@@ -1,6 +1,6 @@
-// Holds encoded bytes until the lengths in them are known: a sequence that was read with a defined length is written with
-// the one that its content turns out to have, whatever was converted or left out in it. Only the outermost of nested
-// lengths needs a buffer; the others are settled in it. Not part of the library's interface.
+// Holds encoded bytes until the lengths in them are known: a sequence that was read with a defined length is written
+// with the one that its content turns out to have, whatever was converted or left out in it. Only the outermost of
+// nested lengths needs a buffer; the others are settled in it. Not part of the library's interface.
 #pragma once
 
 #include <vector>
@@ -19,8 +19,8 @@ public:
    }
    void Flush() override {}
 
-   // To be called when the four bytes of a length have just been written; GetContent is what to hand to SetLength, which
-   // replaces them by the number of bytes written since. Throws StreamIOException when that number does not fit.
+   // To be called when the four bytes of a length have just been written; GetContent is what to hand to SetLength,
+   // which replaces them by the number of bytes written since. Throws StreamIOException when that number does not fit.
    std::size_t GetContent() const { return itsBytes.size(); }
    void SetLength(std::size_t theContent, TNEndian::EndianType theEndian);
 

@@ -1,15 +1,15 @@
-// An encoder: writes datasets and single elements to a byte stream (PS3.5 section 7). Elements come from memory or, with
-// the value still in a stream, straight from a decoder; the latter are copied block by block, never held, so that a
-// dataset of any size passes from a file or a peer to another in constant memory. Byte orders and the forms of headers
-// are converted on the way.
+// An encoder: writes datasets and single elements to a byte stream (PS3.5 section 7). Elements come from memory or,
+// with the value still in a stream, straight from a decoder; the latter are copied block by block, never held, so that
+// a dataset of any size passes from a file or a peer to another in constant memory. Byte orders and the forms of
+// headers are converted on the way.
 //
-// Odd lengths are padded to even ones (PS3.5 6.2). Sequences and items in memory go out with undefined length. Those read
-// from a stream keep undefined lengths, and defined ones as what their content turns out to have; very long ones, and
-// those that change between explicit and implicit VR, become undefined.
+// Odd lengths are padded to even ones (PS3.5 6.2). Sequences and items in memory go out with undefined length. Those
+// read from a stream keep undefined lengths, and defined ones as what their content turns out to have; very long ones,
+// and those that change between explicit and implicit VR, become undefined.
 //
-// What no dataset may hold is not written: elements of the groups 0001, 0003, 0005, 0007 and FFFF, a private creator that
-// was written before for the group, and private elements whose creator was not written (PS3.5 7.8.1). Each item counts
-// for itself.
+// What no dataset may hold is not written: elements of the groups 0001, 0003, 0005, 0007 and FFFF, a private creator
+// that was written before for the group, and private elements whose creator was not written (PS3.5 7.8.1). Each item
+// counts for itself.
 //
 // Failures throw StreamIOException; bytes already written stay written and the output is to be abandoned. An encoder
 // belongs to one thread at a time.
@@ -91,7 +91,8 @@ private:
 
    HeaderBytes MakeItemHeader(UINT32 theTag, UINT32 theLength);
 
-   // The values of the stream elements and of encapsulated pixel data, behind their headers. Texts begin with thePrefix.
+   // The values of the stream elements and of encapsulated pixel data, behind their headers. Texts begin with
+   // thePrefix.
    void CopyPixelData(PixelInputStreamVR& thePixels, const char* thePrefix);
    void CopyFragments(PixelDataFragmentInputStreamVR& thePixels, const char* thePrefix);
    void WriteFragments(const EncapsulatedPixelVR& thePixels);

@@ -1,7 +1,7 @@
 // The registry of transfer syntaxes: type objects by UID, which must match exactly.
 //
-// Threads: registering, unregistering, clearing and copying take one process-wide mutex. Lookups take none: they run side
-// by side, but not beside a change. The default registry is made on first use and lives as long as the process.
+// Threads: registering, unregistering, clearing and copying take one process-wide mutex. Lookups take none: they run
+// side by side, but not beside a change. The default registry is made on first use and lives as long as the process.
 #pragma once
 
 #include <memory>

@@ -1,6 +1,6 @@
 // The transfer syntaxes that the library serves (PS3.5 section 10 and annex A): one stateless class each, with its
-// properties, its decoders and its encoders. Objects of one class are interchangeable, immutable and may be shared between threads;
-// the registry (TransferSyntaxManager) holds one of each.
+// properties, its decoders and its encoders. Objects of one class are interchangeable, immutable and may be shared
+// between threads; the registry (TransferSyntaxManager) holds one of each.
 #pragma once
 
 #include "talvenor/dictionary/BasicTransferSyntaxKind.h"
@@ -88,7 +88,7 @@ protected:
    TransferSyntaxType& operator=(const TransferSyntaxType&) = default;
 
    // The properties of a class of the library's own. A host's class overrides the operations above instead: those that
-   // it leaves alone answer for an unnamed, uncompressed syntax of unknown kind without decoders and encoders (StreamIOException,
-   // TN_TRANSFER_SYNTAX_UNSUPPORTED).
+   // it leaves alone answer for an unnamed, uncompressed syntax of unknown kind without decoders and encoders
+   // (StreamIOException, TN_TRANSFER_SYNTAX_UNSUPPORTED).
    virtual const TransferSyntaxRow& GetRow() const;
 };

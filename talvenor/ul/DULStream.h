@@ -32,8 +32,8 @@ public:
    // number of bytes discarded.
    virtual unsigned int Skip(unsigned int theCount);
 
-   // Write all bytes or throw. A stream may hold bytes back until FlushOutput, but never changes their order. A buffer is
-   // taken over and destroyed, also when writing fails; null writes nothing.
+   // Write all bytes or throw. A stream may hold bytes back until FlushOutput, but never changes their order. A buffer
+   // is taken over and destroyed, also when writing fails; null writes nothing.
    virtual void Write(IOBuffer* theBuffer) = 0;
    virtual void Write(const unsigned char* theBytes, unsigned int theCount) = 0;
 
@@ -47,8 +47,8 @@ public:
    virtual int GetTimeout() const;
    virtual int SetTimeout(int theSeconds);
 
-   // The number of bytes that can be read without waiting; -1 when the stream does not know. 0 is also the answer at the
-   // end of the connection: only a read tells that end from silence.
+   // The number of bytes that can be read without waiting; -1 when the stream does not know. 0 is also the answer at
+   // the end of the connection: only a read tells that end from silence.
    virtual int BytesAvailable();
 
    // How many bytes from here are sure to come or harmless to wait for: 10 before a PDU header, the length of the PDU

@@ -15,7 +15,7 @@ public:
    DULStreamFactory& operator=(const DULStreamFactory&) = delete;
    virtual ~DULStreamFactory();
 
-   // The caller owns the stream; null when the factory makes none. Throws StreamIOException when there is no connection.
-   // theHost is a name or a dotted address, thePort a number or the name of a service.
+   // The caller owns the stream; null when the factory makes none. Throws StreamIOException when there is no
+   // connection. theHost is a name or a dotted address, thePort a number or the name of a service.
    virtual DULStream* GetConnectedDULStream(const RWCString& theHost, const RWCString& thePort);
 };

@@ -5,8 +5,8 @@
 //        && theVisitor.Reserved("Reserved", 3)                     // zeros, not tested on receipt
 //        && theVisitor.SubItem(theItem.itsAbstractSyntax, "...");  // with its header
 //
-// Every operation returns 0 to end the walk. A label names the field in dumps and traces. Texts of failures begin behind
-// the name of the class. Internal.
+// Every operation returns 0 to end the walk. A label names the field in dumps and traces. Texts of failures begin
+// behind the name of the class. Internal.
 #pragma once
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// The name by which an implementation tells its version (PS3.7 D.3.3.2): up to 16 characters, not padded. A name that was
-// never set has length 0; one that is set to nothing is a single space.
+// The name by which an implementation tells its version (PS3.7 D.3.3.2): up to 16 characters, not padded. A name that
+// was never set has length 0; one that is set to nothing is a single space.
 #pragma once
 
 #include <array>
@@ -29,8 +29,8 @@ public:
 
    bool operator==(const ImplementationVersionName& theOther) const = default;
 
-   // theLength bytes; the name ends at the first NUL among them. Returns 1, or throws StreamIOException: for more than 16
-   // (TN_ITEM_LENGTH_MISMATCH), and when fewer arrive (TN_END_OF_FILE; the name is a space then).
+   // theLength bytes; the name ends at the first NUL among them. Returns 1, or throws StreamIOException: for more than
+   // 16 (TN_ITEM_LENGTH_MISMATCH), and when fewer arrive (TN_END_OF_FILE; the name is a space then).
    int Read(PDUInputStream& theStream, unsigned int theLength);
    int Write(PDUOutputStream& theStream) const;
 

@@ -56,8 +56,8 @@ public:
    unsigned int DULRead(unsigned char& theValue);
    unsigned int DULRead(unsigned short& theValue);
    unsigned int DULRead(unsigned int& theValue);
-   // An addition: bytes of a field. As with numbers, and other than with Read, the count alone tells that the connection
-   // ended inside.
+   // An addition: bytes of a field. As with numbers, and other than with Read, the count alone tells that the
+   // connection ended inside.
    unsigned int DULRead(unsigned char* theBuffer, unsigned int theCount);
 
    // Starts and skips the rest of the PDU. Non-zero when there was something to skip.

@@ -71,8 +71,8 @@ void PDUOutputStream::Write(const unsigned char* theBytes, unsigned int theCount
    }
 }
 
-// The DULStream says which size suits it. A size that a P-DATA-TF cannot fill would be wasted memory, as would be what a
-// stream without a limit calls its maximum.
+// The DULStream says which size suits it. A size that a P-DATA-TF cannot fill would be wasted memory, as would be what
+// a stream without a limit calls its maximum.
 IOBuffer& PDUOutputStream::BufferWithSpace()
 {
    constexpr UINT32 kLargestBuffer = 1 << 20;

@@ -43,9 +43,9 @@ public:
 
    // Appends to the body, by copying. A P-DATA-TF is finished as soon as it is full.
    void Write(const unsigned char* theBytes, unsigned int theCount);
-   // Appends the unread bytes of the buffer, which is taken over, without copying them. When they do not fit, the current
-   // PDU is finished first; one that they fill stays queued. Throws with TN_INVALID_ARGUMENT when they cannot fit any
-   // PDU. Null writes nothing.
+   // Appends the unread bytes of the buffer, which is taken over, without copying them. When they do not fit, the
+   // current PDU is finished first; one that they fill stays queued. Throws with TN_INVALID_ARGUMENT when they cannot
+   // fit any PDU. Null writes nothing.
    void Write(IOBuffer* theBuffer);
 
    // One number in big-endian byte order.

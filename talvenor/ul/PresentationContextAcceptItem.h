@@ -19,8 +19,8 @@ public:
    unsigned char PresentationContextID() const { return itsID; }
    void SetPresentationContextID(unsigned char theID) { itsID = theID; }
 
-   // PS3.8 table 9-18: 0 accepted, 1 rejected by the user, 2 by the provider, 3 abstract syntax not supported, 4 transfer
-   // syntaxes not supported.
+   // PS3.8 table 9-18: 0 accepted, 1 rejected by the user, 2 by the provider, 3 abstract syntax not supported, 4
+   // transfer syntaxes not supported.
    unsigned char GetResult() const { return itsResult; }
    void SetResult(unsigned char theResult) { itsResult = theResult; }
 

@@ -1,5 +1,5 @@
-// SCP/SCU role selection sub-item (PS3.7 D.3.3.4): which roles the requester proposes to play for a SOP class, or which of
-// them the acceptor accepts. A role is 0 or 1; other bytes are kept as received.
+// SCP/SCU role selection sub-item (PS3.7 D.3.3.4): which roles the requester proposes to play for a SOP class, or which
+// of them the acceptor accepts. A role is 0 or 1; other bytes are kept as received.
 #pragma once
 
 #include "talvenor/ul/ULItem.h"

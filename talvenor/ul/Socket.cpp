@@ -134,8 +134,8 @@ void Socket::AdoptConnection(Handle theHandle, const TNPlatform::IPv4Address& th
    TNPlatform::SetNoDelay(theHandle); // fails where there is no such delay: on what is not TCP
 }
 
-// Requests the sizes that are positive and keeps what was granted. A receive buffer larger than 64 KiB is announced when
-// the connection is made: it must be set before that, and on the listening socket, from which connections inherit.
+// Requests the sizes that are positive and keeps what was granted. A receive buffer larger than 64 KiB is announced
+// when the connection is made: it must be set before that, and on the listening socket, from which connections inherit.
 bool Socket::ApplyBufferSizes(Handle theHandle, const char* theCaller)
 {
    struct Step

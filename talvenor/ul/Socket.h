@@ -49,8 +49,8 @@ public:
    // the caller until an abort flag is set.
    virtual int SendBinary(const unsigned char* theBytes, int theCount);
 
-   // Waits for bytes and returns how many came, 1 to theCount; or returns -1: TN_END_OF_FILE when the peer has closed or
-   // reset the connection, TN_TRANSPORT_TIMED_OUT, TN_CANCELLED, TN_NOT_CONNECTED, TN_SYSTEM_CALL_FAILED.
+   // Waits for bytes and returns how many came, 1 to theCount; or returns -1: TN_END_OF_FILE when the peer has closed
+   // or reset the connection, TN_TRANSPORT_TIMED_OUT, TN_CANCELLED, TN_NOT_CONNECTED, TN_SYSTEM_CALL_FAILED.
    virtual int ReadBinary(unsigned char* theBuffer, int theCount);
 
    // Connects, after closing an older connection. Returns 0 with TN_INVALID_ARGUMENT for a host or port that cannot be
@@ -84,11 +84,11 @@ public:
    void ManageListenSocket(Handle theHandle);
    Handle UnmanageListenSocket();
 
-   // Additions: transfers of several blocks in one system call. SendBlocks takes at most 64 blocks and returns 1 when all
-   // are sent or -1 like SendBinary; theBytesSent says how far it got. It does not cut them into pieces: a send never
-   // waits, so that the kernel takes what it has room for and no more. theLimit is the longest it waits for room in all,
-   // in milliseconds (TN_TRANSPORT_TIMED_OUT); negative: no limit. ReadBlocks is ReadBinary into two blocks, of which
-   // the second may be empty.
+   // Additions: transfers of several blocks in one system call. SendBlocks takes at most 64 blocks and returns 1 when
+   // all are sent or -1 like SendBinary; theBytesSent says how far it got. It does not cut them into pieces: a send
+   // never waits, so that the kernel takes what it has room for and no more. theLimit is the longest it waits for room
+   // in all, in milliseconds (TN_TRANSPORT_TIMED_OUT); negative: no limit. ReadBlocks is ReadBinary into two blocks, of
+   // which the second may be empty.
    int SendBlocks(const TNPlatform::ConstBlock* theBlocks, unsigned int theBlockCount, std::size_t& theBytesSent,
                   INT64 theLimit = -1);
    int ReadBlocks(const TNPlatform::MutableBlock (&theBlocks)[2]);
@@ -104,8 +104,8 @@ public:
    int GetLastError() const { return itsSystemErrorCode; }
    int GetLinkError() const { return itsSystemErrorCode; }
 
-   // The name is looked up at the first call on a connection and kept, found or not; it is empty while reverse look-up is
-   // switched off. That call may take long (5 attempts, 3 seconds between them).
+   // The name is looked up at the first call on a connection and kept, found or not; it is empty while reverse look-up
+   // is switched off. That call may take long (5 attempts, 3 seconds between them).
    RWCString GetPeerName();
    RWCString GetPeerIPAddress() const; // dotted decimal; empty when there never was a peer
    RWCString GetPeerPort() const;      // decimal
@@ -117,8 +117,8 @@ public:
    void SetAbortPollInterval(int theSeconds) { itsAbortPollInterval = theSeconds; }
    int GetAbortPollInterval() const { return itsAbortPollInterval; }
 
-   // Additions. A connect gives up after so many seconds as if the network had (TN_CONNECTION_REFUSED with ETIMEDOUT); 0
-   // leaves it to the network. With a positive number of poll milliseconds no slice is longer than that, so that an
+   // Additions. A connect gives up after so many seconds as if the network had (TN_CONNECTION_REFUSED with ETIMEDOUT);
+   // 0 leaves it to the network. With a positive number of poll milliseconds no slice is longer than that, so that an
    // abort request acts sooner than the seconds of the poll interval allow; what time-outs there are stays the same.
    void SetConnectTimeout(int theSeconds) { itsConnectTimeout = theSeconds; }
    int GetConnectTimeout() const { return itsConnectTimeout; }
@@ -164,7 +164,8 @@ public:
    static int IsIPAddress(const RWCString& theHost);
    // In network byte order. 0 with TN_HOST_ADDRESS_NOT_FOUND or TN_DNS_ERROR when the name has no address.
    UINT32 GetNetworkOrderIPAddrByName(const RWCString& theHost);
-   // A decimal port, 0 to 65535, or the name of a service of theProtocol ("tcp" or "udp"). Returns 0 when it is neither.
+   // A decimal port, 0 to 65535, or the name of a service of theProtocol ("tcp" or "udp"). Returns 0 when it is
+   // neither.
    static int GetNetworkOrderPortByName(const RWCString& thePort, const char* theProtocol, UINT16& theNetworkOrderPort);
 
    // Datagrams: a UDP socket bound to a port of this host, one whose default destination is a port of another host, and

@@ -8,10 +8,11 @@
 // socket. The read-ahead limit of the PDU layer therefore needs no attention.
 //
 // Output. What is written is held back, up to 64 KiB or 64 buffers, and leaves in one system call: at FlushOutput, when
-// that bound is reached, before a read has to ask the socket, and at Close. Buffers that were handed over are sent from where they
-// are. A failed write keeps what was not sent, in order, so that the stream of PDUs stays intact for a last A-ABORT; the
-// error appears in the call that tried to send. The pieces of Socket::SendBinary do not apply here: a send never waits,
-// so the kernel takes what its buffer has room for, and the rest waits here with the abort flags looked at.
+// that bound is reached, before a read has to ask the socket, and at Close. Buffers that were handed over are sent from
+// where they are. A failed write keeps what was not sent, in order, so that the stream of PDUs stays intact for a last
+// A-ABORT; the error appears in the call that tried to send. The pieces of Socket::SendBinary do not apply here: a send
+// never waits, so the kernel takes what its buffer has room for, and the rest waits here with the abort flags looked
+// at.
 //
 // A stream belongs to one thread at a time; other threads may set the abort flag of its socket.
 #pragma once
@@ -49,8 +50,8 @@ public:
    void Write(IOBuffer* theBuffer) override;
    void Write(const unsigned char* theBytes, unsigned int theCount) override;
 
-   // Sends what is held back if the peer takes it within 2 seconds, and not when an abort was requested. The connection of
-   // one that does not take it is reset.
+   // Sends what is held back if the peer takes it within 2 seconds, and not when an abort was requested. The connection
+   // of one that does not take it is reset.
    void Close() override;
 
    // Throws what a write throws.

@@ -11,8 +11,8 @@ public:
    explicit SocketInputStream(Socket& theSocket) : itsSocket(theSocket) {} // borrowed; must outlive this object
    ~SocketInputStream() override;
 
-   // Waits until all theCount bytes have arrived; fewer only at the end of the connection. Other failures throw with the
-   // socket's result code and system error.
+   // Waits until all theCount bytes have arrived; fewer only at the end of the connection. Other failures throw with
+   // the socket's result code and system error.
    unsigned int Read(unsigned char* theBuffer, unsigned int theCount) override;
 
    void Close() override; // the socket

@@ -40,8 +40,8 @@ enum class WaitResult
    kFailed
 };
 
-// One wait, which may be resumed: what it was ready for may turn out not to be there. Times in milliseconds; kNoLimit is
-// none. The flags that request an abort are looked at before and after each slice, if at all.
+// One wait, which may be resumed: what it was ready for may turn out not to be there. Times in milliseconds; kNoLimit
+// is none. The flags that request an abort are looked at before and after each slice, if at all.
 class SlicedWait
 {
 public:

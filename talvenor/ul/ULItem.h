@@ -1,6 +1,6 @@
-// What the items and sub-items of association PDUs have in common (PS3.8 9.3.2, annex D; PS3.7 annex D): each is a value
-// that begins with its type, a reserved byte and its length, and knows its layout. Item is the class that derives from
-// this. Items are read inside a PDU: none is ever read beyond its end.
+// What the items and sub-items of association PDUs have in common (PS3.8 9.3.2, annex D; PS3.7 annex D): each is a
+// value that begins with its type, a reserved byte and its length, and knows its layout. Item is the class that derives
+// from this. Items are read inside a PDU: none is ever read beyond its end.
 #pragma once
 
 #include "talvenor/Export.h"
@@ -25,9 +25,9 @@ public:
    // Returns 0 when the item cannot be encoded; part of it may be queued then. Throws what the stream throws.
    int Write(PDUOutputStream& theStream);
 
-   // Read reads and tests the type and calls ReadDynamic, which reads what follows it. theBytesRead is set to the number
-   // of bytes read, by ReadDynamic without the type. They return 0 or throw StreamIOException when the PDU ends too
-   // early, and throw for a wrong type (TN_ITEM_TYPE_MISMATCH), a length that is not that of the contents
+   // Read reads and tests the type and calls ReadDynamic, which reads what follows it. theBytesRead is set to the
+   // number of bytes read, by ReadDynamic without the type. They return 0 or throw StreamIOException when the PDU ends
+   // too early, and throw for a wrong type (TN_ITEM_TYPE_MISMATCH), a length that is not that of the contents
    // (TN_ITEM_LENGTH_MISMATCH), and contents that there are not (TN_INVALID_ITEM). After a failure the item is partly
    // filled.
    int Read(PDUInputStream& theStream, unsigned int& theBytesRead);

@@ -24,9 +24,9 @@ public:
    // the streams throw.
    int Write(PDUOutputStream& theStream);
 
-   // Read calls Start of the stream, tests the type and calls ReadDynamic, which reads the rest of a PDU whose header the
-   // stream has read. theBytesRead is set to the number of bytes of the whole PDU, less one for ReadDynamic, which does
-   // not count the type. They return 1 or throw StreamIOException:
+   // Read calls Start of the stream, tests the type and calls ReadDynamic, which reads the rest of a PDU whose header
+   // the stream has read. theBytesRead is set to the number of bytes of the whole PDU, less one for ReadDynamic, which
+   // does not count the type. They return 1 or throw StreamIOException:
    //    TN_END_OF_FILE          the PDU or the connection ended too early
    //    TN_PDU_TYPE_MISMATCH    a PDU of another type came
    //    TN_PDU_LENGTH_MISMATCH, TN_ITEM_LENGTH_MISMATCH, TN_ITEM_TYPE_MISMATCH, TN_INVALID_ITEM    see the texts

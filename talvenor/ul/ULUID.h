@@ -1,6 +1,6 @@
-// A UID as the PDUs of an association carry it: up to 64 characters without padding (PS3.8 F, PS3.5 9). What Set takes is
-// made fit: a text that does not begin with a digit or a full stop becomes the empty UID. What Read takes is what the peer
-// sent. Threads: as an int.
+// A UID as the PDUs of an association carry it: up to 64 characters without padding (PS3.8 F, PS3.5 9). What Set takes
+// is made fit: a text that does not begin with a digit or a full stop becomes the empty UID. What Read takes is what
+// the peer sent. Threads: as an int.
 #pragma once
 
 #include "talvenor/dictionary/UID.h"
@@ -18,8 +18,8 @@ public:
    // Copies are of the text: they do not share or borrow the dictionary.
 
    // As in UID: a length of 0 or more takes so many characters, of which a last one that is neither digit nor full stop
-   // is dropped; with a negative one the text ends at its NUL, and after 64. Trailing spaces go. Null, or a length above
-   // 64, makes the UID empty.
+   // is dropped; with a negative one the text ends at its NUL, and after 64. Trailing spaces go. Null, or a length
+   // above 64, makes the UID empty.
    void Set(const char* theText, int theLength) { itsUID.Set(theText, theLength); }
    void Set(const RWCString& theText) { itsUID.Set(theText); }
    void Set(const ULUID& theUID) { itsUID.Set(theUID.itsUID); }
@@ -49,8 +49,8 @@ public:
    int Write(PDUOutputStream& theStream, unsigned int theLength) const;
    int Write(PDUOutputStream& theStream) const { return Write(theStream, GetSize()); }
 
-   // The dictionary that gives the name in a trace: the library's, unless one of these is called. The first loads one of
-   // its own from a file; when that fails it returns 0, and there is none. The second borrows.
+   // The dictionary that gives the name in a trace: the library's, unless one of these is called. The first loads one
+   // of its own from a file; when that fails it returns 0, and there is none. The second borrows.
    int SetUIDDictionary(const RWCString& theFileName) { return itsUID.SetUIDDictionary(theFileName); }
    void SetUIDDictionary(MUIDDictionary& theDictionary) { itsUID.SetUIDDictionary(theDictionary); }
    void UnsetDictionary() { itsUID.UnsetDictionary(); }

@@ -1,8 +1,9 @@
-// User information item (PS3.8 9.3.2.3, annex D; PS3.7 annex D): what each side tells of itself. The maximum length, the
-// implementation class UID and the implementation version name are always sent, also when empty, then the role selections.
+// User information item (PS3.8 9.3.2.3, annex D; PS3.7 annex D): what each side tells of itself. The maximum length,
+// the implementation class UID and the implementation version name are always sent, also when empty, then the role
+// selections.
 //
-// On receipt the asynchronous operations window (53H) and SOP class extended negotiation (56H) are passed over; sub-items
-// of any other type are refused with TN_INVALID_ITEM.
+// On receipt the asynchronous operations window (53H) and SOP class extended negotiation (56H) are passed over;
+// sub-items of any other type are refused with TN_INVALID_ITEM.
 #pragma once
 
 #include "talvenor/ul/ImplementationClassUIDSubItem.h"
@@ -38,8 +39,8 @@ public:
    // The one that is listed and equal, or null.
    SCPSCURoleSelectSubItem* GetSCPSCURole(const SCPSCURoleSelectSubItem& theItem) const;
    void ClearSCPSCURoles() { itsRoles.clear(); }
-   // Additions: the selections in order, in a received item with all duplicates; and the bytes of the sub-items that were
-   // passed over, without their type bytes.
+   // Additions: the selections in order, in a received item with all duplicates; and the bytes of the sub-items that
+   // were passed over, without their type bytes.
    const OwnedList<SCPSCURoleSelectSubItem>& GetSCPSCURoleList() const { return itsRoles; }
    UINT32 GetIgnoredSubItemsLength() const { return itsIgnoredLength; }
 

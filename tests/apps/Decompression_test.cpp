@@ -22,8 +22,8 @@ std::string Frame(char theFirst, char theSecond, char theThird)
    return aFrame + '\0' + theFirst + '\0' + theSecond + '\0' + theThird;
 }
 
-// A file that says theFrames, by planes and in a form that only its compressed frames have, and has two of them; its icon
-// is compressed too.
+// A file that says theFrames, by planes and in a form that only its compressed frames have, and has two of them; its
+// icon is compressed too.
 std::string File(const std::string& theFrames)
 {
    const auto aWord = [](UINT32 theNumber) { return DatasetBytes().Number(theNumber, 2).Bytes(); };

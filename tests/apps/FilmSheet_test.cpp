@@ -44,8 +44,8 @@ std::string GreyImage(UINT16 theBits, const std::string& thePhotometric)
           DatasetBytes().Element(0x7FE00010, "OW", aPixels).Bytes();
 }
 
-// Of LIN OD with densities from 0.20 to 3.00 (the defaults) and from 0.50 to 2.00 the middle levels were computed with the
-// other formula of PS3.14 7.1, the luminance of a JND index, turned round: L = 10 + 2000 * 10^-D.
+// Of LIN OD with densities from 0.20 to 3.00 (the defaults) and from 0.50 to 2.00 the middle levels were computed with
+// the other formula of PS3.14 7.1, the luminance of a JND index, turned round: L = 10 + 2000 * 10^-D.
 const struct
 {
    const char* itsName;

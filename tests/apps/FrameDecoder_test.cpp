@@ -64,8 +64,8 @@ Bytes RLEFrame()
           + Bytes{0x01, 0x10, 0x20, 0x80, 0xFF, 0x30}; // two bytes, nothing, 0x30 twice
 }
 
-// 2 rows of 3 samples with 8 bits (T.81 annex H). The differences are 0, 1, -2 and 3, 0, -1; the codes of 0, 1, 2 and 3 bits
-// are 0, 10, 110 and 1110.
+// 2 rows of 3 samples with 8 bits (T.81 annex H). The differences are 0, 1, -2 and 3, 0, -1; the codes of 0, 1, 2 and 3
+// bits are 0, 10, 110 and 1110.
 const Bytes kSOI = {0xFF, 0xD8};
 const Bytes kTable = {0xFF, 0xC4, 0x00, 0x17, 0x00, 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 3};
 const Bytes kFrameHeader = {0xFF, 0xC3, 0x00, 0x0B, 8, 0, 2, 0, 3, 1, 1, 0x11, 0};
@@ -86,8 +86,8 @@ Bytes With(Bytes thePart, std::size_t thePlace, unsigned char theByte)
    return thePart;
 }
 
-// 1 row of 12 samples with 12 bits: two blocks, all of whose quantization is 8. The codes are 0, 10 and 110, of 0, 2 and 7
-// bits for DC; for AC of the end of a block, of 7 bits and of 16 zeros.
+// 1 row of 12 samples with 12 bits: two blocks, all of whose quantization is 8. The codes are 0, 10 and 110, of 0, 2
+// and 7 bits for DC; for AC of the end of a block, of 7 bits and of 16 zeros.
 const Bytes kQuantisation = Bytes{0xFF, 0xDB, 0x00, 0x43, 0x00} + Bytes(64, 8);
 const Bytes kTables = {0xFF, 0xC4, 0x00, 0x2A, 0x00, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
                        2,    7,    0x10, 1,    1,    1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 7, 0xF0};

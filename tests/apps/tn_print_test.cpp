@@ -486,7 +486,8 @@ TEST_F(TnPrint, TellsOfJobsAndOfThePrinterWhoAskedForIt)
    EXPECT_EQ(aClient.AskJob(aJob, aPart), 0x0107) << "what there is, with a warning";
    EXPECT_EQ(TextOf(aPart, 0x21000020), "DONE");
 
-   // The printer fails, and is mended. Asked twice, it has reported that, and the event comes in front of no other answer.
+   // The printer fails, and is mended. Asked twice, it has reported that, and the event comes in front of no other
+   // answer.
    const std::string anAside = itsFolder.File("aside");
    fs::rename(Films(), anAside);
    EXPECT_EQ(aClient.AskStatus(), "FAILURE PRINTER DOWN");
@@ -612,7 +613,8 @@ TEST_F(TnPrint, EventsInFrontOfAnswersLeaveNoGapsOnTheFilms)
    const std::string aFiles =
        " '" + Sample("ct-explicit.dcm") + "' '" + Sample("ct-explicit.dcm") + "' '" + Sample("ct-explicit.dcm") + "'";
    {
-      // The printer is asked twice then, and the first film box made twice; images and the print are there all the same.
+      // The printer is asked twice then, and the first film box made twice; images and the print are there all the
+      // same.
       TalkativePrinter aPrinter({1, 5, 8, 11, 12});
       const Outcome anOutcome = Tn("print --timeout 10 --session --film 1x2 " + aPrinter.Address() + aFiles);
       EXPECT_EQ(anOutcome.itsCode, 0) << anOutcome.itsErrors;

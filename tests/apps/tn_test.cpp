@@ -302,9 +302,8 @@ TEST(TnDump, AFileThatEndsTooEarlyIsToldAfterWhatThereWas)
    }
 }
 
-// Where a top-level element ends nobody can tell a cut file from a whole one; a cut before the pixels is no concern of a
-// reader that stops there.
-// What has no "DICM" is taken for a dataset without meta information; these are none.
+// Where a top-level element ends nobody can tell a cut file from a whole one; a cut before the pixels is no concern of
+// a reader that stops there. What has no "DICM" is taken for a dataset without meta information; these are none.
 TEST(TnDump, AFileThatIsNoDatasetIsRefused)
 {
    const TemporaryDirectory aFolder;
@@ -343,8 +342,8 @@ TEST(TnDump, WhatIsCutBehindTheLastElementWantedIsNoFault)
    EXPECT_EQ(Tn("dump " + aFile).itsCode, 0);
 }
 
-// A listing of elements by path and tag: VR, length and value of each. Left out are group lengths, padding and delimiters,
-// which readers may make and drop as they like, and tags that occur twice in their dataset.
+// A listing of elements by path and tag: VR, length and value of each. Left out are group lengths, padding and
+// delimiters, which readers may make and drop as they like, and tags that occur twice in their dataset.
 using Cells = std::vector<std::string>;
 using Listing = std::map<std::string, Cells>;
 

@@ -1,5 +1,5 @@
-// Files that are broken or meant to break their reader. Each ends in a StreamIOException, or loads as far as it goes and
-// says that it was cut; none takes memory for a length that it only states, or recurses as deep as it likes.
+// Files that are broken or meant to break their reader. Each ends in a StreamIOException, or loads as far as it goes
+// and says that it was cut; none takes memory for a length that it only states, or recurses as deep as it likes.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -142,8 +142,8 @@ TEST(MThreadHandler, LetsAThreadEndItself)
 }
 
 // The end of the main thread and of the process can only be seen from outside: these tests run themselves again in a
-// process of their own and read what it writes. What the test framework owns in the frames of main is lost with them, so
-// the child does not look for leaks.
+// process of their own and read what it writes. What the test framework owns in the frames of main is lost with them,
+// so the child does not look for leaks.
 constexpr char kChildMark[] = "TALVENOR_TEST_CHILD";
 
 void ExpectOfChild(const testing::Matcher<std::string>& theOutput)

@@ -96,8 +96,8 @@ TEST(ByteBuffer, RefusesWhatDoesNotFitAndStaysAsItWas)
    }
 }
 
-// The storage of large buffers goes from one to the next: it must be large enough for each, belong to one at a time, and
-// be given back by whatever thread drops it.
+// The storage of large buffers goes from one to the next: it must be large enough for each, belong to one at a time,
+// and be given back by whatever thread drops it.
 TEST(ByteBuffer, LargeOnesDoNotShareTheStorageThatTheyPassOn)
 {
    constexpr unsigned int kSizes[] = {131072, 40000, 262144, 32768, 32769, 131072, 300000, 65536};

@@ -1,5 +1,5 @@
-// Composes the bytes of DICOM files and datasets (PS3.5 7.1, PS3.10 7.1), whole ones and broken ones: every length can be
-// stated to be what it is not.
+// Composes the bytes of DICOM files and datasets (PS3.5 7.1, PS3.10 7.1), whole ones and broken ones: every length can
+// be stated to be what it is not.
 #pragma once
 
 #include <string>

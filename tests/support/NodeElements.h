@@ -28,8 +28,8 @@ private:
    int itsNumber;
 };
 
-// What a walk over the node returns. Asks the cursor for the tags: an inherited element may be gone by now when a cluster
-// ends in another thread.
+// What a walk over the node returns. Asks the cursor for the tags: an inherited element may be gone by now when a
+// cluster ends in another thread.
 inline std::vector<UINT32> TagsOf(const DICOMNode& theNode)
 {
    std::vector<UINT32> aTags;

@@ -1,4 +1,5 @@
-// Composes the PDUs of associations byte by byte (PS3.8 9.3), whole ones and broken ones, as strings that may hold zeros.
+// Composes the PDUs of associations byte by byte (PS3.8 9.3), whole ones and broken ones, as strings that may hold
+// zeros.
 #pragma once
 
 #include <string>

@@ -16,8 +16,8 @@ struct Outcome
    std::string itsErrors;
 };
 
-// The program under a shell, as users call it, after what else the shell is to do. Arguments with blanks are to be quoted
-// by the caller.
+// The program under a shell, as users call it, after what else the shell is to do. Arguments with blanks are to be
+// quoted by the caller.
 inline Outcome Tn(const std::string& theArguments, const std::string& theInput = "/dev/null",
                   const std::string& thePreparation = "")
 {

@@ -1,5 +1,5 @@
-// A peer behind a TCP port of this host that answers by a script, whatever it is asked: after each PDU that comes, the next
-// answer. When the script is over it goes on reading until the other side closes or aborts, or closes itself.
+// A peer behind a TCP port of this host that answers by a script, whatever it is asked: after each PDU that comes, the
+// next answer. When the script is over it goes on reading until the other side closes or aborts, or closes itself.
 #pragma once
 
 #include <chrono>

@@ -1,5 +1,5 @@
-// PDUs and items of the upper layer composed byte by byte (PS3.8 9.3), also with lengths that lie, and the stream that reads
-// them. PDUBytes.h composes whole associations.
+// PDUs and items of the upper layer composed byte by byte (PS3.8 9.3), also with lengths that lie, and the stream that
+// reads them. PDUBytes.h composes whole associations.
 #pragma once
 
 #include <memory>

@@ -22,8 +22,8 @@ public:
       std::string itsTitle; // that destinations are called with
    };
 
-   // All are borrowed. theLog gets a line for each instance that could not be sent, theReached whether the destination was
-   // on the other end, for each for which it was needed.
+   // All are borrowed. theLog gets a line for each instance that could not be sent, theReached whether the destination
+   // was on the other end, for each for which it was needed.
    ArchiveRetrieve(const RWCString& theSOPClass, Archive& theArchive, const PeerList* thePeers,
                    const Settings& theSettings, GuardedStream* theStream,
                    std::function<void(const std::string&)> theLog, std::function<void(bool)> theReached);

@@ -26,8 +26,8 @@ public:
 
    bool Matches(const DICOMObject& theDataset) const;
 
-   // The attributes of the identifier with the values of theDataset, without a value where it has none, and its character
-   // set. Of a sequence with keys in its item the items that match.
+   // The attributes of the identifier with the values of theDataset, without a value where it has none, and its
+   // character set. Of a sequence with keys in its item the items that match.
    std::unique_ptr<DICOMDataObject> MakeAnswer(const DICOMObject& theDataset) const;
 
 private:

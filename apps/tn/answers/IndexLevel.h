@@ -1,5 +1,5 @@
-// The levels of the Query/Retrieve information models (PS3.4 C.6) in the index of an archive, and what the identifiers of
-// peers must have.
+// The levels of the Query/Retrieve information models (PS3.4 C.6) in the index of an archive, and what the identifiers
+// of peers must have.
 #pragma once
 
 #include <stdexcept>
@@ -40,8 +40,8 @@ const IndexLevel& GetIndexLevel(KeyLevel theLevel);
 // The level that the identifier names. Throws BadIdentifier when it is none of the model.
 const IndexLevel& FindIndexLevel(IndexModel theModel, const DICOMDataObject& theIdentifier);
 
-// Throws BadIdentifier unless the identifier has a single value for the unique key of each level of the model that is above
-// theLevel (PS3.4 C.4.1.2.1).
+// Throws BadIdentifier unless the identifier has a single value for the unique key of each level of the model that is
+// above theLevel (PS3.4 C.4.1.2.1).
 void CheckUniqueKeys(IndexModel theModel, const IndexLevel& theLevel, const DICOMDataObject& theIdentifier);
 
 // The tables of theLevel and of those above, joined: what stands behind FROM.

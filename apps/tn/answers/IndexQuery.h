@@ -1,5 +1,5 @@
-// The matches that the index of an archive has for an identifier, one after another as they are asked for. What is not yet
-// in the index when the first is asked for is not found: flush it before.
+// The matches that the index of an archive has for an identifier, one after another as they are asked for. What is not
+// yet in the index when the first is asked for is not found: flush it before.
 #pragma once
 
 #include <map>

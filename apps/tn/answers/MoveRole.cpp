@@ -17,8 +17,8 @@ constexpr const char* kSOPClasses[] = {"1.2.840.10008.5.1.4.1.2.1.2", "1.2.840.1
                                        "1.2.840.10008.5.1.4.1.2.3.2"};
 } // namespace
 
-// Connects to destinations under the deadlines of the association that asks for the move. One that has not answered a few
-// times is not called again in that move: each call may take minutes, and there may be thousands of instances.
+// Connects to destinations under the deadlines of the association that asks for the move. One that has not answered a
+// few times is not called again in that move: each call may take minutes, and there may be thousands of instances.
 class MoveRole::Factory : public DULStreamFactory
 {
 public:

@@ -1,5 +1,5 @@
-// The retrieve service of the Query/Retrieve models (PS3.4 C.4.2) as a node gives it: C-MOVE from an archive to a peer that
-// the node knows.
+// The retrieve service of the Query/Retrieve models (PS3.4 C.4.2) as a node gives it: C-MOVE from an archive to a peer
+// that the node knows.
 #pragma once
 
 #include "apps/tn/answers/ArchiveRetrieve.h"

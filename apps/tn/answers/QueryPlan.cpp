@@ -151,7 +151,8 @@ void QueryPlan::Select(Answer& theAnswer, KeyLevel theLevel, const std::string& 
    itsExpressions.push_back(theExpression);
 }
 
-// theIsExact: the column is stored as it is compared, whatever the character set, so that the database can look values up.
+// theIsExact: the column is stored as it is compared, whatever the character set, so that the database can look values
+// up.
 void QueryPlan::Match(const Answer& theAnswer, const VR& theVR, bool theIsExact)
 {
    try

@@ -1,9 +1,9 @@
-// How an identifier of the Query/Retrieve models (PS3.4 C.4.1) is answered from the index of an archive: what is asked of
-// the database, which calls back for what it cannot compare, and what a match has.
+// How an identifier of the Query/Retrieve models (PS3.4 C.4.1) is answered from the index of an archive: what is asked
+// of the database, which calls back for what it cannot compare, and what a match has.
 //
 // Attributes of the level that is asked for and of those above are keys, the numbers of related studies, series and
-// instances too. Others are answered without a value and not matched. Without relational queries (PS3.4 C.4.1.2.2.1) the
-// identifier must have the unique keys of all levels above its own.
+// instances too. Others are answered without a value and not matched. Without relational queries (PS3.4 C.4.1.2.2.1)
+// the identifier must have the unique keys of all levels above its own.
 #pragma once
 
 #include <optional>

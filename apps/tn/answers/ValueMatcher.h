@@ -35,8 +35,8 @@ public:
 
    bool Matches(std::string_view theValues) const;
 
-   // The values one of which an attribute has if it matches, or none when that cannot be said (wild cards, ranges, names,
-   // times): what an index can look up.
+   // The values one of which an attribute has if it matches, or none when that cannot be said (wild cards, ranges,
+   // names, times): what an index can look up.
    std::vector<std::string> GetExactValues() const;
 
    // A person name as it is compared: lower case, without empty ends.

@@ -1,5 +1,5 @@
-// A modality worklist in a folder: each DICOM file below it, but for hidden ones, is an item. Who writes them should write
-// under another name (beginning with a dot) first and rename.
+// A modality worklist in a folder: each DICOM file below it, but for hidden ones, is an item. Who writes them should
+// write under another name (beginning with a dot) first and rename.
 //
 // One worklist serves all associations. The folder is looked at when somebody asks, once a second at most.
 #pragma once

@@ -23,8 +23,8 @@ void Tell(const std::string& theText)
    std::cerr << OnOneLine("tn serve: " + theText) + "\n" << std::flush;
 }
 
-// One that cannot be used is thrown away: the files are there. theIsSafe: so that they stay there after a power cut, for
-// an instance that is sent again is answered for by its file.
+// One that cannot be used is thrown away: the files are there. theIsSafe: so that they stay there after a power cut,
+// for an instance that is sent again is answered for by its file.
 void MakeIndexAgree(const ArchiveFolder& theFolder, bool theIsSafe)
 {
    const std::string aPath = theFolder.GetIndexPath();

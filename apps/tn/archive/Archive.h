@@ -6,8 +6,8 @@
 //    DIR/damaged/                           files that a start found broken
 //    DIR/lock                               locked by the one process that writes here
 //
-// The files are the truth. An instance has its file, whole, before its sender learns that it is stored, and the index is
-// made to agree with the files when an archive is opened that was not closed in order.
+// The files are the truth. An instance has its file, whole, before its sender learns that it is stored, and the index
+// is made to agree with the files when an archive is opened that was not closed in order.
 //
 // Any thread.
 #pragma once
@@ -55,8 +55,9 @@ public:
    // Where SpoolFiles are made that Keep is to keep.
    const Descriptor& GetSpoolFolder() const { return itsSpoolFolder; }
 
-   // Gives the received file its place. theDatasetStart is where its dataset begins. Returns false when an equal instance
-   // (of the same bytes in the same transfer syntax) was there already. Throws StoreRefusal; nothing has changed then.
+   // Gives the received file its place. theDatasetStart is where its dataset begins. Returns false when an equal
+   // instance (of the same bytes in the same transfer syntax) was there already. Throws StoreRefusal; nothing has
+   // changed then.
    bool Keep(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance theInstance);
 
    Index& GetIndex() { return *itsIndex; }

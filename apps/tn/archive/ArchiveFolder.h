@@ -12,8 +12,8 @@
 class ArchiveFolder
 {
 public:
-   // Opens the folder, making it if it is not there and theIsMade, and locks it. Throws std::runtime_error, when another
-   // process has locked it too.
+   // Opens the folder, making it if it is not there and theIsMade, and locks it. Throws std::runtime_error, when
+   // another process has locked it too.
    ArchiveFolder(const std::string& thePath, bool theIsMade);
 
    const std::string& GetPath() const { return itsPath; }
@@ -40,7 +40,8 @@ public:
    // say, with theIsWhole also for one that is not read to its end.
    IndexedInstance Read(const std::string& thePath, bool theIsWhole) const;
 
-   // Makes theIndex agree with the files. Those that cannot be read are set aside. theTell gets a line for each of these.
+   // Makes theIndex agree with the files. Those that cannot be read are set aside. theTell gets a line for each of
+   // these.
    void Repair(IndexDatabase& theIndex, const std::function<void(const std::string& theText)>& theTell) const;
 
 private:

@@ -20,8 +20,8 @@ public:
    // As ArchiveFolder::OpenFolderOf. Remembers that the folder is new.
    Descriptor OpenFolderOf(const StoredPath& thePath);
 
-   // The file has been given its name. When this returns the name is on the disk, with those of the folders that lead to
-   // it. Throws SystemFailure.
+   // The file has been given its name. When this returns the name is on the disk, with those of the folders that lead
+   // to it. Throws SystemFailure.
    void Synchronise(const StoredPath& thePath, bool theIsTogether);
 
 private:

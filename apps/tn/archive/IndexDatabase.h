@@ -1,5 +1,5 @@
-// The tables of the index of an archive: what is where, and what peers ask for. The files are the truth: all that is here
-// can be read from them again.
+// The tables of the index of an archive: what is where, and what peers ask for. The files are the truth: all that is
+// here can be read from them again.
 //
 //    patient   row, identity, CharacterSet and the columns of KeyLevel::kPatient
 //    study     row, patient, CharacterSet, ...

@@ -52,12 +52,13 @@ public:
 
    static std::span<const KeyColumn, kCount> GetColumns();
 
-   // The text without blanks in front and at its end, in its character set; empty for none. Numbers are decimal, several of them have "\"
-   // between them.
+   // The text without blanks in front and at its end, in its character set; empty for none. Numbers are decimal,
+   // several of them have "\" between them.
    const std::string& operator[](std::size_t theKey) const { return itsTexts[theKey]; }
    std::string& operator[](std::size_t theKey) { return itsTexts[theKey]; }
 
-   // Reads theDecoder to the end of its dataset, which is not kept, and takes the keys. Throws BrokenDataset, ExceptionBase.
+   // Reads theDecoder to the end of its dataset, which is not kept, and takes the keys. Throws BrokenDataset,
+   // ExceptionBase.
    void ReadWhole(InputTransferSyntax& theDecoder);
 
    // Reads no further than the last key.

@@ -1,4 +1,5 @@
-// SQLite with C++ lifetimes: a database and its prepared statements. Failures throw SQLiteFailure. One thread at a time.
+// SQLite with C++ lifetimes: a database and its prepared statements. Failures throw SQLiteFailure. One thread at a
+// time.
 #pragma once
 
 #include <cstdint>
@@ -43,8 +44,8 @@ public:
    // One statement or several, without results.
    void Execute(const std::string& theText);
 
-   // Makes statements know the function theName(number, text, text), which is true or false; a later one of this name takes
-   // its place. What it throws is the failure of the statement.
+   // Makes statements know the function theName(number, text, text), which is true or false; a later one of this name
+   // takes its place. What it throws is the failure of the statement.
    using Predicate = std::function<bool(std::int64_t, std::string_view, std::string_view)>;
    void Define(const std::string& theName, Predicate thePredicate);
 

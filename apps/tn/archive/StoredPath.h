@@ -3,8 +3,9 @@
 //    1.2.3/1.2.3.4/1.2.3.4.5.dcm           study, series, instance
 //    no-study/1.2.840.10008.5.1.4.38.1/1.2.3.4.5.dcm    SOP class, instance: a hanging protocol, a palette, ...
 //
-// The names are the UIDs themselves, never changed: two instances never share a name, and a UID that is none (PS3.5 9.1)
-// makes no name. One has digits and full stops only, so that a path leads nowhere but down; "no-study" can be no UID.
+// The names are the UIDs themselves, never changed: two instances never share a name, and a UID that is none (PS3.5
+// 9.1) makes no name. One has digits and full stops only, so that a path leads nowhere but down; "no-study" can be no
+// UID.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
-// A file that appears whole or not at all: it is written under a temporary name in the same folder and gets its own name
-// when it is committed. What is not committed is removed, also when the program is interrupted (SIGINT, SIGTERM, SIGHUP).
-// One at a time is known to the signal handler: the one made last.
+// A file that appears whole or not at all: it is written under a temporary name in the same folder and gets its own
+// name when it is committed. What is not committed is removed, also when the program is interrupted (SIGINT, SIGTERM,
+// SIGHUP). One at a time is known to the signal handler: the one made last.
 #pragma once
 
 #include <stdexcept>

@@ -13,8 +13,8 @@ namespace
 constexpr char kEscape = 0x1B;
 constexpr char kReplacement[] = "\xEF\xBF\xBD"; // U+FFFD
 
-// A set of characters that an escape sequence selects, and the defined terms without and with code extensions for which it
-// is the one at the beginning of a text (PS3.3 C.12-2 to C.12-4). Its bytes are handed to iconv behind itsPrefix.
+// A set of characters that an escape sequence selects, and the defined terms without and with code extensions for which
+// it is the one at the beginning of a text (PS3.3 C.12-2 to C.12-4). Its bytes are handed to iconv behind itsPrefix.
 struct CodeElement
 {
    const char* itsSequence; // behind ESC

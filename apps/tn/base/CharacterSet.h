@@ -12,8 +12,8 @@ public:
    // known stands for the default repertoire.
    explicit CharacterSet(std::string_view theDefinedTerms);
 
-   // Decodes a whole value, or several with the backslashes between them: a backslash in the result is a delimiter. What
-   // cannot be decoded becomes U+FFFD. theIsPersonName: the delimiters of its parts end an extension, too.
+   // Decodes a whole value, or several with the backslashes between them: a backslash in the result is a delimiter.
+   // What cannot be decoded becomes U+FFFD. theIsPersonName: the delimiters of its parts end an extension, too.
    std::string ToUTF8(std::string_view theText, bool theIsPersonName = false) const;
 
 private:

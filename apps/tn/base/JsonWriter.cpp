@@ -5,8 +5,8 @@
 
 namespace
 {
-// The length of the UTF-8 character at the start of theText, 0 when there is none: too long forms, surrogates and numbers
-// above U+10FFFF are none (RFC 3629).
+// The length of the UTF-8 character at the start of theText, 0 when there is none: too long forms, surrogates and
+// numbers above U+10FFFF are none (RFC 3629).
 std::size_t CharacterLength(std::string_view theText)
 {
    const auto aByte = [&](std::size_t i) { return static_cast<unsigned char>(theText[i]); };

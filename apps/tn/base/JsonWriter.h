@@ -1,5 +1,5 @@
-// Writes JSON (RFC 8259): members and elements in the order of the calls. Commas and quotes are its work, that every Begin
-// has its End is the caller's. Names are left out inside arrays.
+// Writes JSON (RFC 8259): members and elements in the order of the calls. Commas and quotes are its work, that every
+// Begin has its End is the caller's. Names are left out inside arrays.
 #pragma once
 
 #include <concepts>

@@ -1,5 +1,6 @@
-// The frames of encapsulated pixel data (PS3.5 A.4), each whole in memory while it is the current one, whatever fragments
-// it is in: also frames of JPEG-LS, and a single frame in several fragments where the standard allows but one.
+// The frames of encapsulated pixel data (PS3.5 A.4), each whole in memory while it is the current one, whatever
+// fragments it is in: also frames of JPEG-LS, and a single frame in several fragments where the standard allows but
+// one.
 #pragma once
 
 #include <memory>

@@ -29,10 +29,10 @@ public:
    // Whether there is a decoder for the transfer syntax.
    static bool IsServed(const RWCString& theSyntaxUID);
 
-   // Decodes the first frame, and makes theHeader, which holds what stands in front of the pixel data, true: Photometric
-   // Interpretation, Planar Configuration, and Lossy Image Compression where the syntax is a lossy one. Tables of
-   // offsets into the compressed frames go, and pixels in sequence items become native: see DecompressNested. thePixels
-   // is borrowed, as long as there are frames to come.
+   // Decodes the first frame, and makes theHeader, which holds what stands in front of the pixel data, true:
+   // Photometric Interpretation, Planar Configuration, and Lossy Image Compression where the syntax is a lossy one.
+   // Tables of offsets into the compressed frames go, and pixels in sequence items become native: see DecompressNested.
+   // thePixels is borrowed, as long as there are frames to come.
    Decompression(DICOMDataObject& theHeader, const TransferSyntaxType& theSyntax,
                  PixelDataFragmentInputStreamVR& thePixels);
    ~Decompression();
@@ -48,8 +48,8 @@ public:
    // False behind the last one.
    bool NextFrame();
 
-   // The element of all frames, read while it is written. theDecompression is its own from then on; theTell is told what
-   // went wrong before it throws.
+   // The element of all frames, read while it is written. theDecompression is its own from then on; theTell is told
+   // what went wrong before it throws.
    static std::unique_ptr<VR> MakePixels(std::unique_ptr<Decompression> theDecompression,
                                          std::function<void(const RWCString&)> theTell = nullptr);
 

@@ -25,8 +25,9 @@ public:
 
    virtual ~FrameDecoder();
 
-   // Fills thePixels, which has the size of a frame: see SampleCells. Throws StreamIOException (TN_DECOMPRESSION_FAILED)
-   // with what is wrong with the frame: it is cut, contradicts the description, or is not of this compression.
+   // Fills thePixels, which has the size of a frame: see SampleCells. Throws StreamIOException
+   // (TN_DECOMPRESSION_FAILED) with what is wrong with the frame: it is cut, contradicts the description, or is not of
+   // this compression.
    virtual Colours Decode(std::span<const unsigned char> theFrame, std::span<unsigned char> thePixels) = 0;
 
 protected:

@@ -1,4 +1,5 @@
-// What a dataset says of its pixel data (PS3.3 C.7.6.3), as far as decoders need it, and how samples lie in native cells.
+// What a dataset says of its pixel data (PS3.3 C.7.6.3), as far as decoders need it, and how samples lie in native
+// cells.
 #pragma once
 
 #include <cstddef>
@@ -39,8 +40,8 @@ struct ImageDescription
 class SampleCells
 {
 public:
-   // thePixels has room for a frame. thePrecision is that of the codestream in bits. Samples that have no more than Bits
-   // Stored are cut and extended with their sign as Pixel Representation says; wider ones bring all their bits.
+   // thePixels has room for a frame. thePrecision is that of the codestream in bits. Samples that have no more than
+   // Bits Stored are cut and extended with their sign as Pixel Representation says; wider ones bring all their bits.
    SampleCells(const ImageDescription& theImage, unsigned int thePrecision, unsigned char* thePixels)
        : itsPixels(thePixels), itsCellSize(theImage.GetCellSize())
    {

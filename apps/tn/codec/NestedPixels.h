@@ -6,7 +6,7 @@
 
 class DICOMDataObject;
 
-// Makes compressed pixel data in the items of theObject, however deep, native, and what the items say of it true. An icon
-// that cannot be decompressed goes with its Icon Image Sequence (0088,0200), which nobody needs; for others
+// Makes compressed pixel data in the items of theObject, however deep, native, and what the items say of it true. An
+// icon that cannot be decompressed goes with its Icon Image Sequence (0088,0200), which nobody needs; for others
 // StreamIOException (TN_DECOMPRESSION_FAILED) is thrown.
 void DecompressNested(DICOMDataObject& theObject, const RWCString& theSyntaxUID);

@@ -38,6 +38,6 @@ void DecodeWhole(const InputTransferSyntax& theDecoder, const Part10InputStream&
    }
 }
 
-// A decoder ends quietly where its bytes end between two elements. Throws IncompleteDataset when that was not the end of
-// the dataset; theCount is the number of elements that were decoded.
+// A decoder ends quietly where its bytes end between two elements. Throws IncompleteDataset when that was not the end
+// of the dataset; theCount is the number of elements that were decoded.
 void CheckIsWhole(const InputTransferSyntax& theDecoder, Part10InputStream& theStream, std::size_t theCount);

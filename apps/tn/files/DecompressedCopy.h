@@ -1,5 +1,5 @@
-// Copies a dataset of a compressed transfer syntax into a native one, decompressed on the way. What stands in front of the
-// pixel data is in memory meanwhile, and one frame.
+// Copies a dataset of a compressed transfer syntax into a native one, decompressed on the way. What stands in front of
+// the pixel data is in memory meanwhile, and one frame.
 #pragma once
 
 #include <cstddef>

@@ -35,8 +35,8 @@ public:
    };
    const Counts& GetCounts() const { return itsCounts; }
 
-   // The directory with every offset in place, as it is to be written with GetSourceAETitle and this SOP instance UID in
-   // little endian explicit VR (see DICOMDirUtilities). Series stand in the order of their numbers, and so do their
+   // The directory with every offset in place, as it is to be written with GetSourceAETitle and this SOP instance UID
+   // in little endian explicit VR (see DICOMDirUtilities). Series stand in the order of their numbers, and so do their
    // instances. To be called once; throws std::runtime_error.
    std::unique_ptr<DICOMDataObject> Build(const std::string& theFileSetID, const RWCString& theSOPInstanceUID);
 

@@ -1,8 +1,8 @@
-// Prints the records of a media directory as the tree that their offsets make of them, one line a record: for people, or
-// as JSON objects with their depth.
+// Prints the records of a media directory as the tree that their offsets make of them, one line a record: for people,
+// or as JSON objects with their depth.
 //
-// Directories come from anywhere: offsets may lead nowhere, in circles or to one record from two. Each record is printed
-// once, in time and memory that grow with their number; files are named and not opened.
+// Directories come from anywhere: offsets may lead nowhere, in circles or to one record from two. Each record is
+// printed once, in time and memory that grow with their number; files are named and not opened.
 #pragma once
 
 #include <functional>

@@ -29,7 +29,8 @@ private:
    void DumpSets(InputFile& theFile);
    void DumpJson(const std::string& theName, InputFile& theFile);
 
-   // Into itsObject. Calls theShow when all of the dataset is there that can be read, and then throws when it is not whole.
+   // Into itsObject. Calls theShow when all of the dataset is there that can be read, and then throws when it is not
+   // whole.
    void Load(Part10InputStream& theStream, const std::function<void()>& theShow);
 
    void PrintSet(const DICOMDataObject& theSet);

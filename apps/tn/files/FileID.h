@@ -1,5 +1,5 @@
-// The names by which a media directory refers to its files (PS3.10 8.2): the components of a path from the folder of the
-// directory, which (0004,1500) lists.
+// The names by which a media directory refers to its files (PS3.10 8.2): the components of a path from the folder of
+// the directory, which (0004,1500) lists.
 #pragma once
 
 #include <string>

@@ -20,7 +20,8 @@ public:
 
    bool IsAtEnd() const { return itsFragment == itsLengths.size(); }
 
-   // The frame that begins here and ends where isInside(offset) is no longer true; at least one fragment if there is one.
+   // The frame that begins here and ends where isInside(offset) is no longer true; at least one fragment if there is
+   // one.
    template <class Condition>
    FragmentFrame Next(Condition isInside)
    {

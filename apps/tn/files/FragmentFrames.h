@@ -1,5 +1,5 @@
-// Frames of encapsulated pixel data as the offset table and the fragments tell them, whatever is inside: the way to frames
-// of transfer syntaxes whose codestreams nobody here understands, and to any frame without reading it.
+// Frames of encapsulated pixel data as the offset table and the fragments tell them, whatever is inside: the way to
+// frames of transfer syntaxes whose codestreams nobody here understands, and to any frame without reading it.
 #pragma once
 
 #include <functional>
@@ -18,8 +18,8 @@ struct FragmentFrame
    std::size_t itsCount;    // at least 1
 };
 
-// The lengths of the fragments that are still to come; their bytes are passed over. Throws IncompleteDataset when the file
-// ends inside one, and what the stream throws.
+// The lengths of the fragments that are still to come; their bytes are passed over. Throws IncompleteDataset when the
+// file ends inside one, and what the stream throws.
 std::vector<UINT32> ReadFragmentLengths(PixelDataFragmentInputStreamVR& thePixels);
 
 // Hands the frames to theAction, one after the other. Without a table (null) every frame has to be a fragment, or the

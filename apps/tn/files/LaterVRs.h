@@ -1,6 +1,6 @@
-// The value representations that joined the standard after those that the library decodes: OD, OL, OV, SV, UC, UR and UV
-// (PS3.5 6.2). In explicit VR they have a length of 32 bits, which the library takes for one of 16, and then reads the
-// rest of the dataset as nonsense.
+// The value representations that joined the standard after those that the library decodes: OD, OL, OV, SV, UC, UR and
+// UV (PS3.5 6.2). In explicit VR they have a length of 32 bits, which the library takes for one of 16, and then reads
+// the rest of the dataset as nonsense.
 //
 // Here such elements come out under the name of another representation whose header has the same form: texts as UT, the
 // others as UN. Their bytes and lengths are those of the source.

@@ -15,7 +15,8 @@ class VR;
 class PixelData
 {
 public:
-   // Throws as InputFile does, and IncompleteDataset when there is no pixel data or what stands before it cannot be read.
+   // Throws as InputFile does, and IncompleteDataset when there is no pixel data or what stands before it cannot be
+   // read.
    explicit PixelData(const std::string& theName);
    ~PixelData();
 
@@ -32,8 +33,8 @@ public:
    // What (0028,0008) says; 1 where it says nothing, or nothing that makes sense.
    INT32 GetNumberOfFrames() const;
 
-   // The size of a native frame in bytes, from rows, columns, samples and bits (PS3.3 C.7.6.3.1); 0 when the header does
-   // not tell it, or tells more than 64 bits can hold.
+   // The size of a native frame in bytes, from rows, columns, samples and bits (PS3.3 C.7.6.3.1); 0 when the header
+   // does not tell it, or tells more than 64 bits can hold.
    UINT64 GetNativeFrameSize() const;
 
 private:

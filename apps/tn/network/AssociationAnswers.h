@@ -14,8 +14,8 @@ std::string ExplainRejection(const PDU_Service& theService);
 // A line for each context that was offered: with what, and how it was answered.
 std::string ExplainContexts(const PDU_Service& theService);
 
-// How the peer answered the contexts for theSOPClass, on one line; those that offer theTransferSyntax only, unless it is
-// empty.
+// How the peer answered the contexts for theSOPClass, on one line; those that offer theTransferSyntax only, unless it
+// is empty.
 std::string ExplainClass(const PDU_Service& theService, const std::string& theSOPClass,
                          const std::string& theTransferSyntax);
 

@@ -1,5 +1,5 @@
-// The options that say whom a command calls, as whom and how patiently, in every command that requests an association; and
-// the calling. It sets defaults of the whole process: one requester a run.
+// The options that say whom a command calls, as whom and how patiently, in every command that requests an association;
+// and the calling. It sets defaults of the whole process: one requester a run.
 #pragma once
 
 #include <chrono>

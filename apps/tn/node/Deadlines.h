@@ -1,5 +1,5 @@
-// Ends the waits of connections whose time is over. A socket's own time-out starts again with every byte that comes, so that
-// a peer which sends one byte a minute would hold a thread for ever; a deadline does not move.
+// Ends the waits of connections whose time is over. A socket's own time-out starts again with every byte that comes, so
+// that a peer which sends one byte a minute would hold a thread for ever; a deadline does not move.
 //
 // One thread looks at all connections several times a second and sets the abort flags of the sockets that are late.
 #pragma once

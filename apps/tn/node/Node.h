@@ -30,8 +30,8 @@ public:
 
    int GetPort() const { return itsListener.GetListenPort(); }
 
-   // Serves until Stop. Then no more associations are accepted, idle ones end at once, and others have a moment to finish
-   // their message.
+   // Serves until Stop. Then no more associations are accepted, idle ones end at once, and others have a moment to
+   // finish their message.
    void Run();
 
    // From any thread, and from a signal handler.

@@ -1,4 +1,5 @@
-// A service that a node gives to its peers: Verification, Storage, ... One object serves one association, on its thread.
+// A service that a node gives to its peers: Verification, Storage, ... One object serves one association, on its
+// thread.
 #pragma once
 
 #include <functional>

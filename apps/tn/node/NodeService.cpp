@@ -64,7 +64,8 @@ void NodeService::ServeCommands(GuardedStream& theStream)
 }
 
 // The abstract syntax of the context tells whom a command is for: its SOP class may be another one where the abstract
-// syntax stands for several (PS3.4 H.3). A request to cancel comes too late: what it is about has been answered in full.
+// syntax stands for several (PS3.4 H.3). A request to cancel comes too late: what it is about has been answered in
+// full.
 bool NodeService::ServeCommand(DICOMCommandObject& theCommand)
 {
    UINT16 aField = 0;
@@ -148,8 +149,8 @@ void NodeService::OnUnreadableRequest(TNResultCode theCode)
    }
 }
 
-// The peer's first choice among those that the library decodes: it knows best which it need not convert into. None that is
-// compressed where the role has to look at what comes: an image to be printed has to come with its pixels.
+// The peer's first choice among those that the library decodes: it knows best which it need not convert into. None that
+// is compressed where the role has to look at what comes: an image to be printed has to come with its pixels.
 const TransferSyntaxItem* NodeService::GetPreferredTransferSyntax(const AbstractSyntaxSubItem& theAbstractSyntax,
                                                                   const TransferSyntaxCandidates& theCandidates)
 {

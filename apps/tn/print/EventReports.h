@@ -1,6 +1,6 @@
-// The events of printer and print jobs that a client is told of (PS3.4 H.4.5.2.1, H.4.6.2.1): one at a time, the next one
-// when the client has answered the one before (PS3.7 D.3.3.3: one operation at a time, unless more are negotiated). The
-// answers come when the client likes, between its requests.
+// The events of printer and print jobs that a client is told of (PS3.4 H.4.5.2.1, H.4.6.2.1): one at a time, the next
+// one when the client has answered the one before (PS3.7 D.3.3.3: one operation at a time, unless more are negotiated).
+// The answers come when the client likes, between its requests.
 #pragma once
 
 #include <deque>

@@ -151,7 +151,8 @@ FilmSheet::FilmSheet(const AbstractFilmBox& theFilmBox)
 // "14INX17IN", "24CMX30CM"; without one as the first.
 void FilmSheet::SetSize(const AbstractFilmBox& theFilmBox)
 {
-   const RWCString aSize = TextOf(theFilmBox, PrintTags::kFilmSize);
+   constexpr std::size_t kLongestText = 16; // of a CS (PS3.5 6.2)
+   const RWCString aSize = TextOf(theFilmBox, PrintTags::kFilmSize).substr(0, kLongestText);
    const std::vector<double> aNumbers = NumbersIn(aSize);
    double aWidth = 14;
    double aHeight = 17;

@@ -1,5 +1,6 @@
-// The picture of a printed sheet: its images where the display format has them (PS3.3 C.13.3), fit into their boxes, with
-// their polarity and their presentation LUT. Made to be looked at on a screen, which shows P-values as its own levels.
+// The picture of a printed sheet: its images where the display format has them (PS3.3 C.13.3), fit into their boxes,
+// with their polarity and their presentation LUT. Made to be looked at on a screen, which shows P-values as its own
+// levels.
 #pragma once
 
 #include <string>

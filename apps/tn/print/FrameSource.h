@@ -11,7 +11,8 @@
 class FrameSource
 {
 public:
-   // theFrame counts from 1. Throws IncompleteDataset or ExceptionBase when the file has no such frame that can be read.
+   // theFrame counts from 1. Throws IncompleteDataset or ExceptionBase when the file has no such frame that can be
+   // read.
    FrameSource(const std::string& thePath, UINT32 theFrame);
 
    const DICOMDataObject& GetHeader() const { return itsData.GetHeader(); }

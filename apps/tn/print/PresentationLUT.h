@@ -1,9 +1,9 @@
-// How the printer makes the levels of an image visible: the presentation LUT that the image box or else the film box refers
-// to (PS3.3 C.11.4), in front of a screen. A level is a sample as a fraction of the highest one, turned round where
-// photometric interpretation and polarity say so.
+// How the printer makes the levels of an image visible: the presentation LUT that the image box or else the film box
+// refers to (PS3.3 C.11.4), in front of a screen. A level is a sample as a fraction of the highest one, turned round
+// where photometric interpretation and polarity say so.
 //
 //    IDENTITY, none  the levels are P-values, equal steps for the eye: shown as they are
-//    LIN OD          the levels are optical densities, from Min Density, the brightest, to Max Density, which the eye sees
+//    LIN OD          the levels are optical densities from Min Density, the brightest, to Max Density, which the eye sees
 //                    as the standard display function says (PS3.14) on the lightbox
 //    INVERSE         as IDENTITY, with black and white exchanged
 //    a LUT           its entries are P-values; its range is spread over the levels of the image

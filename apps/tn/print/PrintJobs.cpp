@@ -33,13 +33,14 @@ const AbstractPrintJob& PrintJobs::Add(AbstractPrintManagementMeta& theSession, 
    aJob->SetSOPInstanceUID(MUIDFactory::GetInstance().GetUID());
    const std::string aNow = NowText();
    const std::string aPriority = TextOf(theSession, PrintTags::kPrintPriority);
+   const bool isKnown = aPriority == "LOW" || aPriority == "HIGH"; // others are kept with the session, and may be long
    const struct // PS3.3 C.13.8
    {
       UINT32 itsTag;
       UINT16 itsType;
       std::string itsText;
    } kAttributes[] = {
-       {PrintTags::kPrintPriority, VRCode::CS, aPriority.empty() ? "MED" : aPriority},
+       {PrintTags::kPrintPriority, VRCode::CS, isKnown ? aPriority : "MED"},
        {PrintTags::kExecutionStatus, VRCode::CS, "DONE"},
        {PrintTags::kExecutionStatusInfo, VRCode::CS, "NORMAL"},
        {PrintTags::kCreationDate, VRCode::DA, aNow.substr(0, 8)},

@@ -1,6 +1,6 @@
 // The print jobs that an association has made (PS3.4 H.4.5). A job is over when its client learns of it: films are
-// acknowledged once they are written. It can be asked for as long as the association lasts, also when the film session is
-// gone; of very many the last ones.
+// acknowledged once they are written. It can be asked for as long as the association lasts, also when the film session
+// is gone; of very many the last ones.
 #pragma once
 
 #include <deque>

@@ -1,5 +1,6 @@
-// The memory that all print sessions of a node have together, in bytes (AbstractPrintManagementMeta::GetMemoryUse). Each association has an
-// account: what its sessions hold, and while a data set is being read, as much as that may become.
+// The memory that all print sessions of a node have together, in bytes (AbstractPrintManagementMeta::GetMemoryUse).
+// Each association has an account: what its sessions hold, and while a data set is being read, as much as that may
+// become.
 #pragma once
 
 #include <condition_variable>
@@ -25,8 +26,8 @@ public:
       Account(const Account&) = delete;
       Account& operator=(const Account&) = delete;
 
-      // Reserves room for a data set. Waits for those that are being read, for a while; false when there is none all the
-      // same, or at once when what is held leaves none.
+      // Reserves room for a data set. Waits for those that are being read, for a while; false when there is none all
+      // the same, or at once when what is held leaves none.
       bool BeginReading();
 
       // The data set has been read, or not; theHeld is what the sessions hold now.

@@ -106,8 +106,8 @@ bool PrintRole::Accepts(const RWCString& theAbstractSyntax) const
    return std::find(std::begin(kAccepted), std::end(kAccepted), theAbstractSyntax) != std::end(kAccepted);
 }
 
-// Printer, print jobs and presentation LUTs have contexts of their own, which belong to no meta SOP class: the gray session
-// serves them where there is one.
+// Printer, print jobs and presentation LUTs have contexts of their own, which belong to no meta SOP class: the gray
+// session serves them where there is one.
 AbstractPrintManagementMeta& PrintRole::FindSession(const PDU_Service& theService)
 {
    const UsablePresentationContext* const aContext = theService.GetCurrentPresentationContext();

@@ -1,6 +1,6 @@
 // Print management (PS3.4 H) as a node gives it, gray and in colour, with presentation LUTs and print jobs: a film is
-// printed into a folder, and acknowledged once it is there. Clients are told when the printer's status changes, and those
-// that have a context for print jobs when theirs are done.
+// printed into a folder, and acknowledged once it is there. Clients are told when the printer's status changes, and
+// those that have a context for print jobs when theirs are done.
 #pragma once
 
 #include <memory>

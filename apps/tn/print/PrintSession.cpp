@@ -19,6 +19,7 @@ namespace
 using namespace PrintTags;
 
 // That may come in place of one answer: the question is asked again then.
+constexpr UINT64 kLongestAnswer = 16 << 20; // bytes: answers are a few attributes
 constexpr int kMostEvents = 8;
 
 void Put(DICOMObject& theObject, UINT32 theTag, UINT16 theType, const std::string& theText)
@@ -154,6 +155,7 @@ PrintSession::PrintSession(const Requester& theRequester, bool theIsColour, Prin
 {
    PutAll(itsMeta->Get(), theSession);
    Propose(theIsColour);
+   itsService.SetLongestDataset(kLongestAnswer);
    itsRequester.Associate(itsService, itsWatchdog);
    const char* const aClass = theIsColour ? PrintMetaSOPClass::kBasicColor : PrintMetaSOPClass::kBasicGrayscale;
    if (itsService.GetUsablePresentationContextID(UID(aClass)) == 0)
@@ -274,8 +276,8 @@ void PrintSession::SendFilm(const PrintAttributes& theFilm, Images theImages)
    aSent.DeleteAll(); // the printer has them
 }
 
-// An event report that comes in place of the answer to the creation of the film box ends that without the printer's image
-// boxes. The film box is made anew then: printed with the session, it would be an empty sheet.
+// An event report that comes in place of the answer to the creation of the film box ends that without the printer's
+// image boxes. The film box is made anew then: printed with the session, it would be an empty sheet.
 int PrintSession::WriteFilm(AbstractFilmBox& theFilm)
 {
    constexpr int kMostAttempts = 5;
@@ -332,8 +334,8 @@ std::string PrintSession::Print(bool theIsAll)
    return AskJob(aJob);
 }
 
-// Once more where an event report comes in place of the answer: what the printer has to tell of this job is out of the way
-// of the next film then.
+// Once more where an event report comes in place of the answer: what the printer has to tell of this job is out of the
+// way of the next film then.
 std::string PrintSession::AskJob(const UID& theJob)
 {
    DICOMDataObject anAnswer;

@@ -1,8 +1,8 @@
-// A print session with a printer (PS3.4 H as SCU): the association, one film at a time or all films at once, and what the
-// printer says meanwhile. Of a film, its images are in memory until the printer has them.
+// A print session with a printer (PS3.4 H as SCU): the association, one film at a time or all films at once, and what
+// the printer says meanwhile. Of a film, its images are in memory until the printer has them.
 //
-// The time-out of the requester is for each response. What ends the session early throws NetworkFailure, with the words of
-// the printer; the association has been aborted then.
+// The time-out of the requester is for each response. What ends the session early throws NetworkFailure, with the words
+// of the printer; the association has been aborted then.
 #pragma once
 
 #include <functional>
@@ -44,12 +44,12 @@ public:
    };
    Status AskPrinter();
 
-   // Sends a film with the attributes theFilm. What fits on it is the caller's affair: the printer fills the boxes in their
-   // order, and further ones stay empty.
+   // Sends a film with the attributes theFilm. What fits on it is the caller's affair: the printer fills the boxes in
+   // their order, and further ones stay empty.
    void SendFilm(const PrintAttributes& theFilm, Images theImages);
 
-   // Print the film that was sent last and forget it, or all that were sent. Return what is known of the print job, which
-   // may be nothing.
+   // Print the film that was sent last and forget it, or all that were sent. Return what is known of the print job,
+   // which may be nothing.
    std::string PrintFilm();
    std::string PrintAll();
 

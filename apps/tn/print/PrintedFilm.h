@@ -1,5 +1,5 @@
-// Films that the node has printed, a folder each: the attributes of session and film box, each image as a DICOM file, and a
-// picture of the sheet.
+// Films that the node has printed, a folder each: the attributes of session and film box, each image as a DICOM file,
+// and a picture of the sheet.
 #pragma once
 
 #include <string>
@@ -13,5 +13,6 @@ class AbstractFilmSession;
 std::vector<std::string> WritePrintedFilms(const std::string& theFolder, const AbstractFilmSession& theSession,
                                            const std::vector<const AbstractFilmBox*>& theFilmBoxes);
 
-// Removes what a process that was killed meanwhile has left in theFolder: hidden folders that are more than an hour old.
+// Removes what a process that was killed meanwhile has left in theFolder: hidden folders that are more than an hour
+// old.
 void RemoveUnfinishedFilms(const std::string& theFolder);

@@ -1,5 +1,5 @@
-// The printer that a node is: the folder of its films, how it is, and the memory of its print sessions. All associations
-// share it. Any thread.
+// The printer that a node is: the folder of its films, how it is, and the memory of its print sessions. All
+// associations share it. Any thread.
 #pragma once
 
 #include <semaphore>
@@ -15,8 +15,8 @@ class AbstractFilmSession;
 class Printer
 {
 public:
-   // The folder exists; what a printer that was ended in the middle of a print has left there is removed. theMemory is in
-   // bytes.
+   // The folder exists; what a printer that was ended in the middle of a print has left there is removed. theMemory is
+   // in bytes.
    Printer(std::string theName, std::string theFolder, UINT64 theMemory);
 
    // PS3.3 C.13.9, with the event that reports it (PS3.4 H.4.6.2.2).

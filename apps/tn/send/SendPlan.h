@@ -1,9 +1,8 @@
 // What is to be proposed for files that are to be sent (PS3.8 7.1.1.13): a presentation context for what each file is.
 //
-// A compressed file has one in its own transfer syntax and, if it may be decompressed, one that offers the native ones. A
-// native one has one in its own, so that its bytes can go as
-// they are, and one that offers the other native syntaxes, in case the peer does not take that. What does not fit into
-// the contexts of one association goes into further ones.
+// A compressed file has one in its own transfer syntax and, if it may be decompressed, one that offers the native ones.
+// A native one has one in its own, so that its bytes can go as they are, and one that offers the other native syntaxes,
+// in case the peer does not take that. What does not fit into the contexts of one association goes into further ones.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// What became of each file that was to be sent: on standard error for those that went wrong, as long as it is not always
-// the same, in the report file for all, and in sums. Of any thread.
+// What became of each file that was to be sent: on standard error for those that went wrong, as long as it is not
+// always the same, in the report file for all, and in sums. Of any thread.
 #pragma once
 
 #include <chrono>
