@@ -18,8 +18,9 @@ namespace
 {
 using namespace PrintTags;
 
+constexpr UINT64 kLongestAnswer = 16 << 20; // bytes: it is a few attributes
+
 // That may come in place of one answer: the question is asked again then.
-constexpr UINT64 kLongestAnswer = 16 << 20; // bytes: answers are a few attributes
 constexpr int kMostEvents = 8;
 
 void Put(DICOMObject& theObject, UINT32 theTag, UINT16 theType, const std::string& theText)
