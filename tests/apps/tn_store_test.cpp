@@ -263,7 +263,7 @@ TEST_F(TnStore, AStartRepairsWhatAnUncleanEndLeft)
    }
    EXPECT_EQ(FilesIn(Archive()), (std::set<std::string>{"1.2/1.2.3/1.6.dcm", "1.2/1.2.3/1.7.dcm",
                                                         "damaged/1.2,1.2.3,1.7.dcm", "damaged/1.2,1.2.3,1.8.dcm"}));
-   EXPECT_EQ(Tn("index --check '" + Archive() + "'").itsOutput, "2 instances indexed\n");
+   EXPECT_EQ(Tn("index --json --check '" + Archive() + "'").itsOutput, "{\"indexed\":2,\"leftOut\":0}\n");
 }
 
 TEST_F(TnStore, CommandsLearnWhatCameFromTheirEnvironmentOnly)

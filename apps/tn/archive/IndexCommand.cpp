@@ -8,6 +8,7 @@
 #include "apps/tn/archive/ArchiveFolder.h"
 #include "apps/tn/base/Dictionaries.h"
 #include "apps/tn/base/ExitCode.h"
+#include "apps/tn/base/JsonWriter.h"
 #include "apps/tn/base/Progress.h"
 #include "apps/tn/base/SystemFailure.h"
 #include "talvenor/foundation/OneLine.h"
@@ -17,10 +18,11 @@ namespace fs = std::filesystem;
 IndexCommand::IndexCommand(CLI::App& theProgram)
     : Command(theProgram, "index", "Make the index of a folder that tn serve keeps instances in anew")
 {
-   itsOptions.add_option("folder", itsFolder, "The folder that tn serve --store was told")
+   itsOptions.add_option("FOLDER", itsFolder, "The folder that tn serve --store was told")
        ->required()
        ->check(CLI::ExistingDirectory);
    itsOptions.add_flag("--check", itsReadsWhole, "Read every file to its end");
+   itsOptions.add_flag("--json", itsIsJson, "The result as one JSON object");
    itsOptions.footer("The index is replaced when all files have been read; files that cannot be read are named, left "
                      "where they are and left out.\n\n"
                      "Example:\n  tn index /var/lib/archive");
@@ -92,7 +94,22 @@ int IndexCommand::Rebuild(const ArchiveFolder& theFolder) const
    }
    aRemove(aPath); // nobody uses it: the folder is locked
    fs::rename(aNewPath, aPath);
-   std::cout << aCount << " instances indexed"
-             << (aFaults != 0 ? ", " + std::to_string(aFaults) + " files left out" : "") << "\n";
+   Tell(aCount, aFaults);
    return aFaults != 0 ? ExitCode::kSomeFailed : ExitCode::kDone;
+}
+
+void IndexCommand::Tell(std::int64_t theCount, std::size_t theFaults) const
+{
+   if (itsIsJson)
+   {
+      JsonWriter aJson(std::cout);
+      aJson.BeginObject();
+      aJson.Number("indexed", theCount);
+      aJson.Number("leftOut", theFaults);
+      aJson.EndObject();
+      std::cout << "\n";
+      return;
+   }
+   std::cout << theCount << " instances indexed"
+             << (theFaults != 0 ? ", " + std::to_string(theFaults) + " files left out" : "") << "\n";
 }

@@ -1,6 +1,9 @@
 // tn index: makes the index of an archive anew from its files.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "apps/tn/base/Command.h"
 
 class ArchiveFolder;
@@ -13,7 +16,9 @@ public:
 
 private:
    int Rebuild(const ArchiveFolder& theFolder) const;
+   void Tell(std::int64_t theCount, std::size_t theFaults) const;
 
    std::string itsFolder;
    bool itsReadsWhole = false;
+   bool itsIsJson = false;
 };
