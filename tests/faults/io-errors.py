@@ -388,7 +388,8 @@ def main():
     parser.add_argument("tn")
     parser.add_argument("what", nargs="*", default=["errors", "locked", "memory", "order", "slow"])
     parser.add_argument("--moments", type=int, default=150, help="of each row of memory")
-    parser.add_argument("--folder", default=None, help="where to work; the usual place for temporary files")
+    parser.add_argument("--folder", default="/dev/shm" if os.access("/dev/shm", os.W_OK) else None,
+                        help="where to work; in memory, as no fault needs a real disk")
     arguments = parser.parse_args()
     failed = sum({"errors": errors, "locked": locked, "memory": memory, "order": order, "slow": slow}[name](arguments)
                  for name in arguments.what)
