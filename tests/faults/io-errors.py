@@ -358,6 +358,9 @@ def slow(arguments):
             bench.empty()
             bench.start("--max-associations", "100")
             folders = [bench.make((20000,) * 4) for _ in range(senders)]
+            begin = time.monotonic()
+            bench.echo()
+            limit = 1 + 5 * (time.monotonic() - begin)  # the machine may be busy with something else
             bench.control.sync_microseconds = 200000
             begin = time.monotonic()
             processes = [subprocess.Popen([bench.tn, "send", "-r", f"ANY@127.0.0.1:{bench.node.port}", folder],
@@ -374,7 +377,7 @@ def slow(arguments):
             bench.disarm()
             bench.acknowledged |= set(bench.data_sets)
             faults += [f"a sender ended with {code}" for code in codes if code]
-            faults += ["an echo took a second"] if max(echoes) > 1 else []
+            faults += [f"an echo took more than {limit:.1f} s"] if max(echoes) > limit else []
             faults += bench.restart(signal.SIGTERM) + bench.faults()
             print(f"fsync of 200 ms, {senders} senders of 4 instances, each a series of its own: {seconds:.1f} s, "
                   f"{4 * senders / seconds:.1f} instances/s, slowest echo {max(echoes) * 1000:.0f} ms; {len(faults)} faults "
