@@ -304,7 +304,7 @@ TEST(TnSend, TellsWhatAPeerDoesWrong)
       const char* itsText;
       const char* itsReceived; // types of PDUs
    } kCases[] = {
-       {"as it should be", {anAccepted, anAnswer(1, aSuccess), ReleaseResponse()}, 0, "1 sent; 0.0 MB", "145"},
+       {"as it should be", {anAccepted, anAnswer(1, aSuccess), ReleaseResponse()}, 0, "1 sent; ", "145"},
        {"rejected", {Rejection('\1', '\1', '\7')}, 6, "called AE title not recognized", "1"},
        {"answer to another message",
         {anAccepted, anAnswer(7, aSuccess)},
@@ -369,7 +369,7 @@ TEST(TnSend, NamesWhatItLeavesOut)
        Tn("send --dry-run PEER@127.0.0.1:1 '" + Sample("us-jpeg.dcm") + "' '" + Sample("us-jpeg.dcm") + "'");
    EXPECT_EQ(aPlan.itsCode, 0) << aPlan.itsErrors;
    EXPECT_TRUE(Contains(aPlan.itsErrors, "us-jpeg.dcm: it was named before and is sent once")) << aPlan.itsErrors;
-   EXPECT_TRUE(Contains(aPlan.itsOutput, "association 1 with PEER@127.0.0.1:1: 1 files, ")) << aPlan.itsOutput;
+   EXPECT_TRUE(Contains(aPlan.itsOutput, "association 1 with PEER@127.0.0.1:1: 1 file, ")) << aPlan.itsOutput;
 }
 
 TEST(TnSend, EndsWithASummaryWhenItIsInterrupted)

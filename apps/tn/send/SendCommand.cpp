@@ -290,7 +290,8 @@ void SendCommand::ShowPlan() const
    {
       const SendBatch& aBatch = itsBatches[i];
       std::cout << "association " << i + 1 << " with " << itsRequester.GetPeer().Text() << ": "
-                << aBatch.itsFiles.size() << " files, " << SizeOf(itsFiles, aBatch.itsFiles) << " bytes\n";
+                << aBatch.itsFiles.size() << (aBatch.itsFiles.size() == 1 ? " file, " : " files, ")
+                << SizeOf(itsFiles, aBatch.itsFiles) << " bytes\n";
       unsigned int anID = 1;
       for (const SendContext& aContext : aBatch.itsContexts)
       {

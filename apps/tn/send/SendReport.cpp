@@ -15,6 +15,15 @@ constexpr const char* kNames[] = {"sent", "warning", "failed", "skipped", "not s
 // What the sums call them.
 constexpr const char* kSumNames[] = {"sent", "with warnings", "failed", "skipped", "not sent"};
 
+std::string SizeText(double theBytes)
+{
+   constexpr double kMega = 1e6;
+   char aText[32];
+   theBytes < kMega ? std::snprintf(aText, sizeof aText, "%.1f kB", theBytes / 1e3)
+                    : std::snprintf(aText, sizeof aText, "%.1f MB", theBytes / kMega);
+   return aText;
+}
+
 // What several lines say, on one.
 std::string Line(std::string theText)
 {
@@ -181,9 +190,9 @@ std::string SendReport::Summary() const
       return aText;
    }
    const std::size_t aStored = Count(Outcome::Sent) + Count(Outcome::Warning);
+   const auto aBytes = static_cast<double>(itsBytes);
    char aFigures[160];
-   std::snprintf(aFigures, sizeof aFigures, "; %.1f MB in %.2f s, %.1f MB/s, %.0f files/s",
-                 static_cast<double>(itsBytes) / 1e6, aSeconds, static_cast<double>(itsBytes) / 1e6 / aSeconds,
-                 static_cast<double>(aStored) / aSeconds);
+   std::snprintf(aFigures, sizeof aFigures, "; %s in %.2f s, %s/s, %.0f files/s", SizeText(aBytes).c_str(), aSeconds,
+                 SizeText(aBytes / aSeconds).c_str(), static_cast<double>(aStored) / aSeconds);
    return aText + aFigures;
 }
