@@ -13,11 +13,11 @@
 
 namespace
 {
-// No file of that name is left by an earlier process: the folder is emptied when a node starts.
+// One process at a time makes files there, and empties the folder when it starts.
 std::string NextName()
 {
    static std::atomic<unsigned long> aNumber = 0;
-   return std::to_string(::getpid()) + "-" + std::to_string(aNumber++);
+   return std::to_string(aNumber++);
 }
 } // namespace
 

@@ -3,7 +3,9 @@
 #include <chrono>
 #include <cstdio>
 #include <new>
+#include <optional>
 #include <thread>
+#include <utility>
 
 #include "apps/tn/archive/Archive.h"
 #include "apps/tn/archive/Notices.h"
@@ -249,25 +251,26 @@ void StoreRole::Receive(PDU_Service& theService, const DICOMCommandObject& theCo
 
    anInstance.itsTransferSyntax = theInput.GetTransferSyntaxType().GetUID();
    anInstance.itsSize = aFile.GetSize();
-   if (!itsArchive.Keep(aFile, aStart, anInstance))
+   const std::optional<InstanceKeys> aKeys =
+       itsNotices != nullptr ? std::optional(anInstance.itsKeys) : std::nullopt; // many texts, seldom wanted
+   if (!itsArchive.Keep(aFile, aStart, std::move(anInstance)))
    {
       ++itsKnown;
       return;
    }
    ++itsStored;
-   Tell(theService, anInstance);
+   if (aKeys)
+   {
+      Tell(theService, *aKeys);
+   }
 }
 
-void StoreRole::Tell(const PDU_Service& theService, const IndexedInstance& theInstance) const
+void StoreRole::Tell(const PDU_Service& theService, const InstanceKeys& theKeys) const
 {
-   if (itsNotices != nullptr)
-   {
-      const InstanceKeys& aKeys = theInstance.itsKeys;
-      const StoredPath aPath = StoredPath::Of(aKeys);
-      itsNotices->Tell({aKeys[Key::kStudy], aKeys[Key::kSeries], aKeys[Key::kSOPInstance], aKeys[Key::kSOPClass],
-                        itsArchive.GetFullPath(aPath.GetText()), itsArchive.GetFullPath(aPath.GetUpperFolder()),
-                        theService.GetRemoteAddress()});
-   }
+   const StoredPath aPath = StoredPath::Of(theKeys);
+   itsNotices->Tell({theKeys[Key::kStudy], theKeys[Key::kSeries], theKeys[Key::kSOPInstance], theKeys[Key::kSOPClass],
+                     itsArchive.GetFullPath(aPath.GetText()), itsArchive.GetFullPath(aPath.GetUpperFolder()),
+                     theService.GetRemoteAddress()});
 }
 
 int StoreRole::Answer(PDU_Service& theService, const DICOMCommandObject& theCommand, const StoreRefusal* theRefusal)

@@ -9,9 +9,9 @@
 
 class Archive;
 class InputTransferSyntax;
+class InstanceKeys;
 class Notices;
 class StoreRefusal;
-struct IndexedInstance;
 
 class StoreRole : public NodeRole
 {
@@ -51,7 +51,7 @@ private:
 
    void Store(PDU_Service& theService, const DICOMCommandObject& theCommand, InputTransferSyntax& theInput);
    void Receive(PDU_Service& theService, const DICOMCommandObject& theCommand, InputTransferSyntax& theInput);
-   void Tell(const PDU_Service& theService, const IndexedInstance& theInstance) const;
+   void Tell(const PDU_Service& theService, const InstanceKeys& theKeys) const;
    int Answer(PDU_Service& theService, const DICOMCommandObject& theCommand, const StoreRefusal* theRefusal);
    void LogRefusal(const PDU_Service& theService, const DICOMCommandObject& theCommand, const StoreRefusal& theRefusal);
 
