@@ -22,6 +22,7 @@
 #include "apps/tn/send/SendCommand.h"
 #include "apps/tn/serve/ServeCommand.h"
 #include "talvenor/foundation/TNXInitializer.h"
+#include "talvenor/ul/UserInformationItem.h"
 
 namespace
 {
@@ -63,6 +64,7 @@ int Run(int theCount, char** theArguments)
       return aProgram.exit(anError) == 0 ? ExitCode::kDone : ExitCode::kWrongUse;
    }
    TNXInitializer::SetDefaultFileBufferSize(kFileBuffer);
+   UserInformationItem::SetOthersPassedOver(1); // peers may tell who their user is
    for (const std::unique_ptr<Command>& aCommand : aCommands)
    {
       if (aCommand->IsChosen())

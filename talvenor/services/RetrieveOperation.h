@@ -7,6 +7,8 @@
 #include "talvenor/services/QueryAnswer.h"
 #include "talvenor/services/StandardRetrieve.h"
 
+class InputStream;
+class OutputStream;
 class OutputTransferSyntax;
 class RunTimeClassStorage;
 
@@ -64,6 +66,7 @@ private:
    bool IsOpened(const DICOMDataObject* theMatch, Instance& theInstance);
    bool Connect(const DICOMDataObject* theMatch, Instance& theInstance);
    bool Send(const DICOMDataObject* theMatch, Instance& theInstance, RunTimeClassStorage& theStorage);
+   void SendStored(InputStream& theDataset, OutputStream& theOutput);
    void SendDataset(Instance& theInstance, OutputTransferSyntax& theOutput);
    void SendDecompressed(Instance& theInstance, OutputTransferSyntax& theOutput, VR& thePixels);
    bool TakeAnswer(const Instance& theInstance, RunTimeClassStorage& theStorage);

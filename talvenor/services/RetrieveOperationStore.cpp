@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <memory>
 #include <new>
 
@@ -10,6 +11,9 @@
 #include "talvenor/foundation/AETitle.h"
 #include "talvenor/foundation/Exceptions.h"
 #include "talvenor/foundation/StreamIOException.h"
+#include "talvenor/io/IOBuffer.h"
+#include "talvenor/io/InputStream.h"
+#include "talvenor/io/OutputStream.h"
 #include "talvenor/pixel/PixelDataFragmentInputStreamVR.h"
 #include "talvenor/services/RetrieveOperation.h"
 #include "talvenor/services/StorageClasses.h"
@@ -123,11 +127,26 @@ bool RetrieveOperation::Send(const DICOMDataObject* theMatch, Instance& theInsta
 {
    try
    {
-      OutputTransferSyntax& anOutput = theStorage.GetDatasetOutputTransferSyntax(
-          itsStoreService, theInstance.itsContext.GetPresentationContextID(), theInstance.itsSOPClass,
-          theInstance.itsSOPInstance, kNoOriginatorMessage, AETitle());
+      const bool isAsStored =
+          theInstance.itsContext.GetTransferSyntaxUID().ToString() == theInstance.itsSourceSyntax->GetUID();
+      const std::unique_ptr<InputStream> aStored(isAsStored ? itsRetrieve.OpenStoredDataset() : nullptr);
+      const unsigned char aContextID = theInstance.itsContext.GetPresentationContextID();
+      const UID aClass(theInstance.itsSOPClass);
+      const UID anInstance(theInstance.itsSOPInstance);
+      OutputStream* aStream = nullptr;
+      OutputTransferSyntax* anEncoder = nullptr;
+      if (aStored)
+      {
+         aStream = &theStorage.GetDatasetOutputStream(itsStoreService, aContextID, aClass, anInstance,
+                                                      kNoOriginatorMessage, AETitle());
+      }
+      else
+      {
+         anEncoder = &theStorage.GetDatasetOutputTransferSyntax(itsStoreService, aContextID, aClass, anInstance,
+                                                                kNoOriginatorMessage, AETitle());
+      }
       Tell(itsStoreService, Progress::StoreRequestSent, theInstance.itsHeader);
-      SendDataset(theInstance, anOutput);
+      aStored ? SendStored(*aStored, *aStream) : SendDataset(theInstance, *anEncoder);
       theInstance.itsInput.reset();
       theStorage.FinishDatasetTransmission();
       return true;
@@ -140,6 +159,24 @@ bool RetrieveOperation::Send(const DICOMDataObject* theMatch, Instance& theInsta
                              TNResult::Describe(itsStoreService.GetResultCode());
    EndStoreAssociation();
    return Fail(theMatch, aReason);
+}
+
+// In pieces of the size that the destination takes.
+void RetrieveOperation::SendStored(InputStream& theDataset, OutputStream& theOutput)
+{
+   constexpr unsigned int kMost = 262144; // bytes; the destination may have no limit
+   const unsigned int aSize = std::min(theOutput.GetMaximumOutputBlockSize(), kMost);
+   for (;;)
+   {
+      auto aPiece = std::make_unique<IOBuffer>(aSize);
+      const unsigned int aCount = theDataset.ReadFully(aPiece->GetCopyInPointer(), aSize);
+      if (aCount == 0)
+      {
+         return;
+      }
+      aPiece->SetBytesCopiedIn(aCount);
+      theOutput.Write(aPiece.release());
+   }
 }
 
 void RetrieveOperation::SendDataset(Instance& theInstance, OutputTransferSyntax& theOutput)

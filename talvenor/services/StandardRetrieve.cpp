@@ -73,6 +73,11 @@ int StandardRetrieve::GetUID(UID& theUID) const
    return uGetUID(theUID);
 }
 
+InputStream* StandardRetrieve::OpenStoredDataset()
+{
+   return nullptr;
+}
+
 void StandardRetrieve::CMoveServiceProgressCallback(PDU_Service&, const DICOMObject&, unsigned int, UINT16,
                                                     const RWCString&, CMoveProgressType)
 {}

@@ -14,7 +14,7 @@
 //
 // An instance passes from its file to the destination element by element; only what comes before its pixel data is
 // held. It is sent in the syntax in which it is stored, or decompressed when the destination takes that in no
-// compressed form.
+// compressed form. A host may have its bytes sent as they are stored: OpenStoredDataset.
 //
 // Write and Read return non-zero for success and 0 for failure, with the cause in PDU_Service::GetResultCode; none ends
 // the association of the C-MOVE of itself. No data: an object serves any number of operations one after the other, and
@@ -29,6 +29,7 @@
 #include "talvenor/services/QueryProgress.h"
 
 class DICOMObject;
+class InputStream;
 class InputTransferSyntax;
 class PixelDataFragmentInputStreamVR;
 class RetrieveOperation;
@@ -104,6 +105,12 @@ public:
    // Hook of the provider: where theDestinationTitle is, and as whom to call it. Non-zero when it is known.
    virtual int GetMoveDestination(const RWCString& theDestinationTitle, RWCString& theCallingTitle, RWCString& theHost,
                                   RWCString& thePort) = 0;
+
+   // An addition: the dataset of the instance that RetrieveHeader has opened last, as it is stored, from its first byte
+   // on, when the destination takes the syntax in which it is stored; the stream is the caller's. Its bytes are sent as
+   // they are then, and theInput of RetrieveHeader is not read on. A stream that ends before the dataset does has to
+   // throw. Null, as the base has it, for an instance that is decoded and encoded anew.
+   virtual InputStream* OpenStoredDataset();
 
    // Asks, and hands every response to the callback until one is final. 1 when that tells success; a warning, which
    // says that some instances failed, is 0. After 0 more responses may be on their way, unless the callback was told

@@ -241,15 +241,21 @@ public:
    }
 
    // Reads sub-items in any order until the length is used up. One that goes on behind it ends in a length mismatch.
+   // theOthers, which may be null, reads those of other types; without it they are refused.
    template <class Owner, std::size_t N>
-   int SubItemsByType(Owner& theOwner, const SubItemRow<Owner> (&theRows)[N], const SubItemTexts& theTexts)
+   int SubItemsByType(Owner& theOwner, const SubItemRow<Owner> (&theRows)[N], const SubItemTexts& theTexts,
+                      const SubItemRow<Owner>* theOthers = nullptr)
    {
       while (GetBytesLeft() > 0)
       {
          const unsigned char aType = ReadSubItemType(theTexts);
-         const auto* const aRow = std::find_if(std::begin(theRows), std::end(theRows),
-                                               [=](const auto& theRow) { return theRow.itsType == aType; });
+         const auto* aRow = std::find_if(std::begin(theRows), std::end(theRows),
+                                         [=](const auto& theRow) { return theRow.itsType == aType; });
          if (aRow == std::end(theRows))
+         {
+            aRow = theOthers;
+         }
+         if (aRow == nullptr)
          {
             RefuseSubItem(theTexts);
          }

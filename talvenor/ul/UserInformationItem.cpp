@@ -4,6 +4,8 @@
 
 #include "talvenor/ul/ULItemBodies.h"
 
+constinit std::atomic<int> UserInformationItem::itsOthersArePassedOver = 0;
+
 bool UserInformationItem::operator==(const UserInformationItem& theOther) const
 {
    return std::tie(itsMax, itsClass, itsVersion, itsRoles) ==
@@ -57,6 +59,7 @@ int UserInformationItem::Fields(UserInformationItem& theItem, FieldReader& theRe
         "::ReadDynamic: EOF while reading ImplementationVersionNameSubItem subitem"},
        {0x56, kPassOver, "::ReadDynamic: EOF while reading ExtendedSOPClassNegotiation subitem"},
    };
+   static constexpr SubItemRow<Owner> kOthers = {0, kPassOver, "::ReadDynamic: EOF while reading an unknown subitem"};
    constexpr SubItemTexts kTexts = {"::ReadDynamic: EOF while reading subitem type",
                                     "::ReadDynamic: unknown subitem received", true};
 
@@ -64,7 +67,7 @@ int UserInformationItem::Fields(UserInformationItem& theItem, FieldReader& theRe
    const UINT16 aLength = theItem.itsItemLength;
    theItem = UserInformationItem();
    theItem.itsItemLength = aLength;
-   return theReader.SubItemsByType(theItem, kRows, kTexts);
+   return theReader.SubItemsByType(theItem, kRows, kTexts, GetOthersPassedOver() ? &kOthers : nullptr);
 }
 
 // The reserved byte, the length and the body of a sub-item that is not looked at.

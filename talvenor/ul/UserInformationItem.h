@@ -3,8 +3,10 @@
 // selections.
 //
 // On receipt the asynchronous operations window (53H) and SOP class extended negotiation (56H) are passed over;
-// sub-items of any other type are refused with TN_INVALID_ITEM.
+// sub-items of any other type are refused with TN_INVALID_ITEM, or passed over too: see SetOthersPassedOver.
 #pragma once
+
+#include <atomic>
 
 #include "talvenor/ul/ImplementationClassUIDSubItem.h"
 #include "talvenor/ul/ImplementationVersionNameSubItem.h"
@@ -44,12 +46,19 @@ public:
    const OwnedList<SCPSCURoleSelectSubItem>& GetSCPSCURoleList() const { return itsRoles; }
    UINT32 GetIgnoredSubItemsLength() const { return itsIgnoredLength; }
 
+   // An addition: whether sub-items of types that this class does not know, such as those of user identity (58H), are
+   // passed over, as PS3.8 9.3.1 wants it. Of the whole process, off at first; any thread.
+   static int GetOthersPassedOver() { return itsOthersArePassedOver.load(std::memory_order_relaxed); }
+   static void SetOthersPassedOver(int theFlag) { itsOthersArePassedOver = theFlag; }
+
 private:
    friend class ULItem<UserInformationItem>;
    template <class Self, class Visitor>
    static int Fields(Self& theItem, Visitor& theVisitor);
    static int Fields(UserInformationItem& theItem, FieldReader& theReader);
    int ReadIgnored(PDUInputStream& theStream);
+
+   static std::atomic<int> itsOthersArePassedOver;
 
    UINT32 itsIgnoredLength = 0;
    MaximumLengthSubItem itsMax;

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "support/Elements.h"
+#include "support/FileBytes.h"
 #include "support/ServedNode.h"
 #include "talvenor/dataset/SequenceVR.h"
 
@@ -191,6 +192,27 @@ TEST_F(TnAnswers, MovesWhatIsAskedForToWhomItKnows)
       return aText.substr(aText.find("/\t0008")); // behind the meta information
    };
    EXPECT_EQ(aDatasetOf(itsFolder.File("destination/1.5/1.5.1/1.2.5.dcm")), aDatasetOf(itsFolder.File("1.2.5")));
+}
+
+// What the encoder does not write, or writes otherwise: a text of 40000 bytes with a length of 16 bits, a representation
+// that the library does not know, a private element without a creator, a sequence of defined length.
+TEST_F(TnAnswers, MovesTheBytesThatAreStored)
+{
+   const std::string aDataset =
+       ShortElement(Bytes("\x08\x00\x16\x00"), "UI", kSecondaryCapture + std::string(1, '\0')) +
+       ShortElement(Bytes("\x08\x00\x18\x00"), "UI", "1.2.77") + Bytes("\x08\x00\x19\x01UC\0\0\x02\0\0\0ab") +
+       Bytes("\x08\x00\x15\x11SQ\0\0\x08\0\0\0\xFE\xFF\x00\xE0\0\0\0\0") +
+       ShortElement(Bytes("\x09\x00\x01\x10"), "LO", "alone ") +
+       ShortElement(Bytes("\x20\x00\x0D\x00"), "UI", Bytes("1.77\0\0").substr(0, 4)) +
+       ShortElement(Bytes("\x20\x00\x0E\x00"), "UI", "1.77.1") +
+       ShortElement(Bytes("\x06\x30\x50\x00"), "DS", std::string(40000, '1'));
+   WriteFile(itsFolder.File("contours"), FileHeader(kExplicitLittle) + aDataset);
+   const ServedNode aDestination({"--aet", "DEST", "--store", itsFolder.File("destination"), "--fsync", "none"});
+   std::ofstream(itsPeers) << "DEST@127.0.0.1:" << aDestination.Port() << "\n";
+   ASSERT_EQ(Ask("send", "", itsFolder.File("contours")).itsCode, 0);
+   const Outcome aMove = Ask("move --to DEST", "--study 1.77");
+   EXPECT_EQ(aMove.itsCode, 0) << aMove.itsErrors << aMove.itsOutput;
+   EXPECT_TRUE(ReadFile(itsFolder.File("destination/1.77/1.77.1/1.2.77.dcm")).ends_with(aDataset));
 }
 
 TEST(TnWorklist, AnswersFromTheFolderAsItIs)

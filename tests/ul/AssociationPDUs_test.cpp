@@ -416,3 +416,24 @@ TEST(AssociationPDUs, DumpsNameCodesAndSpoilNoLog)
                  aLine("SCP Role:", "0 Not Proposed/Rejected"));
 }
 } // namespace
+
+// PS3.8 9.3.1: user identity (58H) and what comes after it.
+TEST(AssociationPDUs, UnknownUserInformationIsPassedOverWhereTheHostWantsIt)
+{
+   struct Guard
+   {
+      Guard() { UserInformationItem::SetOthersPassedOver(1); }
+      ~Guard() { UserInformationItem::SetOthersPassedOver(0); }
+   } const aGuard;
+   PeerBytes aPeer(PDUOf(1, AssociateFields() + User(ItemOfPDU(0x51, Bytes(4)) + ItemOfPDU(0x58, Bytes(40)) + kRole)));
+   AAssociateRQPDU aRequest;
+   unsigned int aCount = 0;
+   ASSERT_EQ(aRequest.Read(aPeer.Stream(), aCount), 1);
+   EXPECT_EQ(aRequest.GetUserInformationItem().GetIgnoredSubItemsLength(), 43U);
+   EXPECT_EQ(aRequest.GetUserInformationItem().GetSCPSCURoleList().size(), 1U);
+
+   PeerBytes aLiar(PDUOf(1, AssociateFields() + User(ItemOfPDU(0x58, Bytes(40), 41))) + kNextPDU);
+   EXPECT_EQ(
+       StreamErrorOf([&] { aRequest.Read(aLiar.Stream(), aCount); }),
+       (StreamError{"UserInformationItem::ReadDynamic: EOF while reading an unknown subitem", TN_END_OF_FILE, 0}));
+}

@@ -7,8 +7,11 @@
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/base/ValueText.h"
 #include "apps/tn/codec/Decompression.h"
+#include "apps/tn/files/DatasetChecks.h"
 #include "apps/tn/files/LaterVRs.h"
+#include "apps/tn/files/StoredDataset.h"
 #include "apps/tn/node/GuardedStream.h"
+#include "apps/tn/send/SendFile.h"
 #include "talvenor/association/PDU_Service.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/VR.h"
@@ -139,7 +142,8 @@ int ArchiveRetrieve::RetrieveHeader(const DICOMDataObject* theMatch, DICOMDataOb
    theMatch->GetScratchpadValue(kPath, aPath);
    try
    {
-      auto aFile = std::make_unique<WithLaterVRs<Part10FileInputStream>>(itsArchive.GetFullPath(aPath));
+      itsPath = itsArchive.GetFullPath(aPath);
+      auto aFile = std::make_unique<WithLaterVRs<Part10FileInputStream>>(itsPath);
       aFile->BeginDataset();
       itsFile = std::move(aFile);
       theSize = itsFile->GetFileSize();
@@ -160,6 +164,26 @@ int ArchiveRetrieve::RetrieveHeader(const DICOMDataObject* theMatch, DICOMDataOb
    {
       itsReason = ErrorText(anException);
       return kFailed;
+   }
+}
+
+// What is stored goes as it came, unless it must not: values of odd length, and elements of a command, are mended by the
+// encoder. Of a file that is not whole the decoder says why.
+InputStream* ArchiveRetrieve::OpenStoredDataset()
+{
+   try
+   {
+      const SendFile aFile = LookAtFile(itsPath);
+      const bool canGo = !aFile.itsIsIrregular && aFile.GetDatasetSize() % 2 == 0;
+      return canGo ? new StoredDataset(itsPath, aFile.itsDatasetStart, aFile.itsDatasetEnd) : nullptr;
+   }
+   catch (const IncompleteDataset&)
+   {
+      return nullptr;
+   }
+   catch (const ExceptionBase&)
+   {
+      return nullptr;
    }
 }
 

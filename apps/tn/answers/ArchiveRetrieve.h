@@ -45,6 +45,7 @@ public:
    int uGetUID(UID& theUID) const override;
    int GetMoveDestination(const RWCString& theDestinationTitle, RWCString& theCallingTitle, RWCString& theHost,
                           RWCString& thePort) override;
+   InputStream* OpenStoredDataset() override;
 
    // Whether the request was answered with a refusal, which is no failure of the association.
    bool HasRefused() const { return itsHasRefused; }
@@ -60,7 +61,8 @@ private:
    GuardedStream* itsStream; // of the C-MOVE
    std::function<void(const std::string&)> itsLog;
    std::function<void(bool)> itsReached;
-   std::unique_ptr<Part10InputStream> itsFile; // that is being sent
+   std::string itsPath;                        // of the instance that is being sent
+   std::unique_ptr<Part10InputStream> itsFile; // and its file
    bool itsHasRefused = false;
    bool itsIsAnnounced = false; // the instance, to the destination
    std::string itsReason;       // why it cannot be
