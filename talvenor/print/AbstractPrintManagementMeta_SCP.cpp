@@ -84,6 +84,7 @@ const AbstractPrintManagementMeta::Service* AbstractPrintManagementMeta::FindSer
        {PrintSOPClass::kFilmBox, {&kNCreate, &kNSet, &kNAction, &kNDelete}, &Meta::ReadFilmBoxRequest},
        {PrintSOPClass::kGrayscaleImageBox, {&kNSet}, &Meta::ReadImageBoxRequest},
        {PrintSOPClass::kColorImageBox, {&kNSet}, &Meta::ReadImageBoxRequest},
+       {PrintSOPClass::kStandardColorImageBox, {&kNSet}, &Meta::ReadImageBoxRequest},
        {PrintSOPClass::kReferencedImageBox, {&kNSet}, &Meta::ReadImageBoxRequest},
        {PrintSOPClass::kAnnotationBox, {&kNSet}, &Meta::ReadAnnotationBoxRequest},
        {PrintSOPClass::kVOILUTBox, {&kNCreate, &kNSet, &kNDelete}, &Meta::ReadStandaloneBoxRequest},

@@ -34,6 +34,7 @@ struct ImageKind
 constexpr ImageKind kKinds[] = {
     {PrintSOPClass::kGrayscaleImageBox, 0x0110, 1, {"MONOCHROME1", "MONOCHROME2"}},
     {PrintSOPClass::kColorImageBox, 0x0111, 3, {"RGB", "RGB"}},
+    {PrintSOPClass::kStandardColorImageBox, 0x0111, 3, {"RGB", "RGB"}},
 };
 
 PrintAnswer Invalid(UINT16 theGroup, UINT16 theElement, const char* theComment)

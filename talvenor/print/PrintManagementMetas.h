@@ -46,6 +46,11 @@ class TALVENOR_API BasicColorPrintManagementMeta
     : public PrintManagementMetaOf<BasicColorImageBox, PrintMetaSOPClass::kBasicColor>
 {};
 
+// An addition: the same with the image boxes of PS3.6, which printers and clients of other makers have.
+class TALVENOR_API StandardColorPrintManagementMeta
+    : public PrintManagementMetaOf<StandardColorImageBox, PrintMetaSOPClass::kBasicColor>
+{};
+
 class TALVENOR_API ReferencedGrayscalePrintManagementMeta
     : public PrintManagementMetaOf<ReferencedImageBox, PrintMetaSOPClass::kReferencedGrayscale>
 {

@@ -13,7 +13,7 @@ namespace PrintSOPClass
 inline constexpr char kFilmSession[] = "1.2.840.10008.5.1.1.1";
 inline constexpr char kFilmBox[] = "1.2.840.10008.5.1.1.2";
 inline constexpr char kGrayscaleImageBox[] = "1.2.840.10008.5.1.1.4";
-inline constexpr char kColorImageBox[] = "1.2.840.10008.5.1.4.1";
+inline constexpr char kColorImageBox[] = "1.2.840.10008.5.1.4.1"; // see kStandardColorImageBox
 inline constexpr char kReferencedImageBox[] = "1.2.840.10008.5.1.4.2";
 inline constexpr char kAnnotationBox[] = "1.2.840.10008.5.1.1.15";
 inline constexpr char kVOILUTBox[] = "1.2.840.10008.5.1.1.22";
@@ -22,6 +22,9 @@ inline constexpr char kImageOverlayBox[] = "1.2.840.10008.5.1.1.24";
 inline constexpr char kPrintOverlayBox[] = "1.2.840.10008.5.1.1.24.1";
 inline constexpr char kPrinter[] = "1.2.840.10008.5.1.1.16";
 inline constexpr char kPrintJob[] = "1.2.840.10008.5.1.1.14";
+
+// An addition: the Basic Color Image Box as PS3.6 has it. kColorImageBox lacks a part of it.
+inline constexpr char kStandardColorImageBox[] = "1.2.840.10008.5.1.1.4.1";
 } // namespace PrintSOPClass
 
 template <class Messages, const char* SOPClass>
@@ -42,6 +45,8 @@ class TALVENOR_API BasicFilmBox : public PrintMessagesOf<StandardFilm, PrintSOPC
 class TALVENOR_API BasicGrayscaleImageBox : public PrintMessagesOf<StandardBox, PrintSOPClass::kGrayscaleImageBox>
 {};
 class TALVENOR_API BasicColorImageBox : public PrintMessagesOf<StandardBox, PrintSOPClass::kColorImageBox>
+{};
+class TALVENOR_API StandardColorImageBox : public PrintMessagesOf<StandardBox, PrintSOPClass::kStandardColorImageBox>
 {};
 class TALVENOR_API ReferencedImageBox : public PrintMessagesOf<StandardBox, PrintSOPClass::kReferencedImageBox>
 {};

@@ -101,8 +101,9 @@ public:
       }
       itsService.RequestAssociation(
           SocketDULStreamFactory::GetInstance().GetConnectedDULStream("127.0.0.1", theNode.Port().c_str()));
-      for (const char* const aPart : {PrintSOPClass::kFilmSession, PrintSOPClass::kFilmBox, PrintSOPClass::kPrinter,
-                                      PrintSOPClass::kGrayscaleImageBox, PrintSOPClass::kColorImageBox})
+      for (const char* const aPart :
+           {PrintSOPClass::kFilmSession, PrintSOPClass::kFilmBox, PrintSOPClass::kPrinter,
+            PrintSOPClass::kGrayscaleImageBox, PrintSOPClass::kColorImageBox, PrintSOPClass::kStandardColorImageBox})
       {
          itsService.AddAbstractSyntaxAlias(UID(aPart), UID(PrintMetaSOPClass::kBasicGrayscale));
       }
@@ -149,9 +150,10 @@ public:
    {
       return Run([&] { return GetImageBox()->Write(itsService, theBox, *theChanges, *this); });
    }
+   template <class Messages = StandardColorImageBox>
    int SetColorImage(const UID& theBox, std::unique_ptr<DICOMDataObject> theChanges)
    {
-      return Run([&] { return BasicColorImageBox().Write(itsService, theBox, *theChanges, *this); });
+      return Run([&] { return Messages().Write(itsService, theBox, *theChanges, *this); });
    }
    int SetFilm(const UID& theFilm, const std::string& theFormat)
    {
@@ -411,6 +413,8 @@ TEST_F(TnPrint, RefusesWhatIsWrongAndPrintsWhatIsThere)
        {"colours", [&] { return aSet({.itsPhotometric = "RGB"}); }, 0x0106},
        {"third place of two", [&] { return aClient.SetImage(aFirst, Box({}, "3")); }, 0x0106},
        {"colour image box", [&] { return aClient.SetColorImage(aFirst, Box({})); }, 0x0122},
+       {"colour image box of another UID", [&] { return aClient.SetColorImage<BasicColorImageBox>(aFirst, Box({})); },
+        0x0122},
        {"print of another's film", [&] { return aClient.PrintFilm(anOther.itsFilm); }, 0x0112},
        {"print of an image box", [&] { return aClient.PrintFilm(aFirst); }, 0x0112},
        {"deletion of another's film", [&] { return aClient.DeleteFilm(anOther.itsFilm); }, 0x0112},

@@ -91,7 +91,7 @@ private:
 PrintRole::PrintRole(std::shared_ptr<Printer> thePrinter)
     : itsPrinter(std::move(thePrinter)), itsMemory(itsPrinter->GetMemory()), itsToldStatus(itsPrinter->GetStatus()),
       itsGraySession(std::make_unique<Session<BasicGrayscalePrintManagementMeta>>(*this)),
-      itsColorSession(std::make_unique<Session<BasicColorPrintManagementMeta>>(*this))
+      itsColorSession(std::make_unique<Session<StandardColorPrintManagementMeta>>(*this))
 {}
 
 PrintRole::~PrintRole() = default;

@@ -145,7 +145,7 @@ std::unique_ptr<PrintSession::Meta> PrintSession::Meta::New(PrintSession& theSes
 {
    if (theIsColour)
    {
-      return std::make_unique<Of<BasicColorPrintManagementMeta>>(theSession);
+      return std::make_unique<Of<StandardColorPrintManagementMeta>>(theSession);
    }
    return std::make_unique<Of<BasicGrayscalePrintManagementMeta>>(theSession);
 }
