@@ -468,10 +468,12 @@ def rows_before_association(rows, node):
     row("N10 maximum of 3 bytes", "sub-item of length 3", information(item(0x51, b"\0\0\1")), REFUSED)
 
     role = struct.pack(">H", 17) + VERIFICATION + b"\1\1"
-    for name, kind, body in (("role", 0x54, b"\xff\xff" + role[2:]), ("role, short", 0x54, b"\0\5" + role[2:]),
-                             ("common extended", 0x57, b"\xff\xff1.2"), ("identity", 0x58, b"\1\0\xff\xffme")):
-        row("N11 " + name, "inner length lies", information(maximum(0), item(kind, body)), REFUSED)
-    for name, kind in (("window", 0x53), ("extended", 0x56)):
+    for name, body in (("role", b"\xff\xff" + role[2:]), ("role, short", b"\0\5" + role[2:])):
+        row("N11 " + name, "inner length lies", information(maximum(0), item(0x54, body)), REFUSED)
+    for name, kind, body in (("common extended", 0x57, b"\xff\xff1.2"), ("identity", 0x58, b"\1\0\xff\xffme")):
+        row("N11 " + name, "inner length lies, which nobody reads", information(maximum(0), item(kind, body)) + ECHO +
+            RELEASE, echoed)
+    for name, kind in (("window", 0x53), ("extended", 0x56), ("identity", 0x58)):
         row("N11 " + name, "longer than the item around it", information(maximum(0), item(kind, b"\0\1\0\1", 400)),
             REFUSED)
 
