@@ -32,25 +32,25 @@ quietly() {
 RELEASE=$(. /etc/os-release && echo "$VERSION_CODENAME")
 quietly "a Debian of its own ($RELEASE)" mmdebstrap --variant=minbase --include=g++,pkg-config "$RELEASE" "$DEBIAN"
 mount -t proc proc "$DEBIAN/proc" 2> /dev/null || true   # not everybody may; nothing here needs it
-mkdir "$DEBIAN/packages" "$DEBIAN/store" "$DEBIAN/work"
+mkdir "$DEBIAN/packages" "$DEBIAN/store" "$DEBIAN/trial"
 cp "$PACKAGES"/*.deb "$DEBIAN/packages"
-cp "$ROOT/examples/storage-scp.cpp" "$ROOT"/data/samples/*.dcm "$DEBIAN/work"
-inside bash -c 'find / -xdev -not -path "/work/*" -not -path "/var/*" | sort' > "$WORK/before"
+cp "$ROOT/examples/storage-scp.cpp" "$ROOT"/data/samples/*.dcm "$DEBIAN/trial"
+inside bash -c 'find / -xdev -not -path "/trial/*" -not -path "/var/*" | sort' > "$WORK/before"
 
 quietly "apt installs the packages" inside bash -c 'apt-get update && apt-get install -y --no-install-recommends /packages/*.deb'
-quietly "tn shows a file" inside bash -c 'tn dump /work/ct-explicit.dcm | grep "Patient.s Name"'
+quietly "tn shows a file" inside bash -c 'tn dump /trial/ct-explicit.dcm | grep "Patient.s Name"'
 quietly "tn has a manual and completions" \
    inside test -s /usr/share/man/man1/tn-dump.1.gz -a -s /usr/share/bash-completion/completions/tn
 quietly "pkg-config tells what the storage example needs" \
-   inside bash -c 'g++ -std=c++20 /work/storage-scp.cpp $(pkg-config --cflags --libs talvenor) -pthread -o /work/storage-scp'
+   inside bash -c 'g++ -std=c++20 /trial/storage-scp.cpp $(pkg-config --cflags --libs talvenor) -pthread -o /trial/storage-scp'
 
-inside /work/storage-scp "$PORT" /store > "$WORK/node.log" 2>&1 & NODE=$!
+inside /trial/storage-scp "$PORT" /store > "$WORK/node.log" 2>&1 & NODE=$!
 for _ in {1..100}; do
    if (exec 3<> "/dev/tcp/127.0.0.1/$PORT") 2> /dev/null; then break; fi
    sleep 0.05
 done
 quietly "storescu sends it a study" \
-   storescu -aec ARCHIVE 127.0.0.1 "$PORT" "$DEBIAN/work/ct-explicit.dcm" "$DEBIAN/work/sr-implicit.dcm"
+   storescu -aec ARCHIVE 127.0.0.1 "$PORT" "$DEBIAN/trial/ct-explicit.dcm" "$DEBIAN/trial/sr-implicit.dcm"
 COUNT=$(find "$DEBIAN/store" -name '*.dcm' | wc -l)
 [ "$COUNT" -eq 2 ] || fail "$COUNT files are kept, not 2"
 for FILE in "$DEBIAN"/store/*.dcm; do
@@ -59,7 +59,7 @@ done
 
 quietly "the bills of materials are true" "$ROOT/tools/check-sbom.py" "$DEBIAN/usr"
 quietly "apt removes the packages" inside apt-get purge -y --autoremove tn talvenor-dictionaries libtalvenor-dev libtalvenor1
-inside bash -c 'find / -xdev -not -path "/work/*" -not -path "/var/*" | sort' > "$WORK/after"
+inside bash -c 'find / -xdev -not -path "/trial/*" -not -path "/var/*" | sort' > "$WORK/after"
 LEFT=$(comm -13 "$WORK/before" "$WORK/after" | grep -i -e talvenor -e '/tn\b' || true)
 [ -z "$LEFT" ] || fail "left behind: $LEFT"
 ok "nothing is left"

@@ -167,8 +167,8 @@ int ArchiveRetrieve::RetrieveHeader(const DICOMDataObject* theMatch, DICOMDataOb
    }
 }
 
-// What is stored goes as it came, unless it must not: values of odd length, and elements of a command, are mended by the
-// encoder. Of a file that is not whole the decoder says why.
+// What is stored goes as it came, unless it must not: values of odd length, and elements of a command, are mended by
+// the encoder. What is wrong with a file that is not whole, or cannot be read, the decoder says.
 InputStream* ArchiveRetrieve::OpenStoredDataset()
 {
    try
