@@ -87,8 +87,9 @@ TEST(LaterVRs, GoOnUnderTheNameOfAnEarlierOneOfTheSameForm)
    }
 }
 
-TEST(LaterVRs, NumbersInBigEndianAreRefused)
+TEST(LaterVRs, WhatCannotGoOnIsRefused)
 {
+   EXPECT_THROW(ReadAll(Bytes("\x72\x00\x73\x00OD\0\0") + kUndefined + kItem, kExplicit, 1000, 0), StreamIOException);
    EXPECT_THROW(ReadAll(Bytes("\0\x72\0\x73OD\0\0\0\0\0\x08\1\2\3\4\5\6\7\x8"), kBigEndian, 1000, 0),
                 StreamIOException);
 }

@@ -166,6 +166,10 @@ void LaterVRStream::TakeElement()
       std::memcpy(itsHeader + 4, isText ? "UT" : "UN", 2);
    }
    const UINT32 aLength = Length32(8);
+   if (isLater && aLength == kUndefined) // as UN it would become a sequence
+   {
+      throw StreamIOException("a value of VR OD, OL, OV, SV, UC, UR or UV has no length", TN_INVALID_ENCODING, 0);
+   }
    if (aLength != kUndefined)
    {
       itsValue = aVR == VRCode::SQ ? 0 : aLength;

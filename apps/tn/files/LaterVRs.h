@@ -14,7 +14,8 @@
 // The dataset that another stream delivers, from its first element on. What has a 16-bit length all the same, as the
 // library writes it, stays as it is. Skips are those of the source, so that pixels are not read to be passed over.
 //
-// Throws StreamIOException for numbers in big endian: as UN nobody would know how to turn them around.
+// Throws StreamIOException for values of undefined length, and for numbers in big endian: as UN nobody would know how
+// to turn them around.
 class LaterVRStream : public InputStream
 {
 public:
