@@ -1,7 +1,6 @@
 # Checks what no compiler checks: cmake -DFOLDERS="platform;foundation;..." -DROOT=... -P HouseRules.cmake
-#    A folder of the library includes itself and the folders below it.
+#    A folder of the library includes itself and the folders below it. So does one of the program.
 #    Only platform includes headers of the operating system.
-#    So does a folder of the program, in the order below.
 #    talvenor.h has every header that exports something, but for platform's and those that say that they are internal.
 set(FAULTS "")
 file(READ ${ROOT}/talvenor/talvenor.h UMBRELLA)

@@ -34,7 +34,9 @@ const AbstractPrintJob& PrintJobs::Add(AbstractPrintManagementMeta& theSession, 
    const std::string aNow = NowText();
    const std::string aPriority = TextOf(theSession, PrintTags::kPrintPriority);
    const bool isKnown = aPriority == "LOW" || aPriority == "HIGH"; // others are kept with the session, and may be long
-   const struct                                                    // PS3.3 C.13.8
+
+   // PS3.3 C.13.8
+   const struct
    {
       UINT32 itsTag;
       UINT16 itsType;
