@@ -1,8 +1,8 @@
 #include "apps/tn/print/PrintJobs.h"
 
 #include <algorithm>
-#include <ctime>
 
+#include "apps/tn/base/LocalTime.h"
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/base/ValueText.h"
 #include "apps/tn/print/PrintTags.h"
@@ -11,27 +11,13 @@
 #include "talvenor/foundation/MUIDFactory.h"
 #include "talvenor/print/AbstractPrintManagementMeta.h"
 
-namespace
-{
-// Date and time, without anything between them.
-std::string NowText()
-{
-   const std::time_t aNow = std::time(nullptr);
-   std::tm aTime{};
-   localtime_r(&aNow, &aTime);
-   char aText[32];
-   std::strftime(aText, sizeof aText, "%Y%m%d%H%M%S", &aTime);
-   return aText;
-}
-} // namespace
-
 const AbstractPrintJob& PrintJobs::Add(AbstractPrintManagementMeta& theSession, const std::string& thePrinter,
                                        const std::string& theOriginator)
 {
    auto aJob = std::make_unique<AbstractPrintJob>(theSession);
    aJob->SetSOPClassUID(PrintSOPClass::kPrintJob);
    aJob->SetSOPInstanceUID(MUIDFactory::GetInstance().GetUID());
-   const std::string aNow = NowText();
+   const std::string aNow = LocalTimeText("%Y%m%d%H%M%S");
    const std::string aPriority = TextOf(theSession, PrintTags::kPrintPriority);
    const bool isKnown = aPriority == "LOW" || aPriority == "HIGH"; // others are kept with the session, and may be long
 

@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <deque>
 #include <filesystem>
 #include <iterator>
@@ -16,6 +15,7 @@
 #include <unistd.h>
 
 #include "apps/tn/base/Descriptor.h"
+#include "apps/tn/base/LocalTime.h"
 #include "apps/tn/base/SystemFailure.h"
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/print/FilmSheet.h"
@@ -139,16 +139,6 @@ void SaveLUTs(const AbstractFilmBox& theFilmBox, const std::string& theFolder)
    }
 }
 
-std::string TimeText()
-{
-   const std::time_t aNow = std::time(nullptr);
-   std::tm aTime{};
-   localtime_r(&aNow, &aTime);
-   char aText[32];
-   std::strftime(aText, sizeof aText, "%Y%m%d-%H%M%S", &aTime);
-   return aText;
-}
-
 // Has what stands there, a file or a folder with its names, on the disk.
 void Synchronise(const std::string& thePath)
 {
@@ -233,7 +223,7 @@ std::vector<std::string> WritePrintedFilms(const std::string& theFolder, const A
       FilmSheet(*aFilmBox).Write(aFolder.GetPath() + "/sheet.png");
       aFolder.SynchroniseAll();
    }
-   const std::string aStem = theFolder + "/film-" + TimeText();
+   const std::string aStem = theFolder + "/film-" + LocalTimeText("%Y%m%d-%H%M%S");
    for (FolderInTheMaking& aFolder : aFolders)
    {
       aFolder.Name(aStem);
