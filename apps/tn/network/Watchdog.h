@@ -9,6 +9,9 @@
 //
 // Begin and End cost no system call: the thread behind it looks at the clock several times a second. It also ends the
 // waits, a little later, when the user interrupts the program (Interruption.h).
+//
+// For a client, which has one thing under way at a time, over whatever sockets it takes, and wants to know whether it
+// was the limit that ended it. A node has many connections, each with a deadline of its own: Deadlines.h.
 #pragma once
 
 #include <atomic>

@@ -2,6 +2,9 @@
 // that a peer which sends one byte a minute would hold a thread for ever; a deadline does not move.
 //
 // One thread looks at all connections several times a second and sets the abort flags of the sockets that are late.
+//
+// For a node, whose connections come and go, are idle or at work, and are ended with it. A client, which has one thing
+// under way and wants to know why it failed, has a Watchdog (Watchdog.h).
 #pragma once
 
 #include <atomic>
