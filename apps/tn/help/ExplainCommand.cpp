@@ -14,7 +14,6 @@
 #include "apps/tn/base/JsonWriter.h"
 #include "apps/tn/base/Tags.h"
 #include "apps/tn/network/StatusText.h"
-#include "talvenor/dataset/CommandSetTexts.h"
 #include "talvenor/dictionary/MDataDictionary.h"
 #include "talvenor/dictionary/MUIDDictionary.h"
 #include "talvenor/foundation/OneLine.h"
@@ -124,7 +123,8 @@ std::optional<Answer> ExplainUID(const std::string& theWord)
    return anAnswer;
 }
 
-// Hexadecimal digits without what people write around them; empty for anything else.
+// Hexadecimal digits without what people write around them, and the first of a repeating group for all of it (60xx,3000);
+// empty for anything else.
 std::string DigitsOf(const std::string& theWord)
 {
    std::string aDigits;
@@ -133,6 +133,10 @@ std::string DigitsOf(const std::string& theWord)
       if (std::isxdigit(static_cast<unsigned char>(aCharacter)))
       {
          aDigits += aCharacter;
+      }
+      else if (aCharacter == 'x' || aCharacter == 'X')
+      {
+         aDigits += '0';
       }
       else if (std::string_view("(),").find(aCharacter) == std::string_view::npos)
       {
@@ -211,20 +215,29 @@ std::optional<Answer> ExplainStatus(const std::string& theWord)
       return std::nullopt;
    }
    const auto aStatus = static_cast<UINT16>(std::strtoul(aDigits.c_str(), nullptr, 16));
+   if (!IsListedStatus(aStatus))
+   {
+      return std::nullopt;
+   }
    const std::string aStore = DescribeStatus(StatusService::Storage, aStatus);
    const std::string aFind = DescribeStatus(StatusService::Find, aStatus);
    const std::string aMove = DescribeStatus(StatusService::Move, aStatus);
-   const std::string anyOther(StatusText(aStatus));
+   const std::string anyOther = DescribeStatus(StatusService::Any, aStatus);
+   const bool isOne = aStore == anyOther && aFind == anyOther && aMove == anyOther;
    return Answer{
-       "C-STORE  " + aStore + "\nC-FIND   " + aFind + "\nC-MOVE   " + aMove + "\nothers   " + anyOther,
+       isOne ? "any service  " + anyOther
+             : "C-STORE  " + aStore + "\nC-FIND   " + aFind + "\nC-MOVE   " + aMove + "\nothers   " + anyOther,
        {{"status", aDigits}, {"C-STORE", aStore}, {"C-FIND", aFind}, {"C-MOVE", aMove}, {"others", anyOther}}};
 }
 
+// Keywords are names without their blanks: CT Image Storage is CTImageStorage.
 std::optional<Answer> Explain(const std::string& theWord)
 {
+   std::string aWord = theWord;
+   std::erase(aWord, ' ');
    for (const auto anExplain : {ExplainRepresentation, ExplainUID, ExplainTag, ExplainStatus})
    {
-      if (std::optional<Answer> anAnswer = anExplain(theWord))
+      if (std::optional<Answer> anAnswer = anExplain(aWord))
       {
          return anAnswer;
       }
@@ -276,7 +289,8 @@ int ExplainCommand::Run()
       {
          std::cout.flush();
          std::cerr << OnOneLine("tn explain: " + aWord +
-                                ": not known as UID, tag (gggg,eeee), keyword, status (four hexadecimal digits) or VR")
+                                ": not known as UID, tag (gggg,eeee), keyword (PatientName), status (four "
+                                "hexadecimal digits) or VR; capitals count")
                    << "\n";
          aResult = ExitCode::kSomeFailed;
       }

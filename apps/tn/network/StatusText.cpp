@@ -17,8 +17,8 @@ struct StatusRow
    const char* itsText;
 };
 
-// What the services add to the general statuses of PS3.7 annex C, which the library has texts for. Single numbers stand
-// before the range that they are in.
+// What the services add to the general statuses of PS3.7 annex C, which the library has texts for but for a few. Single
+// numbers stand before the range that they are in.
 constexpr StatusRow kRows[] = {
     {StatusService::Storage, 0x0000, 0x0000, "stored"},
     {StatusService::Storage, 0xA700, 0xA7FF, "refused: out of resources"},
@@ -43,6 +43,9 @@ constexpr StatusRow kRows[] = {
     {StatusService::Move, 0xC000, 0xCFFF, "failed: unable to process"},
     {StatusService::Move, 0xFE00, 0xFE00, "cancelled"},
     {StatusService::Move, 0xFF00, 0xFF00, "pending"},
+    {StatusService::Any, 0x0001, 0x0001, "warning: optional attributes that were asked for are not supported"},
+    {StatusService::Any, 0x0123, 0x0123, "no such action"},
+    {StatusService::Any, 0x0124, 0x0124, "refused: not authorized"},
 };
 
 // PS3.7 C.1.1 to C.3: the classes of status by their numbers; what is none of these is a failure.
@@ -59,10 +62,37 @@ constexpr KindRow kKinds[] = {
     {0xFF00, 0xFF01, StatusKind::Pending},
 };
 
+const StatusRow* FindRow(StatusService theService, UINT16 theStatus)
+{
+   const auto aRow = std::find_if(std::begin(kRows), std::end(kRows), [&](const StatusRow& theRow) {
+      return theRow.itsService == theService && theStatus >= theRow.itsFirst && theStatus <= theRow.itsLast;
+   });
+   return aRow != std::end(kRows) ? aRow : nullptr;
+}
+
+// Whether the library has a text for it. 7FFF is the status of nothing.
+bool HasGeneralText(UINT16 theStatus)
+{
+   return StatusText(theStatus) != StatusText(0x7FFF);
+}
+
+// "Refused: Out of resources." as part of a sentence; "SOP class" stays.
 std::string GeneralText(UINT16 theStatus)
 {
+   if (!HasGeneralText(theStatus))
+   {
+      return "a status that the standard does not list";
+   }
    std::string aText(StatusText(theStatus));
-   aText[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(aText[0])));
+   const std::size_t aColon = aText.find(": ");
+   for (const std::size_t aBegin : {std::size_t{0}, aColon == std::string::npos ? 0 : aColon + 2})
+   {
+      if (std::islower(static_cast<unsigned char>(aText[aBegin + 1])))
+      {
+         aText[aBegin] = static_cast<char>(std::tolower(static_cast<unsigned char>(aText[aBegin])));
+      }
+   }
+   aText.resize(aText.find_last_not_of('.') + 1);
    return aText;
 }
 } // namespace
@@ -77,12 +107,18 @@ StatusKind KindOfStatus(UINT16 theStatus)
 
 std::string DescribeStatus(StatusService theService, UINT16 theStatus)
 {
-   const auto aRow = std::find_if(std::begin(kRows), std::end(kRows), [&](const StatusRow& theRow) {
-      return theRow.itsService == theService && theStatus >= theRow.itsFirst && theStatus <= theRow.itsLast;
-   });
+   const StatusRow* aRow = FindRow(theService, theStatus);
+   aRow = aRow != nullptr ? aRow : FindRow(StatusService::Any, theStatus);
    char aNumber[16];
    std::snprintf(aNumber, sizeof aNumber, " (%04XH)", unsigned{theStatus});
-   return (aRow != std::end(kRows) ? aRow->itsText : GeneralText(theStatus)) + aNumber;
+   return (aRow != nullptr ? aRow->itsText : GeneralText(theStatus)) + aNumber;
+}
+
+bool IsListedStatus(UINT16 theStatus)
+{
+   return HasGeneralText(theStatus) || std::any_of(std::begin(kRows), std::end(kRows), [=](const StatusRow& theRow) {
+             return theStatus >= theRow.itsFirst && theStatus <= theRow.itsLast;
+          });
 }
 
 bool IsOutOfResources(UINT16 theStatus)
