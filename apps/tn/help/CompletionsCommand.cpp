@@ -119,6 +119,8 @@ void WriteBash(const CLI::App& theProgram)
    std::cout << "# bash completion for tn\n_tn() {\n"
                 "   local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]} command= word\n"
                 "   COMPREPLY=()\n"
+                "   # --level=image comes as three words\n"
+                "   if [[ $cur == = ]]; then cur=; elif [[ $prev == = ]]; then prev=${COMP_WORDS[COMP_CWORD-2]}; fi\n"
                 "   for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
                 "      case \"$command $word\" in\n";
    VisitCommands(theProgram, "", [](const CLI::App& theCommand, const std::string& theName) {
@@ -163,22 +165,41 @@ std::string ZshFunction(const std::string& theName)
    return aName;
 }
 
+// In quotes for a shell.
+std::string Quote(std::string theText)
+{
+   for (std::size_t aQuote = 0; (aQuote = theText.find('\'', aQuote)) != std::string::npos; aQuote += 4)
+   {
+      theText.replace(aQuote, 1, "'\\''");
+   }
+   return "'" + theText + "'";
+}
+
 void WriteZshOption(const Completion& theOption)
 {
    const std::string aDescription = Escape(theOption.itsDescription, "[]:\\");
    for (const std::string& aName : theOption.itsNames)
    {
-      std::string aText = aName + "[" + aDescription + "]";
+      const bool isLongWithValue = theOption.itsHasValue && aName.starts_with("--"); // --level image, --level=image
+      std::string aText = aName + (isLongWithValue ? "=[" : "[") + aDescription + "]";
       if (theOption.itsHasValue)
       {
          aText += ":value:" + (theOption.itsChoices.empty() ? "_files" : "(" + Join(theOption.itsChoices) + ")");
       }
-      for (std::size_t aQuote = 0; (aQuote = aText.find('\'', aQuote)) != std::string::npos; aQuote += 4)
-      {
-         aText.replace(aQuote, 1, "'\\''");
-      }
-      std::cout << " \\\n      '" << aText << "'";
+      std::cout << " \\\n      " << Quote(aText);
    }
+}
+
+// ((send\:"Send files" serve\:"Be a node")).
+std::string ZshCommands(const std::vector<const CLI::App*>& theCommands)
+{
+   std::string aText;
+   for (const CLI::App* aCommand : theCommands)
+   {
+      aText += (aText.empty() ? "" : " ") + aCommand->get_name() + "\\:\"" +
+               Escape(aCommand->get_description(), "\\\":$`") + "\"";
+   }
+   return "((" + aText + "))";
 }
 
 void WriteZsh(const CLI::App& theProgram)
@@ -197,7 +218,7 @@ void WriteZsh(const CLI::App& theProgram)
          std::cout << " \\\n      '*:file:_files'\n}\n";
          return;
       }
-      std::cout << " \\\n      '1:command:(" << JoinNames(theCommand) << ")' '*::argument:->argument'\n"
+      std::cout << " \\\n      " << Quote("1:command:" + ZshCommands(aCommands)) << " '*::argument:->argument'\n"
                 << "   if [[ $state == argument ]]; then\n      case $line[1] in\n";
       for (const CLI::App* aCommand : aCommands)
       {
@@ -209,21 +230,34 @@ void WriteZsh(const CLI::App& theProgram)
    std::cout << "_tn \"$@\"\n";
 }
 
+// Where the options and the inner commands of theName belong: "dicomdir list" has seen both words.
+std::string FishCondition(const std::string& theName)
+{
+   std::string aText;
+   std::istringstream aWords(theName);
+   for (std::string aWord; aWords >> aWord;)
+   {
+      aText += (aText.empty() ? "" : "; and ") + ("__fish_seen_subcommand_from " + aWord);
+   }
+   return aText.empty() ? "__fish_use_subcommand" : aText;
+}
+
 void WriteFish(const CLI::App& theProgram)
 {
    std::cout << "# fish completion for tn\n";
    VisitCommands(theProgram, "", [](const CLI::App& theCommand, const std::string& theName) {
-      const std::string aName = theName.substr(theName.rfind(' ') + 1);
-      const std::string aCondition =
-          theName.empty() ? " -n __fish_use_subcommand" : " -n '__fish_seen_subcommand_from " + aName + "'";
-      for (const CLI::App* aCommand : FindCommands(theCommand))
+      const std::string aCondition = FishCondition(theName);
+      const auto aCommands = FindCommands(theCommand);
+      const std::string isOpen =
+          theName.empty() ? "" : "; and not __fish_seen_subcommand_from " + JoinNames(theCommand);
+      for (const CLI::App* aCommand : aCommands)
       {
-         std::cout << "complete -c tn -f" << aCondition << " -a " << aCommand->get_name() << " -d '"
+         std::cout << "complete -c tn -f -n '" << aCondition << isOpen << "' -a " << aCommand->get_name() << " -d '"
                    << Escape(aCommand->get_description(), "'\\") << "'\n";
       }
       for (const Completion& anOption : FindOptions(theCommand))
       {
-         std::cout << "complete -c tn" << aCondition;
+         std::cout << "complete -c tn -n '" << aCondition << "'";
          for (const std::string& anOptionName : anOption.itsNames)
          {
             const bool isLong = anOptionName.starts_with("--");

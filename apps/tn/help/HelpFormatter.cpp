@@ -4,6 +4,7 @@
 #include <iterator>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 #include <unistd.h>
 
@@ -101,6 +102,17 @@ std::string HelpFormatter::make_subcommand(const CLI::App* theCommand) const
    CLI::detail::format_help(aText, theCommand->get_name(), Description(theCommand->get_description(), kCommands),
                             kCommands);
    return aText.str();
+}
+
+// CLI11 leaves two lines between groups.
+std::string HelpFormatter::make_help(const CLI::App* theProgram, std::string theName, CLI::AppFormatMode theMode) const
+{
+   std::string aText = CLI::Formatter::make_help(theProgram, std::move(theName), theMode);
+   for (std::size_t aPlace = 0; (aPlace = aText.find("\n\n\n", aPlace)) != std::string::npos;)
+   {
+      aText.erase(aPlace, 1);
+   }
+   return aText;
 }
 
 std::string HelpFormatter::make_subcommands(const CLI::App* theProgram, CLI::AppFormatMode theMode) const

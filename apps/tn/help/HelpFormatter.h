@@ -12,6 +12,7 @@ public:
    static constexpr std::size_t kWidest = 102;
    HelpFormatter();
 
+   std::string make_help(const CLI::App* theProgram, std::string theName, CLI::AppFormatMode theMode) const override;
    std::string make_option_opts(const CLI::Option* theOption) const override;
    std::string make_option_desc(const CLI::Option* theOption) const override;
    std::string make_subcommand(const CLI::App* theCommand) const override;
