@@ -1,4 +1,4 @@
-// The date and time of now where the program runs, as strftime writes it: LocalTimeText("%Y%m%d%H%M%S").
+// The date and time of now where the program runs, as std::put_time writes it: LocalTimeText("%Y%m%d%H%M%S").
 #pragma once
 
 #include <string>
