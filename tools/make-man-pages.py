@@ -8,6 +8,19 @@ import re
 import sys
 
 
+CONFIGURATION = """# CONFIGURATION
+A file that `--config FILE`, before the command, or the environment variable `TN_CONFIG` names gives peers names and
+options values; what stands on the command line goes before it.
+
+    [peers]
+    archive = "ARCHIVE@pacs.example:104"
+    [send]
+    aet = "WORKSTATION"
+
+With it, `tn send @archive image.dcm` calls the archive as WORKSTATION.
+""".splitlines()
+
+
 def escape(text):
     text = text.replace("\\", "\\e").replace("-", "\\-")
     return re.sub(r"^([.'])", r"\\&\1", text)
@@ -21,17 +34,18 @@ def inline(text):
 
 
 def body(lines):
-    output, code = [], False
+    output, code, indent = [], False, ""
     for line in lines:
         if line.startswith("```"):
             code = not code
             output.append(".PP\n.EX" if code else ".EE")
         elif code:
-            output.append(escape(line))
+            output.append(escape(indent + line if line else ""))
         elif line.startswith("    "):
             output.append(f".PP\n.EX\n{escape(line)}\n.EE" if not output or not output[-1].endswith(".EE")
                           else output.pop()[:-3] + f"{escape(line)}\n.EE")
         elif line.startswith("#"):
+            indent = "" if line == "## Help" else "    "  # what --help says is as wide as a screen
             output.append(".SH " + inline(line.lstrip("# ")).upper())
         elif line.startswith("- "):
             output.append(".IP \\(bu 2\n" + inline(line[2:]))
@@ -67,11 +81,11 @@ def main():
         summary = summary[0].lower() + summary[1:]
         name = "tn-" + page.stem
         commands.append((name, summary))
-        write(output / f"{name}.1.gz", name, summary, lines[3:], version)
+        write(output / f"{name}.1.gz", name, summary, [*lines[3:], "", "# SEE ALSO", "`tn`(1)"], version)
     table = ["Each command has a page of its own.", ""]
     for name, summary in commands:
         table.append(f"| `{name}`(1) | {summary} |")
-    table += ["", "# EXIT STATUS", "0 done, 1 some of it failed or the answer is no, 2 wrong use, 3 could not read,",
+    table += ["", *CONFIGURATION, "# EXIT STATUS", "0 done, 1 some of it failed or the answer is no, 2 wrong use, 3 could not read,",
               "4 could not write, 5 no connection, 6 association rejected, 7 no context accepted,",
               "8 the peer answered with a failure, 9 time-out, 10 cancelled.", "", "# FILES",
               "`../share/talvenor`, beside the folder of the program: the dictionaries."]

@@ -61,6 +61,7 @@ DicomdirCommand::DicomdirCommand(CLI::App& theProgram)
     : Command(theProgram, "dicomdir", "Write and print the directories of media (DICOMDIR)")
 {
    itsOptions.require_subcommand(1);
+   itsOptions.footer("tn dicomdir COMMAND --help tells of each.");
    AddCreate();
    AddList();
 }
