@@ -175,6 +175,7 @@ TEST_F(ArchiveTest, AnInstanceIsNewThenKnownThenInDispute)
             EXPECT_EQ(Files(), std::set<std::string>{aPath}) << aName;
             EXPECT_EQ(Indexed(), std::set<std::string>{aPath}) << aName;
             EXPECT_EQ(ReadFile(Path(aPath)), anExpected) << aName;
+            EXPECT_TRUE(IndexDatabase(Path("index.sqlite")).AgreesWithFiles()) << aName;
          }
          fs::remove_all(Path());
       }
@@ -271,6 +272,60 @@ TEST_F(ArchiveTest, OpeningFindsWhatHasHappenedToTheFolder)
       {
          ADD_FAILURE() << aCase.itsName << ": " << anError.what();
       }
+   }
+}
+
+// Each in turn is left when there is an end while 1.5, which is in the index as OLD, is being replaced.
+TEST_F(ArchiveTest, WhatWasBeingReplacedIsInTheIndexAsItsFileIs)
+{
+   const std::string aHere = "1.2/1.2.3/1.5.dcm";
+   const std::string aThere = "1.3/1.3.1/1.5.dcm";
+   const struct
+   {
+      const char* itsName;
+      std::string itsNewPath;
+      std::string itsNewFile; // empty: it has not got there
+      std::string itsPath;    // what is found then
+      const char* itsPatient;
+      std::string itsOther = {};
+      bool itsWasClosed = false;
+   } kCases[] = {
+       {"before", aHere, "", aHere, "OLD"},
+       {"behind", aHere, File("1.5", "NEW "), aHere, "NEW"},
+       {"behind, the index was closed in order", aHere, File("1.5", "NEW "), aHere, "NEW", "", true},
+       {"elsewhere, before", aThere, "", aHere, "OLD"},
+       {"elsewhere, behind", aThere, File("1.5", "NEW ", "1.3", "1.3.1"), aThere, "NEW", "damaged/1.2,1.2.3,1.5.dcm"},
+       {"elsewhere, a broken file", aThere, "text", aHere, "OLD", "damaged/1.3,1.3.1,1.5.dcm"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      fs::remove_all(Path());
+      {
+         Archive anArchive(Settings());
+         ASSERT_EQ(Keep(anArchive, File("1.5", "OLD ")), 0);
+      }
+      {
+         IndexDatabase anIndex(Path("index.sqlite"));
+         anIndex.BeginReplacement("1.5", aCase.itsNewPath);
+         anIndex.SetAgreesWithFiles(aCase.itsWasClosed);
+      }
+      if (!aCase.itsNewFile.empty())
+      {
+         fs::create_directories(fs::path(Path(aCase.itsNewPath)).parent_path());
+         WriteFile(Path(aCase.itsNewPath), aCase.itsNewFile);
+      }
+      Archive(Settings()).GetIndex().Flush();
+      std::set<std::string> aFiles = {aCase.itsPath};
+      if (!aCase.itsOther.empty())
+      {
+         aFiles.insert(aCase.itsOther);
+      }
+      EXPECT_EQ(Files(), aFiles) << aCase.itsName;
+      const std::vector<std::string> aRows = Contents();
+      ASSERT_EQ(aRows.size(), 1u) << aCase.itsName;
+      EXPECT_TRUE(aRows[0].starts_with(aCase.itsPath + "\t")) << aCase.itsName << ": " << aRows[0];
+      EXPECT_NE(aRows[0].find(aCase.itsPatient), std::string::npos) << aCase.itsName << ": " << aRows[0];
+      EXPECT_TRUE(IndexDatabase(Path("index.sqlite")).AgreesWithFiles()) << aCase.itsName;
    }
 }
 

@@ -4,10 +4,14 @@
 Four senders push instances to tn serve --store and note what was acknowledged. Afterwards, a node started anew, every
 acknowledged instance must be there, whole and indexed; index and files must agree; no temporary file may be left; and
 what is there without having been acknowledged may be no more than what each sender had on its way, and whole.
+
+With --duplicates replace each instance is sent in VERSIONS versions, one after the other, which differ in the keys, too:
+there must be the last that was acknowledged or the one after it, and the keys in the index must be those in its file.
 """
-import argparse, os, random, shutil, signal, sqlite3, struct, subprocess, sys, tempfile, time
+import argparse, collections, os, random, shutil, signal, sqlite3, struct, subprocess, sys, tempfile, time
 
 SENDERS = 4
+VERSIONS = 10
 ROOT = "2.25.339282991848464000405290.8"
 SECONDARY_CAPTURE, EXPLICIT_LE = "1.2.840.10008.5.1.4.1.1.7", "1.2.840.10008.1.2.1"
 
@@ -20,29 +24,40 @@ def element(tag, vr, value):
     return header + (struct.pack("<HI", 0, len(value)) if vr == "OB" else struct.pack("<H", len(value))) + value
 
 
-def instance(sender, number, size):
-    """A DICOM file (PS3.10 7) with a UID of its own and about so many bytes."""
+def keys_of(sender, study, version):
+    """Patient's Name and Instance Number."""
+    return f"FAULT^{sender}.{study}^{version}", str(version)
+
+
+def instance(sender, number, size, version=0, study=None):
+    """A DICOM file (PS3.10 7) of one of the versions of an instance, with about so many bytes: UID, meta information,
+    data set. A study has a patient of its own."""
+    study = number // 50 if study is None else study
+    name, instance_number = keys_of(sender, study, version)
     uid = f"{ROOT}.{sender}.{number}"
     meta = (element(0x00020001, "OB", b"\0\1") + element(0x00020002, "UI", SECONDARY_CAPTURE) +
             element(0x00020003, "UI", uid) + element(0x00020010, "UI", EXPLICIT_LE) +
             element(0x00020012, "UI", ROOT))
     data = (element(0x00080016, "UI", SECONDARY_CAPTURE) + element(0x00080018, "UI", uid) +
-            element(0x00080060, "CS", "OT") + element(0x00100010, "PN", f"FAULT^{sender}") +
-            element(0x00100020, "LO", f"F{sender}") + element(0x0020000D, "UI", f"{ROOT}.{sender}.0.{number // 50}") +
-            element(0x0020000E, "UI", f"{ROOT}.{sender}.0.{number // 50}.1") +
+            element(0x00080060, "CS", "OT") + element(0x00100010, "PN", name) +
+            element(0x00100020, "LO", f"F{sender}.{study}") + element(0x0020000D, "UI", f"{ROOT}.{sender}.0.{study}") +
+            element(0x0020000E, "UI", f"{ROOT}.{sender}.0.{study}.1") + element(0x00200013, "IS", instance_number) +
             element(0x7FE00010, "OB", random.Random(uid).randbytes(size & ~1)))
     return uid, bytes(128) + b"DICM" + element(0x00020000, "UL", struct.pack("<I", len(meta))) + meta, data
 
 
-def make_instances(folder, count):
-    """One folder a sender; returns the data set of each instance by its UID."""
+def make_instances(folder, count, versions=1):
+    """One folder with so many files a sender; returns the data sets of the versions of each instance, with their keys, by
+    its UID. What has several versions is a study of its own, as all instances of a study have the keys of the first."""
     data_sets, sizes = {}, random.Random(1)
     for sender in range(1, SENDERS + 1):
         os.makedirs(f"{folder}/{sender}")
-        for number in range(1, count + 1):
-            uid, head, data = instance(sender, number, sizes.choice([200, 2000, 20000, 300000]))
-            data_sets[uid] = data
-            with open(f"{folder}/{sender}/{number:05d}.dcm", "wb") as file:
+        for place in range(count):
+            number, version = place // versions + 1, place % versions
+            study = number if versions > 1 else number // 50
+            uid, head, data = instance(sender, number, sizes.choice([200, 2000, 20000, 300000]), version, study)
+            data_sets.setdefault(uid, []).append((data, keys_of(sender, study, version)))
+            with open(f"{folder}/{sender}/{place:05d}.dcm", "wb") as file:
                 file.write(head + data)
     return data_sets
 
@@ -86,14 +101,15 @@ def send(tn, port, data, work):
 
 
 def acknowledged(work):
-    uids, refused = set(), []
+    """How often something was acknowledged for each UID, and what was refused, in words."""
+    uids, refused = collections.Counter(), []
     for i in range(1, SENDERS + 1):
         if os.path.exists(f"{work}/report.{i}"):
             with open(f"{work}/report.{i}") as file:
                 for line in file:
                     fields = line.rstrip("\n").split("\t")
                     if len(fields) == 4 and fields[2] == "sent":
-                        uids.add(fields[1])
+                        uids[fields[1]] += 1
                     elif len(fields) == 4:
                         refused.append(fields[3])
             os.remove(f"{work}/report.{i}")
@@ -104,7 +120,10 @@ def faults_of(archive, data_sets, acknowledgements, most_unacknowledged):
     """What is wrong with the archive; and the UIDs that it has."""
     faults = []
     with sqlite3.connect(f"file:{archive}/index.sqlite?mode=ro", uri=True) as index:
-        rows = dict(index.execute("SELECT SOPInstanceUID, path FROM instance"))
+        keys = {uid: (path, (name, number)) for uid, path, name, number in index.execute(
+            "SELECT SOPInstanceUID, path, PatientName, InstanceNumber FROM instance JOIN series ON series = series.row "
+            "JOIN study ON study = study.row JOIN patient ON patient = patient.row")}
+    rows = {uid: path for uid, (path, _) in keys.items()}
     files = {os.path.relpath(os.path.join(folder, name), archive) for folder, _, names in os.walk(archive)
              for name in names if name.endswith(".dcm")}
     temporary = os.listdir(f"{archive}/incoming")
@@ -114,13 +133,28 @@ def faults_of(archive, data_sets, acknowledgements, most_unacknowledged):
         faults.append(f"damaged files: {os.listdir(f'{archive}/damaged')[:3]}")
     if set(rows.values()) != files:
         faults.append(f"index and files differ: {sorted(set(rows.values()) ^ files)[:3]}")
-    lost = acknowledgements - set(rows)
+    lost = set(acknowledgements) - set(rows)
     if lost:
         faults.append(f"{len(lost)} acknowledged instances are lost: {sorted(lost)[:3]}")
-    broken = [uid for uid, path in rows.items() if path in files and data_set_of(f"{archive}/{path}") != data_sets[uid]]
+    broken, stale, wrong = [], [], []
+    for uid, path in rows.items():
+        if path not in files:
+            continue
+        data = data_set_of(f"{archive}/{path}")
+        version = next((i for i, (sent, _) in enumerate(data_sets[uid]) if sent == data), None)
+        if version is None:
+            broken.append(uid)
+        elif not acknowledgements[uid] - 1 <= version <= acknowledgements[uid]:
+            stale.append(f"{uid}: version {version + 1}, acknowledged {acknowledgements[uid]}")
+        elif keys[uid][1] != data_sets[uid][version][1]:
+            wrong.append(f"{uid}: {keys[uid][1]} for {data_sets[uid][version][1]}")
     if broken:
         faults.append(f"{len(broken)} instances are not what was sent: {broken[:3]}")
-    extra = set(rows) - acknowledgements
+    if stale:
+        faults.append(f"{len(stale)} instances are not what was acknowledged last: {stale[:3]}")
+    if wrong:
+        faults.append(f"{len(wrong)} instances have keys in the index that their files have not: {wrong[:3]}")
+    extra = set(rows) - set(acknowledgements)
     if len(extra) > most_unacknowledged:
         faults.append(f"{len(extra)} instances are there that nobody was told of")
     return faults, set(rows)
@@ -130,11 +164,12 @@ def kill(arguments):
     work = tempfile.mkdtemp(prefix="tn-kill-", dir=arguments.folder)
     dice, total, extras, failed = random.Random(arguments.seed), 0, 0, 0
     try:
-        data_sets = make_instances(f"{work}/data", arguments.instances)
+        replaces = arguments.duplicates == "replace"
+        data_sets = make_instances(f"{work}/data", arguments.instances, VERSIONS if replaces else 1)
         for turn in range(1, arguments.rounds + 1):
             archive, log = f"{work}/archive", f"{work}/log"
             shutil.rmtree(archive, ignore_errors=True)
-            node = Node(arguments.tn, archive, ["--fsync", arguments.fsync], log)
+            node = Node(arguments.tn, archive, ["--fsync", arguments.fsync, "--duplicates", arguments.duplicates], log)
             senders = send(arguments.tn, node.port, f"{work}/data", work)
             time.sleep(dice.uniform(0.02, arguments.longest))
             node.end(signal.SIGKILL)
@@ -149,13 +184,14 @@ def kill(arguments):
             acknowledgements, _ = acknowledged(work)
             Node(arguments.tn, archive, [], log).end(signal.SIGTERM)
             faults, there = faults_of(archive, data_sets, acknowledgements, SENDERS)
-            total, extras = total + len(acknowledgements), extras + len(there - acknowledgements)
+            total, extras = total + acknowledgements.total(), extras + len(there - set(acknowledgements))
             for fault in faults:
                 print(f"round {turn}: {fault}")
             failed += bool(faults)
-        print(f"kill -9 of tn serve --fsync {arguments.fsync}, {SENDERS} senders, {arguments.rounds} rounds: {total} instances "
-              f"were acknowledged, every one checked to be there, equal to what was sent and indexed; {extras} more were "
-              f"stored whole before their senders could be told; {failed} rounds with faults")
+        print(f"kill -9 of tn serve --fsync {arguments.fsync} --duplicates {arguments.duplicates}, {SENDERS} senders, "
+              f"{arguments.rounds} rounds: {total} instances were acknowledged, every one checked to be there, equal to what "
+              f"was sent and indexed with its keys; {extras} more were stored whole before their senders could be told; "
+              f"{failed} rounds with faults")
         return failed
     finally:
         shutil.rmtree(work, ignore_errors=True)
@@ -218,6 +254,7 @@ def main():
     parser.add_argument("--instances", type=int, default=300, help="of each sender")
     parser.add_argument("--longest", type=float, default=0.5, help="seconds until the node is killed")
     parser.add_argument("--fsync", default="group")
+    parser.add_argument("--duplicates", choices=["refuse", "replace"], default="refuse")
     parser.add_argument("--seed", type=int, default=None)
     parser.add_argument("--folder", default=None, help="where to work; the usual place for temporary files")
     arguments = parser.parse_args()

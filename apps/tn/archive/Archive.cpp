@@ -80,6 +80,15 @@ bool AreEqualFrom(int theFirst, off_t theFirstStart, int theSecond, off_t theSec
       aDone += aCount;
    }
 }
+
+// For what the index has to do, which it says was done.
+void Await(Index::Ticket& theTicket)
+{
+   if (const std::string& aFault = theTicket.Wait(); !aFault.empty())
+   {
+      throw StoreRefusal(StoreStatus::kOutOfResources, aFault);
+   }
+}
 } // namespace
 
 // The right to store the instance with a UID, which one thread has at a time.
@@ -178,6 +187,10 @@ bool Archive::KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, Ind
    {
       theFile.Synchronise();
    }
+   if (aStored)
+   {
+      BeginReplacement(theInstance);
+   }
    const bool isElsewhere = isThere && *aStored != theInstance.itsPath;
    const Descriptor aFolder = itsSynchroniser.OpenFolderOf(thePath);
    if (!theFile.MoveTo(aFolder, thePath.GetFile(), replaces) &&
@@ -219,6 +232,15 @@ bool Archive::IsEqual(const std::string& thePath, const SpoolFile& theFile, std:
    }
 }
 
+// Should this end before the index has the new instance, the next start learns from the file which one is there.
+void Archive::BeginReplacement(const IndexedInstance& theInstance)
+{
+   Index::Ticket aTicket;
+   itsIndex->BeginReplacement(theInstance.itsKeys[Key::kSOPInstance], theInstance.itsPath,
+                              itsSettings.itsSynchronising != Synchronising::kNone, aTicket);
+   Await(aTicket);
+}
+
 void Archive::AddToIndex(IndexedInstance theInstance, const StoredPath& thePath)
 {
    if (itsSettings.itsSynchronising == Synchronising::kNone)
@@ -229,8 +251,5 @@ void Archive::AddToIndex(IndexedInstance theInstance, const StoredPath& thePath)
    itsSynchroniser.Synchronise(thePath, itsSettings.itsSynchronising == Synchronising::kGroup);
    Index::Ticket aTicket;
    itsIndex->Add(std::move(theInstance), &aTicket);
-   if (const std::string& aFault = aTicket.Wait(); !aFault.empty())
-   {
-      throw StoreRefusal(StoreStatus::kOutOfResources, aFault);
-   }
+   Await(aTicket);
 }

@@ -71,6 +71,7 @@ private:
                 const std::string& theTransferSyntax) const;
    bool KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance theInstance,
                     const StoredPath& thePath);
+   void BeginReplacement(const IndexedInstance& theInstance);
    void AddToIndex(IndexedInstance theInstance, const StoredPath& thePath);
 
    Settings itsSettings;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -197,6 +198,7 @@ IndexedInstance ArchiveFolder::Read(const std::string& thePath, bool theIsWhole)
 void ArchiveFolder::Repair(IndexDatabase& theIndex, const std::function<void(const std::string&)>& theTell) const
 {
    theIndex.Begin();
+   EndReplacements(theIndex);
    ForEachFile([&](const std::string& thePath) {
       const std::size_t aStart = thePath.rfind('/') + 1;
       const std::string aUID =
@@ -236,6 +238,34 @@ void ArchiveFolder::Repair(IndexDatabase& theIndex, const std::function<void(con
       theIndex.Remove(aUID);
    }
    theIndex.Commit();
+}
+
+// A file that was to replace another is whole if it is there. If not, the other one is found like any that the index
+// does not know.
+void ArchiveFolder::EndReplacements(IndexDatabase& theIndex) const
+{
+   std::map<std::string, std::string> aPaths;
+   theIndex.ForEachReplacement(
+       [&](const std::string& theUID, const std::string& thePath) { aPaths[theUID] = thePath; });
+   for (const auto& [aUID, aPath] : aPaths)
+   {
+      theIndex.Remove(aUID);
+      if (::faccessat(itsFolder.Get(), aPath.c_str(), F_OK, 0) != 0)
+      {
+         continue;
+      }
+      try
+      {
+         theIndex.Add(Read(aPath, true));
+      }
+      catch (const SQLiteFailure&)
+      {
+         throw;
+      }
+      catch (const std::runtime_error&)
+      {} // it is looked at again with all others, and set aside
+   }
+   theIndex.ForgetReplacements();
 }
 
 void ArchiveFolder::SetAside(const std::string& thePath) const

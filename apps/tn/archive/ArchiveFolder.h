@@ -45,6 +45,7 @@ public:
    void Repair(IndexDatabase& theIndex, const std::function<void(const std::string& theText)>& theTell) const;
 
 private:
+   void EndReplacements(IndexDatabase& theIndex) const;
    void SetAside(const std::string& thePath) const;
 
    std::string itsPath;

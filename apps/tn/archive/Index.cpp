@@ -53,30 +53,48 @@ Index::~Index()
 
 void Index::Add(IndexedInstance theInstance, Ticket* theTicket)
 {
+   Put({std::move(theInstance), theTicket, Action::kAdd});
+}
+
+void Index::BeginReplacement(const std::string& theSOPInstanceUID, const std::string& thePath, bool theIsSafe,
+                             Ticket& theTicket)
+{
+   IndexedInstance anInstance;
+   anInstance.itsKeys[Key::kSOPInstance] = theSOPInstanceUID;
+   anInstance.itsPath = thePath;
+   Put({std::move(anInstance), &theTicket, theIsSafe ? Action::kBeginReplacementSafely : Action::kBeginReplacement});
+}
+
+void Index::Put(Entry theEntry)
+{
    std::unique_lock aLock(itsMutex);
    if (!itsProgress.wait_for(aLock, kLongestWait, [&] { return HasRoom(); }))
    {
       throw SQLiteFailure("the index is locked or too slow", 0);
    }
-   const std::size_t aSize = SizeOf(theInstance);
-   std::string aPath = theInstance.itsPath;
-   itsList.push_back({std::move(theInstance), theTicket});
-   try
+   const std::size_t aSize = SizeOf(theEntry.itsInstance);
+   const bool isWaitedFor = theEntry.itsTicket != nullptr;
+   std::string aPath = theEntry.itsInstance.itsPath;
+   itsList.push_back(std::move(theEntry));
+   if (itsList.back().itsAction == Action::kAdd)
    {
-      Pending& aPending = itsPaths[itsList.back().itsInstance.itsKeys[Key::kSOPInstance]];
-      aPending.itsPath = std::move(aPath);
-      ++aPending.itsCount;
-   }
-   catch (...)
-   {
-      itsList.pop_back();
-      throw;
+      try
+      {
+         Pending& aPending = itsPaths[itsList.back().itsInstance.itsKeys[Key::kSOPInstance]];
+         aPending.itsPath = std::move(aPath);
+         ++aPending.itsCount;
+      }
+      catch (...)
+      {
+         itsList.pop_back();
+         throw;
+      }
    }
    ++itsAdded;
    ++itsWaiting;
    itsWaitingBytes += aSize;
-   itsTickets += theTicket != nullptr;
-   if (theTicket != nullptr || itsList.size() == 1 || itsList.size() == kFullBatch)
+   itsTickets += isWaitedFor;
+   if (isWaitedFor || itsList.size() == 1 || itsList.size() == kFullBatch)
    {
       aLock.unlock();
       itsWork.notify_one();
@@ -166,10 +184,14 @@ std::string Index::TryAddBatch()
 {
    try
    {
-      itsWriter.Begin();
+      itsWriter.Begin(std::ranges::find(itsBatch, Action::kBeginReplacementSafely, &Entry::itsAction) !=
+                      itsBatch.end());
       for (const Entry& anEntry : itsBatch)
       {
-         itsWriter.Add(anEntry.itsInstance);
+         const IndexedInstance& anInstance = anEntry.itsInstance;
+         anEntry.itsAction == Action::kAdd
+             ? itsWriter.Add(anInstance)
+             : itsWriter.BeginReplacement(anInstance.itsKeys[Key::kSOPInstance], anInstance.itsPath);
       }
       itsWriter.Commit();
       return "";
@@ -192,10 +214,13 @@ void Index::Settle(const std::string& theFault) noexcept
       const auto anOver = std::stable_partition(itsBatch.begin(), itsBatch.end(), isKept);
       for (auto anEntry = anOver; anEntry != itsBatch.end(); ++anEntry)
       {
-         const auto aPlace = itsPaths.find(anEntry->itsInstance.itsKeys[Key::kSOPInstance]);
-         if (--aPlace->second.itsCount == 0)
+         if (anEntry->itsAction == Action::kAdd)
          {
-            itsPaths.erase(aPlace);
+            const auto aPlace = itsPaths.find(anEntry->itsInstance.itsKeys[Key::kSOPInstance]);
+            if (--aPlace->second.itsCount == 0)
+            {
+               itsPaths.erase(aPlace);
+            }
          }
          --itsWaiting;
          itsWaitingBytes -= SizeOf(anEntry->itsInstance);

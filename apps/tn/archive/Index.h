@@ -52,6 +52,11 @@ public:
    // SQLiteFailure when too much waits to be added, and stays so: the list is bounded by number and by memory.
    void Add(IndexedInstance theInstance, Ticket* theTicket);
 
+   // IndexDatabase::BeginReplacement, which is done when the ticket says so. theIsSafe: it is on the disk then. Throws
+   // as Add does.
+   void BeginReplacement(const std::string& theSOPInstanceUID, const std::string& thePath, bool theIsSafe,
+                         Ticket& theTicket);
+
    // The path of the instance, whether it has been added yet or is on the list.
    std::optional<std::string> Find(const std::string& theSOPInstanceUID);
 
@@ -60,10 +65,18 @@ public:
    bool Flush();
 
 private:
+   enum class Action
+   {
+      kAdd,
+      kBeginReplacement, // of the instance, which has a UID and a path only
+      kBeginReplacementSafely
+   };
+
    struct Entry
    {
       IndexedInstance itsInstance;
       Ticket* itsTicket;
+      Action itsAction;
    };
 
    struct Pending
@@ -71,6 +84,8 @@ private:
       std::string itsPath; // of the last one
       unsigned int itsCount = 0;
    };
+
+   void Put(Entry theEntry);
 
    // Of the thread. What does not throw lets nobody wait for ever when memory runs out.
    void Run();

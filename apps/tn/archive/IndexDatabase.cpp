@@ -4,7 +4,7 @@
 
 namespace
 {
-constexpr int kVersion = 1; // of the tables: another one is made anew
+constexpr int kVersion = 2; // of the tables: another one is made anew
 constexpr std::size_t kMostKnownSeries = 4096;
 
 struct Table
@@ -41,7 +41,8 @@ std::vector<std::size_t> KeysOf(KeyLevel theLevel)
 
 std::string Schema()
 {
-   std::string aText = "CREATE TABLE state (agrees INTEGER NOT NULL); INSERT INTO state VALUES (0);\n";
+   std::string aText = "CREATE TABLE state (agrees INTEGER NOT NULL); INSERT INTO state VALUES (0);\n"
+                       "CREATE TABLE replacement (SOPInstanceUID TEXT PRIMARY KEY, path TEXT NOT NULL);\n";
    for (const Table& aTable : kTables)
    {
       aText += std::string("CREATE TABLE ") + aTable.itsName + " (row INTEGER PRIMARY KEY, " + aTable.itsFirst;
@@ -144,6 +145,8 @@ struct IndexDatabase::Statements
    SQLiteStatement itsPatientRemoval{
        itsDatabase,
        "DELETE FROM patient WHERE row = ? AND NOT EXISTS (SELECT 1 FROM study WHERE patient = patient.row)"};
+   SQLiteStatement itsReplacement{itsDatabase, "INSERT OR REPLACE INTO replacement VALUES (?, ?)"};
+   SQLiteStatement itsReplacementRemoval{itsDatabase, "DELETE FROM replacement WHERE SOPInstanceUID = ?"};
    SQLiteStatement itsBegin{itsDatabase, "BEGIN IMMEDIATE"};
    SQLiteStatement itsCommit{itsDatabase, "COMMIT"};
 };
@@ -169,9 +172,31 @@ IndexDatabase::IndexDatabase(const std::string& thePath) : itsDatabase(thePath, 
 
 IndexDatabase::~IndexDatabase() = default;
 
+void IndexDatabase::BeginReplacement(const std::string& theSOPInstanceUID, const std::string& thePath)
+{
+   itsStatements->itsReplacement.Bind(1, theSOPInstanceUID).Bind(2, thePath).Run();
+}
+
+void IndexDatabase::ForEachReplacement(const std::function<void(const std::string&, const std::string&)>& theVisitor)
+{
+   SQLiteStatement aStatement(itsDatabase, "SELECT SOPInstanceUID, path FROM replacement");
+   while (aStatement.Step())
+   {
+      theVisitor(aStatement.GetText(0), aStatement.GetText(1));
+   }
+}
+
+void IndexDatabase::ForgetReplacements()
+{
+   itsDatabase.Execute("DELETE FROM replacement");
+}
+
 void IndexDatabase::Add(const IndexedInstance& theInstance)
 {
-   Remove(theInstance.itsKeys[Key::kSOPInstance]);
+   if (Remove(theInstance.itsKeys[Key::kSOPInstance]))
+   {
+      itsStatements->itsReplacementRemoval.Bind(1, theInstance.itsKeys[Key::kSOPInstance]).Run();
+   }
    SQLiteStatement& aStatement = itsStatements->itsInstances.Bind(theInstance.itsKeys);
    if (theInstance.itsKeys[Key::kStudy].empty())
    {
@@ -292,11 +317,16 @@ std::int64_t IndexDatabase::Count()
    return aStatement.GetNumber(0);
 }
 
-void IndexDatabase::Begin()
+void IndexDatabase::Begin(bool theIsSafe)
 {
    if (itsDatabase.IsInTransaction())
    {
       RollBack(); // which failed the last time, for want of memory
+   }
+   if (theIsSafe != itsIsSafe)
+   {
+      itsDatabase.Execute(theIsSafe ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL");
+      itsIsSafe = theIsSafe;
    }
    itsStatements->itsBegin.Run();
 }
@@ -319,7 +349,7 @@ void IndexDatabase::RollBack()
 
 bool IndexDatabase::AgreesWithFiles()
 {
-   SQLiteStatement aStatement(itsDatabase, "SELECT agrees FROM state");
+   SQLiteStatement aStatement(itsDatabase, "SELECT agrees AND NOT EXISTS (SELECT 1 FROM replacement) FROM state");
    return aStatement.Step() && aStatement.GetNumber(0) != 0;
 }
 

@@ -9,6 +9,8 @@
 // Columns are called by the keywords of their attributes (InstanceKeys::GetColumns) and hold the texts of the keys, in
 // the character set (0008,0005) that stands beside them. An instance without study has no series.
 //
+//    replacement  SOPInstanceUID, path: instances whose files are being replaced, see BeginReplacement
+//
 // The first instance of a patient, of a study and of a series gives the values of the level; those of later instances
 // that differ change nothing here. A patient is known by ID and issuer; one without ID is another one in each study.
 //
@@ -41,6 +43,16 @@ public:
    explicit IndexDatabase(const std::string& thePath);
    ~IndexDatabase();
 
+   // The file of an instance is going to be replaced by one at thePath. To be committed before that happens: what there
+   // is of the instance then can only be learnt from its files, until Add has made a row for the new one.
+   void BeginReplacement(const std::string& theSOPInstanceUID, const std::string& thePath);
+
+   // Calls theVisitor with SOP instance UID and path of those that have not come to their end. ForgetReplacements: the
+   // rows agree with the files again.
+   void
+   ForEachReplacement(const std::function<void(const std::string& theUID, const std::string& thePath)>& theVisitor);
+   void ForgetReplacements();
+
    // A row for the instance, in place of one with its SOP Instance UID.
    void Add(const IndexedInstance& theInstance);
 
@@ -54,12 +66,13 @@ public:
    void ForEach(const std::function<void(const std::string& theUID, const std::string& thePath)>& theVisitor);
    std::int64_t Count();
 
-   // What Add and Remove do until Commit is kept whole or not at all.
-   void Begin();
+   // What is changed until Commit is kept whole or not at all. theIsSafe: it is on the disk when Commit returns.
+   void Begin(bool theIsSafe = false);
    void Commit();
    void RollBack(); // of what has begun; harmless otherwise
 
    // Whether the index is known to agree with the files: said at an orderly end, and unsaid (on the disk) at a start.
+   // Never while there are replacements.
    bool AgreesWithFiles();
    void SetAgreesWithFiles(bool theAnswer);
 
@@ -75,6 +88,7 @@ private:
    void RemoveSeries(std::int64_t theSeries);
 
    SQLiteDatabase itsDatabase;
+   bool itsIsSafe = false; // what is committed, see Begin
    std::unique_ptr<Statements> itsStatements;
    std::unordered_map<std::string, std::int64_t>
        itsSeries; // rows of those that were used of late, by study and series UID

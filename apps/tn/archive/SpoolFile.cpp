@@ -19,6 +19,13 @@ std::string NextName()
    static std::atomic<unsigned long> aNumber = 0;
    return std::to_string(aNumber++);
 }
+
+// Whether a renameat2 with flags has failed for want of them, as it does on network file systems, others in user space
+// and old kernels.
+bool HasNoRenameFlags()
+{
+   return errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP;
+}
 } // namespace
 
 unsigned char* SpoolBuffer::Get()
@@ -105,13 +112,13 @@ void SpoolFile::Synchronise()
    }
 }
 
-// False with errno. Network file systems know no flags (EINVAL), but a link does not replace a file either.
+// False with errno. A link does not replace a file either.
 bool SpoolFile::TakeName(const Descriptor& theFolder, const std::string& theName)
 {
    const bool isDone =
        ::renameat2(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str(), RENAME_NOREPLACE) == 0;
    if (isDone ||
-       (errno == EINVAL && ::linkat(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str(), 0) == 0))
+       (HasNoRenameFlags() && ::linkat(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str(), 0) == 0))
    {
       if (!isDone)
       {
@@ -123,7 +130,7 @@ bool SpoolFile::TakeName(const Descriptor& theFolder, const std::string& theName
    return false;
 }
 
-// False with errno. Where names cannot be exchanged, what is replaced is gone at once.
+// False with errno. Where names cannot be exchanged, the other file gets a second name before it loses its own.
 bool SpoolFile::ChangePlaces(const Descriptor& theFolder, const std::string& theName)
 {
    if (::renameat2(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str(), RENAME_EXCHANGE) == 0)
@@ -131,12 +138,25 @@ bool SpoolFile::ChangePlaces(const Descriptor& theFolder, const std::string& the
       itsPlace = Place::kExchanged;
       return true;
    }
-   if (errno == EINVAL && ::renameat(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str()) == 0)
+   if (!HasNoRenameFlags())
    {
-      itsPlace = Place::kTaken;
-      return true;
+      return false;
    }
-   return false;
+   std::string aSecond = NextName();
+   if (::linkat(theFolder.Get(), theName.c_str(), itsFolder.Get(), aSecond.c_str(), 0) != 0)
+   {
+      return false;
+   }
+   if (::renameat(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str()) != 0)
+   {
+      const int anError = errno;
+      ::unlinkat(itsFolder.Get(), aSecond.c_str(), 0);
+      errno = anError;
+      return false;
+   }
+   itsName.swap(aSecond);
+   itsPlace = Place::kExchanged;
+   return true;
 }
 
 bool SpoolFile::MoveTo(const Descriptor& theFolder, const std::string& theName, bool theReplaces)
@@ -165,7 +185,7 @@ void SpoolFile::MoveBack(const Descriptor& theFolder, const std::string& theName
    }
    else if (itsPlace == Place::kExchanged)
    {
-      ::renameat2(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str(), RENAME_EXCHANGE);
+      ::renameat(itsFolder.Get(), itsName.c_str(), theFolder.Get(), theName.c_str());
    }
 }
 

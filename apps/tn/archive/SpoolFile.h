@@ -53,10 +53,10 @@ public:
    void Synchronise();
 
    // Gives it its name in another folder of the file system, which is borrowed. False when there is a file of that name
-   // already; it stays, unless theReplaces: then it is gone when this object is.
+   // already; it stays, unless theReplaces: then this one is in its place at once, and it is gone when this object is.
    bool MoveTo(const Descriptor& theFolder, const std::string& theName, bool theReplaces);
 
-   // Undoes MoveTo: a file that was replaced is back under its name.
+   // Undoes MoveTo: a file that was replaced is back under its name. Only where even that fails this one stays.
    void MoveBack(const Descriptor& theFolder, const std::string& theName) noexcept;
 
    std::uint64_t GetSize() const { return itsWritten + itsFilled; }
@@ -70,14 +70,13 @@ private:
    enum class Place
    {
       kTemporary,
-      kOwn,       // nobody else has had it
-      kExchanged, // another file had it, which is in the temporary one
-      kTaken      // another file had it, which is gone
+      kOwn,      // nobody else has had it
+      kExchanged // another file had it, which is in the temporary one
    };
 
    const Descriptor& itsFolder;
    unsigned char* itsBuffer;
-   std::string itsName; // the temporary one
+   std::string itsName; // in itsFolder
    Place itsPlace = Place::kTemporary;
    Descriptor itsFile; // made last: what has no destructor yet leaves no file behind
    std::size_t itsFilled = 0;
