@@ -1,5 +1,6 @@
 #include "apps/tn/archive/IndexDatabase.h"
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -120,5 +121,23 @@ TEST(Index, AnInstanceIsFoundFromTheMomentItIsOnTheList)
    for (int i = 0; i < 1000 && !anIndex.Flush(); ++i) // one that fails had begun before
    {}
    EXPECT_EQ(Rows(aPath), "1 1 2 3 ");
+}
+
+// Instances that come one after the other: each is looked for, and read where the last transaction has put the others.
+TEST(Index, ReadingSeesEachTransactionAndLetsTheLogBeEmptied)
+{
+   const TemporaryDirectory aFolder;
+   const std::string aPath = aFolder.File("index");
+   Index anIndex(aPath);
+   for (int i = 0; i < 400; ++i)
+   {
+      const std::string aName = std::to_string(i);
+      ASSERT_EQ(anIndex.Find(aName), std::nullopt);
+      Index::Ticket aTicket;
+      anIndex.Add(Instance("1", "", "1.1", "1.1.1", aName), &aTicket);
+      ASSERT_EQ(aTicket.Wait(), "");
+      ASSERT_EQ(anIndex.Find(aName), "1.1/1.1.1/" + aName);
+   }
+   EXPECT_LT(std::filesystem::file_size(aPath + "-wal"), std::uintmax_t{6} << 20); // it is emptied from 4 MB on
 }
 } // namespace

@@ -230,6 +230,7 @@ TEST_F(TnStore, TheFirstOfSeveralWithOneUIDStays)
       const bool isStored = aStored.ends_with(Image("1.6", std::string(100000, i % 2 != 0 ? 'a' : 'b')));
       EXPECT_EQ(aStatuses[i], isStored ? 0x0000 : 0x0111) << i;
    }
+   EXPECT_EQ(aNode.Stop(), 0);
    EXPECT_EQ(FilesIn(Archive()).size(), 2u);
 }
 
@@ -239,8 +240,8 @@ TEST_F(TnStore, AnotherOneReplacesTheFirstWhereThatIsAskedFor)
    EXPECT_EQ(StoringPeer(aNode).Store("1.5", Image("1.5", "first!")), 0x0000);
    const std::string anotherStudy = Head(kCT, "1.5", "1.3", "1.3.1").Element(0x7FE00010, "OW", "other!").Bytes();
    EXPECT_EQ(StoringPeer(aNode).Store("1.5", anotherStudy), 0x0000);
-   EXPECT_EQ(FilesIn(Archive()), std::set<std::string>{"1.3/1.3.1/1.5.dcm"});
    EXPECT_EQ(aNode.Stop(), 0);
+   EXPECT_EQ(FilesIn(Archive()), std::set<std::string>{"1.3/1.3.1/1.5.dcm"});
 }
 
 TEST_F(TnStore, AStartRepairsWhatAnUncleanEndLeft)
@@ -290,7 +291,8 @@ TEST_F(TnStore, FailsAndAbortsAsItIsToldTo)
    StoringPeer aPeer(aNode);
    EXPECT_EQ(aPeer.Store("1.5", Image("1.5")), 0x0000);
    EXPECT_EQ(aPeer.Store("1.6", Image("1.6")), 0xFFFF);
-   EXPECT_EQ(FilesIn(Archive()), std::set<std::string>{"1.2/1.2.3/1.5.dcm"});
    EXPECT_EQ(Tn("serve --port 0 --store '" + Archive() + "'").itsCode, 4); // the folder is in use
+   EXPECT_EQ(aNode.Stop(), 0);
+   EXPECT_EQ(FilesIn(Archive()), std::set<std::string>{"1.2/1.2.3/1.5.dcm"});
 }
 } // namespace

@@ -116,6 +116,13 @@ def acknowledged(work):
     return uids, refused
 
 
+def leftovers_in(archive, associations):
+    """The temporary files that should not be there: each association that goes on has made an empty one for its next
+    instance."""
+    names = os.listdir(f"{archive}/incoming")
+    return [name for name in names if os.path.getsize(f"{archive}/incoming/{name}")] or names[associations:]
+
+
 def faults_of(archive, data_sets, acknowledgements, most_unacknowledged):
     """What is wrong with the archive; and the UIDs that it has."""
     faults = []
@@ -218,7 +225,7 @@ def disk_full(arguments):
             sender.wait(120)
         first, refused = acknowledged(work)
         others = [text for text in refused if "A700H" not in text]
-        leftovers = os.listdir(f"{disk}/archive/incoming")
+        leftovers = leftovers_in(f"{disk}/archive", SENDERS)
         print(f"disk full: {len(first)} instances acknowledged, {len(refused)} refused, of these "
               f"{len(refused) - len(others)} with A700H; {len(leftovers)} temporary files")
         if not refused or others or leftovers or not first:

@@ -14,7 +14,7 @@ Usage: io-errors.py TN [errors|locked|memory|order|slow ...]. Needs a C compiler
 """
 import argparse, ctypes, errno, mmap, os, shutil, signal, sqlite3, subprocess, sys, tempfile, threading, time
 
-from faults import Node, acknowledged, data_set_of, instance
+from faults import Node, acknowledged, data_set_of, instance, leftovers_in
 
 OPEN, WRITE, SYNC, RENAME, MAKE_FOLDER, UNLINK, TRUNCATE, READ = (1 << i for i in range(8))  # as in broken-disk.c
 ALL = 255
@@ -114,7 +114,7 @@ class Bench:
         faults, rows = [], self.indexed()
         files = {os.path.relpath(os.path.join(folder, name), self.archive)
                  for folder, _, names in os.walk(self.archive) for name in names if name.endswith(".dcm")}
-        if os.listdir(f"{self.archive}/incoming") and unlinks:
+        if leftovers_in(self.archive, 1) and unlinks:
             faults.append("temporary files")
         if is_settled and set(rows.values()) != files and (unlinks or set(rows.values()) - files):
             faults.append(f"index and files differ: {sorted(set(rows.values()) ^ files)[:3]}")

@@ -1,7 +1,7 @@
 // A folder of stored instances with its index:
 //
 //    DIR/<study>/<series>/<instance>.dcm    see StoredPath
-//    DIR/incoming/                          what is being received
+//    DIR/incoming/                          what is being received, and an empty file for what is expected
 //    DIR/index.sqlite                       the index, see IndexDatabase
 //    DIR/damaged/                           files that a start found broken
 //    DIR/lock                               locked by the one process that writes here

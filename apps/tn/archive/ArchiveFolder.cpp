@@ -9,8 +9,11 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include "apps/tn/base/ErrorText.h"
 #include "apps/tn/base/SystemFailure.h"
@@ -48,6 +51,15 @@ Descriptor OpenFolder(int theParent, const std::string& theName, const std::func
       throw SystemFailure("cannot open the folder " + theName);
    }
    return aFolder;
+}
+
+// Both folders in one call; whatever it fails for, opening them one by one tells, or does.
+Descriptor TryOpenFolder(int theParent, const std::string& thePath)
+{
+   open_how aHow = {};
+   aHow.flags = kFolder;
+   aHow.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
+   return Descriptor(static_cast<int>(::syscall(SYS_openat2, theParent, thePath.c_str(), &aHow, sizeof aHow)));
 }
 
 // The names in a folder, without those that begin with a full stop. Empty when it cannot be read, with theTell told.
@@ -107,6 +119,11 @@ Descriptor ArchiveFolder::OpenSpoolFolder() const
 
 Descriptor ArchiveFolder::OpenFolderOf(const StoredPath& thePath, const std::function<void()>& theNotice) const
 {
+   Descriptor aFolder = TryOpenFolder(itsFolder.Get(), thePath.GetFolder());
+   if (aFolder.IsOpen())
+   {
+      return aFolder;
+   }
    const Descriptor anUpper = OpenFolder(itsFolder.Get(), thePath.GetUpperFolder(), theNotice);
    return OpenFolder(anUpper.Get(), thePath.GetLowerFolder(), theNotice);
 }

@@ -7,24 +7,19 @@
 namespace
 {
 constexpr std::size_t kMostSafeFolders = 10000; // they are known again after one more wait
-
-std::string FolderOf(const StoredPath& thePath)
-{
-   return thePath.GetUpperFolder() + "/" + thePath.GetLowerFolder();
-}
 } // namespace
 
 Descriptor FolderSynchroniser::OpenFolderOf(const StoredPath& thePath)
 {
    return itsFolder.OpenFolderOf(thePath, [&] {
       const std::lock_guard aLock(itsMutex);
-      itsSafeFolders.erase(FolderOf(thePath)); // before others can see the new one
+      itsSafeFolders.erase(thePath.GetFolder()); // before others can see the new one
    });
 }
 
 void FolderSynchroniser::Synchronise(const StoredPath& thePath, bool theIsTogether)
 {
-   const std::string aFolder = FolderOf(thePath);
+   const std::string aFolder = thePath.GetFolder();
    Synchronise(aFolder, theIsTogether);
    {
       const std::lock_guard aLock(itsMutex);

@@ -117,6 +117,10 @@ std::optional<std::string> Index::Find(const std::string& theSOPInstanceUID)
       }
    }
    const std::lock_guard aLock(itsReaderMutex);
+   if (!itsIsCommitting)
+   {
+      itsReader.BeginReading(); // Commit ends it
+   }
    return itsReader.Find(theSOPInstanceUID);
 }
 
@@ -193,7 +197,7 @@ std::string Index::TryAddBatch()
              ? itsWriter.Add(anInstance)
              : itsWriter.BeginReplacement(anInstance.itsKeys[Key::kSOPInstance], anInstance.itsPath);
       }
-      itsWriter.Commit();
+      Commit();
       return "";
    }
    catch (const std::exception& anError)
@@ -201,6 +205,27 @@ std::string Index::TryAddBatch()
       itsWriter.RollBack();
       return std::string("index: ") + anError.what();
    }
+}
+
+// Nobody goes on reading what was there before, nor keeps the log from being emptied into the tables.
+void Index::Commit()
+{
+   const auto setIsCommitting = [&](bool theAnswer) {
+      const std::lock_guard aLock(itsReaderMutex);
+      itsIsCommitting = theAnswer;
+      itsReader.EndReading();
+   };
+   setIsCommitting(true);
+   try
+   {
+      itsWriter.Commit();
+   }
+   catch (...)
+   {
+      setIsCommitting(false);
+      throw;
+   }
+   setIsCommitting(false);
 }
 
 // Tells those who wait, and keeps what has to be tried again.

@@ -92,12 +92,14 @@ private:
    bool AwaitBatch();
    void TakeList();
    std::string TryAddBatch();
+   void Commit();
    void Settle(const std::string& theFault) noexcept;
    bool HasRoom() const;
 
-   IndexDatabase itsWriter; // the thread's
-   std::mutex itsReaderMutex;
+   IndexDatabase itsWriter;   // the thread's
+   std::mutex itsReaderMutex; // guards itsReader and itsIsCommitting
    IndexDatabase itsReader;
+   bool itsIsCommitting = false;
 
    std::mutex itsMutex; // guards what follows
    std::condition_variable itsWork;

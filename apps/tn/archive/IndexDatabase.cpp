@@ -148,6 +148,7 @@ struct IndexDatabase::Statements
    SQLiteStatement itsReplacement{itsDatabase, "INSERT OR REPLACE INTO replacement VALUES (?, ?)"};
    SQLiteStatement itsReplacementRemoval{itsDatabase, "DELETE FROM replacement WHERE SOPInstanceUID = ?"};
    SQLiteStatement itsBegin{itsDatabase, "BEGIN IMMEDIATE"};
+   SQLiteStatement itsReadingBegin{itsDatabase, "BEGIN DEFERRED"};
    SQLiteStatement itsCommit{itsDatabase, "COMMIT"};
 };
 
@@ -345,6 +346,22 @@ void IndexDatabase::RollBack()
    }
    catch (...)
    {} // nothing had begun, or SQLite has rolled back itself
+}
+
+void IndexDatabase::BeginReading()
+{
+   if (!itsDatabase.IsInTransaction())
+   {
+      itsStatements->itsReadingBegin.Run();
+   }
+}
+
+void IndexDatabase::EndReading() noexcept
+{
+   if (itsDatabase.IsInTransaction())
+   {
+      RollBack(); // there is nothing to keep
+   }
 }
 
 bool IndexDatabase::AgreesWithFiles()

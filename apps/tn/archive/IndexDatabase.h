@@ -71,6 +71,11 @@ public:
    void Commit();
    void RollBack(); // of what has begun; harmless otherwise
 
+   // Until EndReading everything is read as it is at the first reading, and none takes a lock of its own, which costs
+   // as much as finding an instance. Not to be left so: while a reader reads, what others write makes the file longer.
+   void BeginReading(); // harmless when it has begun
+   void EndReading() noexcept;
+
    // Whether the index is known to agree with the files: said at an orderly end, and unsaid (on the disk) at a start.
    // Never while there are replacements.
    bool AgreesWithFiles();

@@ -150,15 +150,19 @@ int StoreRole::Serve(PDU_Service& theService, DICOMCommandObject& theCommand)
    try
    {
       Store(theService, theCommand, *anInput);
-      return Answer(theService, theCommand, nullptr);
+      const int isAnswered = Answer(theService, theCommand, nullptr);
+      MakeNextFile();
+      return isAnswered;
    }
    catch (const StoreRefusal& aRefusal)
    {
+      itsFile.reset();
       LogRefusal(theService, theCommand, aRefusal);
       return Answer(theService, theCommand, &aRefusal);
    }
    catch (const SpoolingStream::SourceFailure& aFailure)
    {
+      itsFile.reset();
       try
       {
          std::rethrow_if_nested(aFailure);
@@ -234,7 +238,7 @@ void StoreRole::Receive(PDU_Service& theService, const DICOMCommandObject& theCo
    {
       throw StoreRefusal(StoreStatus::kInvalidInstance, "Affected SOP Instance UID is not valid");
    }
-   SpoolFile aFile(itsArchive.GetSpoolFolder(), itsBuffer);
+   SpoolFile& aFile = TakeFile();
    WriteMetaInformation(aFile, theService, aClass, anInstanceUID, theInput.GetTransferSyntaxType());
    const std::uint64_t aStart = aFile.GetSize();
 
@@ -263,6 +267,28 @@ void StoreRole::Receive(PDU_Service& theService, const DICOMCommandObject& theCo
    {
       Tell(theService, *aKeys);
    }
+}
+
+SpoolFile& StoreRole::TakeFile()
+{
+   if (!itsFile)
+   {
+      itsFile = std::make_unique<SpoolFile>(itsArchive.GetSpoolFolder(), itsBuffer);
+   }
+   return *itsFile;
+}
+
+// After the answer, while the sender is busy with its next instance: making and closing a file takes as long as writing
+// a small one.
+void StoreRole::MakeNextFile() noexcept
+{
+   itsFile.reset();
+   try
+   {
+      TakeFile();
+   }
+   catch (const std::exception&)
+   {} // the next instance tries again, and tells
 }
 
 void StoreRole::Tell(const PDU_Service& theService, const InstanceKeys& theKeys) const

@@ -1,6 +1,7 @@
 // Storage (PS3.4 B) as a node gives it: what peers send is kept in an Archive, byte for byte.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "apps/tn/archive/SpoolFile.h"
@@ -52,6 +53,8 @@ private:
    void Store(PDU_Service& theService, const DICOMCommandObject& theCommand, InputTransferSyntax& theInput);
    void Receive(PDU_Service& theService, const DICOMCommandObject& theCommand, InputTransferSyntax& theInput);
    void Tell(const PDU_Service& theService, const InstanceKeys& theKeys) const;
+   SpoolFile& TakeFile();
+   void MakeNextFile() noexcept;
    int Answer(PDU_Service& theService, const DICOMCommandObject& theCommand, const StoreRefusal* theRefusal);
    void LogRefusal(const PDU_Service& theService, const DICOMCommandObject& theCommand, const StoreRefusal& theRefusal);
 
@@ -60,6 +63,7 @@ private:
    const Settings& itsSettings;
    Messages itsMessages;
    SpoolBuffer itsBuffer;
+   std::unique_ptr<SpoolFile> itsFile; // of the instance that is coming, or of the next one
    unsigned long itsStored = 0;
    unsigned long itsKnown = 0; // were stored already
    unsigned long itsRefused = 0;

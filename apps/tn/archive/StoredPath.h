@@ -30,7 +30,8 @@ public:
    const std::string& GetUpperFolder() const { return itsUpper; }
    const std::string& GetLowerFolder() const { return itsLower; }
    const std::string& GetFile() const { return itsFile; }
-   std::string GetText() const { return itsUpper + "/" + itsLower + "/" + itsFile; }
+   std::string GetFolder() const { return itsUpper + "/" + itsLower; }
+   std::string GetText() const { return GetFolder() + "/" + itsFile; }
 
 private:
    StoredPath(std::string theUpper, std::string theLower, const std::string& theInstance)
