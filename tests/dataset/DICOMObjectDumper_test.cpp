@@ -7,13 +7,11 @@
 #include <string_view>
 
 #include "support/DefaultDictionary.h"
+#include "support/Dictionaries.h"
 #include "support/Elements.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/SequenceVR.h"
-#include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
-#include "talvenor/dictionary/MDataDictionary.h"
 #include "talvenor/dictionary/MUIDDictionary.h"
-#include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
 #include "talvenor/foundation/TNTrace.h"
 
 using namespace std::string_literals;
@@ -35,13 +33,11 @@ constexpr char kDictionaryText[] = "0000,0002,UI,Affected SOP Class UID,Affected
                                    "0028,0106,US_or_SS,Smallest Image Pixel Value,SmallestImagePixelValue,1,1\n";
 
 // Dictionaries of its own for every test; the default UID dictionary, which the dump asks, is put back afterwards.
-class DICOMObjectDumperTest : public testing::Test
+class DICOMObjectDumperTest : public testing::Test, protected Dictionaries
 {
 protected:
-   DICOMObjectDumperTest() : itsUIDs(MUIDDictionary::GetDefaultUIDDictionary()), itsDictionary(itsPublic, itsCatalog)
+   DICOMObjectDumperTest() : Dictionaries(kDictionaryText), itsUIDs(MUIDDictionary::GetDefaultUIDDictionary())
    {
-      std::istringstream aDictionary(kDictionaryText);
-      itsPublic.Load(aDictionary);
       std::istringstream aUIDDictionary("SC, 1.2.840.10008.1.1, VerificationSOPClass, Verification SOP Class\n");
       MUIDDictionary::SetDefaultUIDDictionary(aUIDDictionary);
    }
@@ -81,9 +77,6 @@ protected:
 
    const DefaultDictionary itsDefault{kDictionaryText};
    MUIDDictionary itsUIDs;
-   MDataDictionary itsPublic;
-   PrivateDataDictionaryCatalog itsCatalog;
-   InstanceSpecificDataDictionary itsDictionary;
 };
 
 // An element of any type with a copy of theBytes as its value.

@@ -3,12 +3,9 @@
 #include <array>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sstream>
 
+#include "support/Dictionaries.h"
 #include "support/Elements.h"
-#include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
-#include "talvenor/dictionary/MDataDictionary.h"
-#include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
 
 namespace
 {
@@ -19,21 +16,11 @@ const char kPrivate[] = "PrivateCreator = ACME 1.0\n"
                         "0029,10,US,Weight,Weight,1,1\n"
                         "0029,11,LO,Label,Label,1,1\n";
 
-class DICOMObjectGetters : public testing::Test
+class DICOMObjectGetters : public testing::Test, protected Dictionaries
 {
 protected:
-   DICOMObjectGetters()
-   {
-      std::istringstream aPublicFile(kPublic);
-      itsPublic.Load(aPublicFile);
-      std::istringstream aPrivateFile(kPrivate);
-      itsCatalog.Add(new MPrivateDataDictionary(aPrivateFile));
-      itsSet.SetDataDictionary(itsDictionary);
-   }
+   DICOMObjectGetters() : Dictionaries(kPublic, kPrivate) { itsSet.SetDataDictionary(itsDictionary); }
 
-   MDataDictionary itsPublic;
-   PrivateDataDictionaryCatalog itsCatalog;
-   InstanceSpecificDataDictionary itsDictionary{itsPublic, itsCatalog};
    DICOMDataObject itsSet;
 };
 

@@ -1,12 +1,9 @@
 // Private elements, PS3.5 7.8.1: the creator element (gggg,00bb) reserves (gggg,bb00) to (gggg,bbFF).
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sstream>
 
+#include "support/Dictionaries.h"
 #include "support/Elements.h"
-#include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
-#include "talvenor/dictionary/MDataDictionary.h"
-#include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
 
 using testing::ElementsAre;
 
@@ -17,20 +14,16 @@ const char kAcme[] = "PrivateCreator = ACME 1.0\n"
                      "0029,11,LO,Label,Label,1,1\n"
                      "0029,12,UN,Blob,Blob,1,1\n";
 
-class DICOMObjectPrivate : public testing::Test
+class DICOMObjectPrivate : public testing::Test, protected Dictionaries
 {
 protected:
-   DICOMObjectPrivate()
+   DICOMObjectPrivate() : Dictionaries("", kAcme)
    {
-      std::istringstream aFile(kAcme);
-      itsCatalog.Add(new MPrivateDataDictionary(aFile));
       itsSet.SetDataDictionary(new InstanceSpecificDataDictionary(itsPublic, itsCatalog));
    }
 
    VR* Weight(UINT16 theType = VRCode::US) { return NumberElement<UINT16>(0x00290010, theType, 70); }
 
-   MDataDictionary itsPublic;
-   PrivateDataDictionaryCatalog itsCatalog;
    DICOMDataObject itsSet;
 };
 } // namespace

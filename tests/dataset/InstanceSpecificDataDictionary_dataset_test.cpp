@@ -1,37 +1,27 @@
 // Typing and moving elements with the dictionaries, and UIDs from elements.
 #include <gtest/gtest.h>
 #include <memory>
-#include <sstream>
 
+#include "support/Dictionaries.h"
 #include "support/Elements.h"
 #include "support/MessageOf.h"
-#include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
-#include "talvenor/dictionary/MDataDictionary.h"
-#include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
 #include "talvenor/dictionary/UID.h"
 #include "talvenor/foundation/Exceptions.h"
 
 namespace
 {
-class ElementTyping : public ::testing::Test
+class ElementTyping : public testing::Test, protected Dictionaries
 {
 protected:
    ElementTyping()
-   {
-      std::istringstream aPublic("0010,0010,PN,d,PatientName,1,1\n0028,0106,US_or_SS,d,Smallest,1,1\n");
-      itsPublic.Load(aPublic);
-      std::istringstream aPrivate("PrivateCreator = EXAMPLE\n0029,0034,DS,d,ExampleValue,1,1\n");
-      itsCatalog.Add(new MPrivateDataDictionary(aPrivate));
-   }
+       : Dictionaries("0010,0010,PN,d,PatientName,1,1\n0028,0106,US_or_SS,d,Smallest,1,1\n",
+                      "PrivateCreator = EXAMPLE\n0029,0034,DS,d,ExampleValue,1,1\n")
+   {}
 
    static std::unique_ptr<VR> Element(UINT32 theTag, const std::string& theValue)
    {
       return std::unique_ptr<VR>(TextElement(theTag, theValue));
    }
-
-   MDataDictionary itsPublic;
-   PrivateDataDictionaryCatalog itsCatalog;
-   InstanceSpecificDataDictionary itsDictionary{itsPublic, itsCatalog};
 };
 } // namespace
 

@@ -2,19 +2,15 @@
 
 #include <functional>
 #include <memory>
-#include <sstream>
 
 #include <gtest/gtest.h>
 
 #include "support/CountingAllocater.h"
+#include "support/Dictionaries.h"
 #include "support/MessageOf.h"
 #include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/dataset/VR.h"
-#include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
 #include "talvenor/dictionary/MDDEntry.h"
-#include "talvenor/dictionary/MDataDictionary.h"
-#include "talvenor/dictionary/MPrivateDataDictionary.h"
-#include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
 #include "talvenor/dictionary/UID.h"
 #include "talvenor/foundation/Exceptions.h"
 
@@ -30,21 +26,6 @@ constexpr const char* kPublicLines = "0028, 0010, US, Rows, Rows, 1, 1\n"
 constexpr const char* kPrivateLines = "PrivateCreator = ACME 1.0\n"
                                       "0029, 0001, US, A Number, ANumber, 1, 1\n"
                                       "0029, 0002, LO, A Text, AText, 1, 1\n";
-
-struct Dictionaries
-{
-   Dictionaries()
-   {
-      std::istringstream aPublic(kPublicLines);
-      itsPublic.Load(aPublic);
-      std::istringstream aPrivate(kPrivateLines);
-      itsCatalog.Add(new MPrivateDataDictionary(aPrivate));
-   }
-
-   MDataDictionary itsPublic;
-   PrivateDataDictionaryCatalog itsCatalog;
-   InstanceSpecificDataDictionary itsInstance{itsPublic, itsCatalog};
-};
 
 // What an operation of the factory makes an element for.
 struct Target
@@ -108,10 +89,10 @@ std::string ValueOf(const VR& theVR)
 
 TEST(MVRFactory, StoresValuesInItsByteOrder)
 {
-   const Dictionaries aDictionaries;
+   const Dictionaries aDictionaries(kPublicLines, kPrivateLines);
    for (const auto anEndian : {TNEndian::LittleEndian, TNEndian::BigEndian})
    {
-      const MVRFactory aFactory(anEndian, true, &aDictionaries.itsInstance);
+      const MVRFactory aFactory(anEndian, true, &aDictionaries.itsDictionary);
       for (const OperationCase& anOperation : kOperations)
       {
          SCOPED_TRACE(anOperation.itsKind);
@@ -154,8 +135,8 @@ TEST(MVRFactory, RefusesAKindThatDoesNotFitTheEntry)
 
 TEST(MVRFactory, AsksItsDictionaryWhenThereIsNoEntry)
 {
-   const Dictionaries aDictionaries;
-   const MVRFactory aFactory(TNEndian::LittleEndian, true, &aDictionaries.itsInstance);
+   const Dictionaries aDictionaries(kPublicLines, kPrivateLines);
+   const MVRFactory aFactory(TNEndian::LittleEndian, true, &aDictionaries.itsDictionary);
    const std::unique_ptr<VR> aRows(aFactory.InternalGetVR(0x0028, 0x0010, UINT16{512}));
    EXPECT_EQ(aRows->GetTypeCodeAsString(), "US");
    EXPECT_THROW(aFactory.InternalGetVR(0x0028, 0x0009, UINT16{1}), VRTypingError);
@@ -166,15 +147,15 @@ TEST(MVRFactory, AsksItsDictionaryWhenThereIsNoEntry)
    EXPECT_EQ(MessageOf<VRTypingError>([&] { aFactory.InternalGetSequenceVR(0x0028, 0x0010); }),
              "MVRFactory<VRType>::InternalGetSequenceVR(UINT16, UINT16, UINT16): Data type passed (sequence is "
              "incompatible with dictionary type US for element (0028, 0010)");
-   const MVRFactory anUnchecked(TNEndian::LittleEndian, false, &aDictionaries.itsInstance);
+   const MVRFactory anUnchecked(TNEndian::LittleEndian, false, &aDictionaries.itsDictionary);
    const std::unique_ptr<VR> aLong(anUnchecked.InternalGetVR(0x0028, 0x0009, UINT16{1}));
    EXPECT_EQ(aLong->GetTypeCode(), 0);
 }
 
 TEST(MVRFactory, PadsTextsAsAskedButUIDsWithNUL)
 {
-   const Dictionaries aDictionaries;
-   const MVRFactory aFactory(TNEndian::LittleEndian, true, &aDictionaries.itsInstance);
+   const Dictionaries aDictionaries(kPublicLines, kPrivateLines);
+   const MVRFactory aFactory(TNEndian::LittleEndian, true, &aDictionaries.itsDictionary);
    const std::unique_ptr<VR> aText(aFactory.InternalGetVR(0x1234, 0x0000, RWCString("abc"), '#'));
    EXPECT_EQ(ValueOf(*aText), "abc#");
    const std::unique_ptr<VR> aUID(aFactory.InternalGetVR(0x0008, 0x0018, RWCString("1.2.3"), '#'));
@@ -186,10 +167,10 @@ TEST(MVRFactory, PadsTextsAsAskedButUIDsWithNUL)
 
 TEST(MVRFactory, PixelDataHasAnAllocatorOfItsOwn)
 {
-   const Dictionaries aDictionaries;
+   const Dictionaries aDictionaries(kPublicLines, kPrivateLines);
    CountingAllocater anOrdinary;
    CountingAllocater aPixels;
-   const MVRFactory aFactory(TNEndian::LittleEndian, true, &aDictionaries.itsInstance, anOrdinary, aPixels);
+   const MVRFactory aFactory(TNEndian::LittleEndian, true, &aDictionaries.itsDictionary, anOrdinary, aPixels);
    const unsigned char aBytes[4] = {};
    const struct
    {
@@ -206,8 +187,8 @@ TEST(MVRFactory, PixelDataHasAnAllocatorOfItsOwn)
 
 TEST(MVRFactory, FindsPrivateAttributesByCreatorAndName)
 {
-   const Dictionaries aDictionaries;
-   const MVRFactory aFactory(TNEndian::LittleEndian, true, &aDictionaries.itsInstance);
+   const Dictionaries aDictionaries(kPublicLines, kPrivateLines);
+   const MVRFactory aFactory(TNEndian::LittleEndian, true, &aDictionaries.itsDictionary);
    const std::unique_ptr<VR> aVR(aFactory.GetPrivateVR("ACME 1.0", "ANumber", 0x0102));
    EXPECT_EQ(aVR->GetTag(), 0x00290001u);
    EXPECT_EQ(aVR->GetTypeCodeAsString(), "US");

@@ -1,35 +1,26 @@
 #include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
 
 #include <gtest/gtest.h>
-#include <sstream>
 
-#include "talvenor/dictionary/MDataDictionary.h"
+#include "support/Dictionaries.h"
 #include "talvenor/dictionary/PrivateAllocation.h"
-#include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
 
 namespace
 {
-class InstanceSpecificDataDictionaryTest : public ::testing::Test
+class InstanceSpecificDataDictionaryTest : public testing::Test, protected Dictionaries
 {
 protected:
    InstanceSpecificDataDictionaryTest()
-   {
-      std::istringstream aPublic("0010,0010,PN,d,PatientName,1,1\n0029,1234,LO,d,Misplaced,1,1\n"
-                                 "0007,0010,SH,d,OddButPublic,1,1\nFFFF,1000,SH,d,LastGroup,1,1\n"
-                                 "0010,0020,UN,d,ListedAsUN,1,1\n");
-      itsPublic.Load(aPublic);
-      std::istringstream aPrivate("PrivateCreator = EXAMPLE\n0029,0034,DS,d,ExampleValue,1,1\n");
-      itsCatalog.Add(new MPrivateDataDictionary(aPrivate));
-   }
+       : Dictionaries("0010,0010,PN,d,PatientName,1,1\n0029,1234,LO,d,Misplaced,1,1\n"
+                      "0007,0010,SH,d,OddButPublic,1,1\nFFFF,1000,SH,d,LastGroup,1,1\n"
+                      "0010,0020,UN,d,ListedAsUN,1,1\n",
+                      "PrivateCreator = EXAMPLE\n0029,0034,DS,d,ExampleValue,1,1\n")
+   {}
 
    int Register(const char* theCreator, UINT16 theGroup, UINT16 theElement)
    {
       return itsDictionary.RegisterPrivateCreator(theCreator, MAttributeTag(theGroup, theElement));
    }
-
-   MDataDictionary itsPublic;
-   PrivateDataDictionaryCatalog itsCatalog;
-   InstanceSpecificDataDictionary itsDictionary{itsPublic, itsCatalog};
 };
 using ISDD = InstanceSpecificDataDictionary;
 } // namespace

@@ -2,13 +2,10 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
-#include <sstream>
 
+#include "support/Dictionaries.h"
 #include "support/Elements.h"
 #include "talvenor/dataset/SequenceVR.h"
-#include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
-#include "talvenor/dictionary/MDataDictionary.h"
-#include "talvenor/dictionary/PrivateDataDictionaryCatalog.h"
 #include "talvenor/transfer/TransferSyntaxTypes.h"
 
 namespace
@@ -71,15 +68,14 @@ Texts With(Texts theTexts, const Texts& theChanges)
 }
 
 // The library's own private attributes, in a block of group 0009.
-class PrivateSet
+class PrivateSet : private Dictionaries
 {
 public:
    PrivateSet()
+       : Dictionaries("", "PrivateCreator = CORVAN0\n"
+                          "0009,01,UI,Original,OrigSOPInstUID,1,1\n"
+                          "0009,02,US,Version,CORVANDemoFileVersion,1,1\n")
    {
-      std::istringstream aFile("PrivateCreator = CORVAN0\n"
-                               "0009,01,UI,Original,OrigSOPInstUID,1,1\n"
-                               "0009,02,US,Version,CORVANDemoFileVersion,1,1\n");
-      itsCatalog.Add(new MPrivateDataDictionary(aFile));
       itsSet.SetDataDictionary(new InstanceSpecificDataDictionary(itsPublic, itsCatalog));
    }
 
@@ -88,8 +84,6 @@ public:
       itsSet.DICOMObject::Push("CORVAN0", "CORVANDemoFileVersion", NumberElement(0x00090002, VRCode::US, theVersion));
    }
 
-   MDataDictionary itsPublic;
-   PrivateDataDictionaryCatalog itsCatalog;
    DICOMDataObject itsSet;
 };
 
