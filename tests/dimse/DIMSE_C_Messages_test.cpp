@@ -6,10 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include "support/CommandBytes.h"
-#include "support/Elements.h"
+#include "support/CapturedTrace.h"
+#include "support/DIMSEMessages.h"
 #include "support/MemoryAssociation.h"
-#include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/dimse/CEchoRQ.h"
 #include "talvenor/dimse/CEchoRSP.h"
 #include "talvenor/dimse/CFindRQ.h"
@@ -19,7 +18,6 @@
 #include "talvenor/dimse/CStoreRQ.h"
 #include "talvenor/dimse/CStoreRSP.h"
 #include "talvenor/foundation/AETitle.h"
-#include "talvenor/foundation/TNTrace.h"
 #include "talvenor/transfer/InputTransferSyntax.h"
 
 namespace
@@ -30,17 +28,10 @@ using Tags = RWTValOrderedVector<MAttributeTag>;
 
 const std::string kCT = "1.2.840.10008.5.1.4.1.1.2";
 
-// A service of that SOP class, or of none.
 template <class Message>
-struct Of : Message
+struct Of : ServiceOf<Message>
 {
-   explicit Of(const std::string& theClass = kCT) : itsClass(theClass) {}
-   int GetUID(UID& theUID) const override
-   {
-      theUID.Set(itsClass);
-      return !itsClass.empty();
-   }
-   std::string itsClass;
+   explicit Of(const std::string& theClass = kCT) : ServiceOf<Message>(theClass) {}
 };
 
 DICOMDataObject Dataset(const std::string& theClass = kCT, const std::string& theInstance = "1.2.3")
@@ -58,32 +49,11 @@ DICOMDataObject Dataset(const std::string& theClass = kCT, const std::string& th
 const std::string kDatasetBytes =
     DatasetBytes().Element(0x00080016, "UI", kCT + "\0"s).Element(0x00080018, "UI", "1.2.3\0"s).Bytes();
 
-DICOMCommandObject Command(const std::vector<std::pair<UINT32, UINT16>>& theNumbers, const std::string& theClass = "")
-{
-   DICOMCommandObject aCommand;
-   for (const auto& [aTag, aValue] : theNumbers)
-   {
-      aCommand.Push(NumberElement(aTag, VRCode::US, aValue));
-   }
-   if (!theClass.empty())
-   {
-      aCommand.Push(BytesElement(0x0002, VRCode::UI, theClass));
-   }
-   return aCommand;
-}
 const DICOMCommandObject kRequest = Command({{0x0110, 513}});
 
-std::string CommandPDV(const std::string& theElements)
-{
-   return PDUBytes::PDV(1, 3, CommandSet(theElements));
-}
-std::string Alone(const std::string& theElements)
-{
-   return PDUBytes::PData(CommandPDV(theElements));
-}
 std::string WithDataset(const std::string& theElements)
 {
-   return PDUBytes::PData(CommandPDV(theElements) + PDUBytes::PDV(1, 2, kDatasetBytes));
+   return With(kDatasetBytes, theElements);
 }
 
 std::string Class(const std::string& theUID = kCT + "\0"s)
@@ -395,15 +365,11 @@ TEST(DIMSE_C_Messages, AreTraced)
    {
       MemoryAssociation aService(kCT, PDUBytes::PData(PDUBytes::PDV(1, 2, kDatasetBytes)));
       DICOMDataObject aDataset = Dataset();
-      std::ostringstream aTrace;
-      gTNTracer.On(aTrace);
-      gTNTracer.SetTrace(TNTrace::TNTraceDimsec);
+      const CapturedTrace aTrace("TNTraceDimsec");
       EXPECT_TRUE(aCase.itsAction(aService, aDataset)) << aCase.itsName;
       gTNTracer.SetTrace(TNTrace::TNTraceDimsecDicomObjects);
       Of<CEchoRSP>().Read(Command({{0x0100, 0x8030}}));
-      gTNTracer.Clear();
-      gTNTracer.Off();
-      const std::string anEntries = Entries(aTrace.str());
+      const std::string anEntries = Entries(aTrace.Text());
       const std::size_t aLast = anEntries.rfind("|CEchoRSP::Read(): CEchoRSP Response Command Read:\n");
       ASSERT_NE(aLast, std::string::npos) << anEntries;
       EXPECT_EQ(anEntries.substr(0, aLast), aCase.itsEntries) << aCase.itsName;

@@ -1,15 +1,13 @@
 // The messages of DIMSE-N: their bytes on the wire, what they recognise and what they refuse.
 #include <functional>
-#include <sstream>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "support/CommandBytes.h"
+#include "support/CapturedTrace.h"
+#include "support/DIMSEMessages.h"
 #include "support/DefaultDictionary.h"
-#include "support/Elements.h"
 #include "support/MemoryAssociation.h"
-#include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/dataset/MVRFactory.h"
 #include "talvenor/dimse/CEchoRQ.h"
 #include "talvenor/dimse/NActionRQ.h"
@@ -24,7 +22,6 @@
 #include "talvenor/dimse/NGetRSP.h"
 #include "talvenor/dimse/NSetRQ.h"
 #include "talvenor/dimse/NSetRSP.h"
-#include "talvenor/foundation/TNTrace.h"
 
 namespace
 {
@@ -36,15 +33,9 @@ const std::string kPrinter = "1.2.840.10008.5.1.1.16"; // an even number of char
 const UID kInstance("1.2.3");
 
 template <class Message>
-struct Of final : Message
+struct Of final : ServiceOf<Message>
 {
-   explicit Of(const std::string& theClass = kPrinter) : itsClass(theClass) {}
-   int GetUID(UID& theUID) const override
-   {
-      theUID.Set(itsClass);
-      return !itsClass.empty();
-   }
-   std::string itsClass;
+   explicit Of(const std::string& theClass = kPrinter) : ServiceOf<Message>(theClass) {}
 };
 
 DICOMDataObject Dataset(const std::string& theText = "PRINTER1")
@@ -55,19 +46,6 @@ DICOMDataObject Dataset(const std::string& theText = "PRINTER1")
 }
 const std::string kDatasetBytes = DatasetBytes().Element(0x21100030, "LO", "PRINTER1").Bytes();
 
-DICOMCommandObject Command(const std::vector<std::pair<UINT32, UINT16>>& theNumbers, UINT32 theClassTag = 0)
-{
-   DICOMCommandObject aCommand;
-   for (const auto& [aTag, aValue] : theNumbers)
-   {
-      aCommand.Push(NumberElement(aTag, VRCode::US, aValue));
-   }
-   if (theClassTag != 0)
-   {
-      aCommand.Push(BytesElement(theClassTag, VRCode::UI, "1.2.34"));
-   }
-   return aCommand;
-}
 const DICOMCommandObject kRequest = Command({{0x0110, 9}});
 
 // What follows the SOP class, up to the type.
@@ -82,13 +60,9 @@ std::string Response(unsigned int theField, unsigned int theType, unsigned int t
 const std::string kAffectedClass = Element(0x0002, kPrinter), kRequestedClass = Element(0x0003, kPrinter);
 const std::string kAffected = Element(0x1000, "1.2.3\0"s), kRequested = Element(0x1001, "1.2.3\0"s);
 
-std::string Alone(const std::string& theElements)
-{
-   return PDUBytes::PData(PDUBytes::PDV(1, 3, CommandSet(theElements)));
-}
 std::string With(const std::string& theElements)
 {
-   return PDUBytes::PData(PDUBytes::PDV(1, 3, CommandSet(theElements)) + PDUBytes::PDV(1, 2, kDatasetBytes));
+   return ::With(kDatasetBytes, theElements);
 }
 
 TEST(DIMSE_N_Messages, AreWrittenAsTheStandardHasThem)
@@ -118,7 +92,7 @@ TEST(DIMSE_N_Messages, AreWrittenAsTheStandardHasThem)
         }},
        {"N-GET-RSP with attributes, for the class of the request",
         [](auto& s, auto& d) {
-           return Of<NGetRSP>().Write(s, Command({{0x0110, 9}}, 0x0003), kInstance, d, 0);
+           return Of<NGetRSP>().Write(s, Command({{0x0110, 9}}, "1.2.34", 0x0003), kInstance, d, 0);
         },
         [](UINT16) { return With(Element(0x0002, "1.2.34") + Response(0x8110, 0x0102, 0) + kAffected); }},
        {"N-SET-RQ ends its PDU before the list", [](auto& s, auto& d) { return Of<NSetRQ>().Write(s, d, kInstance); },
@@ -149,7 +123,7 @@ TEST(DIMSE_N_Messages, AreWrittenAsTheStandardHasThem)
         [](UINT16 id) { return Alone(kAffectedClass + Request(0x0140, id, 0x0101) + kAffected); }},
        {"N-CREATE-RSP takes no class from the wrong element",
         [](auto& s, auto&) {
-           return Of<NCreateRSP>().Write(s, Command({{0x0110, 9}}, 0x0003), kInstance, 0x0111);
+           return Of<NCreateRSP>().Write(s, Command({{0x0110, 9}}, "1.2.34", 0x0003), kInstance, 0x0111);
         },
         [](UINT16) { return Alone(kAffectedClass + Response(0x8140, 0x0101, 0x0111) + kAffected); }},
        {"N-DELETE-RQ", [](auto& s, auto&) { return Of<NDeleteRQ>().Write(s, kInstance); },
@@ -179,7 +153,7 @@ TEST(DIMSE_N_Messages, OfAServiceWithoutSOPClassAreNotSent)
    const std::function<int(PDU_Service&)> kWrites[] = {
        [&](auto& s) { return Of<NGetRQ>("").Write(s, aDataset, kInstance); },
        [&](auto& s) { return Of<NCreateRQ>("").Write(s, aDataset, kInstance); },
-       [&](auto& s) { return Of<NSetRSP>("").Write(s, Command({}, 0x0003), kInstance, aDataset, 0); },
+       [&](auto& s) { return Of<NSetRSP>("").Write(s, Command({}, "1.2.34", 0x0003), kInstance, aDataset, 0); },
    };
    for (const auto& aWrite : kWrites)
    {
@@ -301,18 +275,14 @@ TEST(DIMSE_N_Messages, AreTracedWithTheirContents)
    {
       MemoryAssociation aService(kPrinter, PDUBytes::PData(PDUBytes::PDV(1, 2, kDatasetBytes)));
       DICOMDataObject aDataset = Dataset();
-      std::ostringstream aTrace;
-      gTNTracer.On(aTrace);
-      gTNTracer.SetTrace(TNTrace::TNTraceDimsen);
+      const CapturedTrace aTrace("TNTraceDimsen");
       EXPECT_TRUE(aCase.itsAction(aService, aDataset)) << aCase.itsName;
-      gTNTracer.Clear();
-      gTNTracer.Off();
       std::size_t aPlace = 0;
       for (const std::string& aLine : aCase.itsLines)
       {
-         aPlace = aTrace.str().find(aLine + "\n", aPlace);
-         ASSERT_NE(aPlace, std::string::npos) << aCase.itsName << ": " << aTrace.str();
-         aPlace = aTrace.str().find("(", aPlace + aLine.size()); // an element of the dump
+         aPlace = aTrace.Text().find(aLine + "\n", aPlace);
+         ASSERT_NE(aPlace, std::string::npos) << aCase.itsName << ": " << aTrace.Text();
+         aPlace = aTrace.Text().find("(", aPlace + aLine.size()); // an element of the dump
       }
       EXPECT_NE(aPlace, std::string::npos) << aCase.itsName;
    }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "support/CapturedErrorLog.h"
+#include "support/CapturedTrace.h"
 #include "support/FakeClock.h"
 #include "support/FileBytes.h"
 #include "support/RecordingOutputStream.h"
@@ -16,7 +17,6 @@
 #include "talvenor/file/Part10Header.h"
 #include "talvenor/file/Part10OutputStreamOutputStream.h"
 #include "talvenor/foundation/AETitle.h"
-#include "talvenor/foundation/TNTrace.h"
 
 namespace
 {
@@ -160,9 +160,7 @@ TEST(Part10OutputStreamOutputStream, TellsWhatItsTargetTells)
 TEST(Part10FileOutputStream, WritesAFileThatOthersMayReadOnceItIsClosed)
 {
    const TemporaryFile aFile(std::string(5000, 'x')); // longer than what replaces it
-   std::ostringstream aTrace;
-   gTNTracer.On(aTrace);
-   gTNTracer.SetTrace(TNTrace::TNTraceFileIO);
+   const CapturedTrace aTrace("TNTraceFileIO");
    {
       const FakeClock aClock;
       Part10FileOutputStream aStream(aFile.Name(), new Part10Header(MakeHeader()));
@@ -179,8 +177,6 @@ TEST(Part10FileOutputStream, WritesAFileThatOthersMayReadOnceItIsClosed)
       EXPECT_EQ(StreamErrorOf([&] { Write(aStream, "x"); }),
                 (StreamError{"Part10FileOutputStream::Write: file is not open", TN_INVALID_FILE_HANDLE}));
    }
-   gTNTracer.ClearTrace(TNTrace::TNTraceFileIO);
-   gTNTracer.Off();
    EXPECT_EQ(aFile.Contents(), "P" + HeaderBytes().substr(1) + "data");
    const std::string aName = aFile.Name();
    std::size_t aPlace = 0;
@@ -188,8 +184,8 @@ TEST(Part10FileOutputStream, WritesAFileThatOthersMayReadOnceItIsClosed)
         {"Open(\"" + aName + "\"): Attempting to lock file.\n", "Open(\"" + aName + "\"): File is locked.\n",
          "Close(\"" + aName + "\"): File is unlocked.\n"})
    {
-      aPlace = aTrace.str().find("Part10FileOutputStream::" + aLine, aPlace);
-      ASSERT_NE(aPlace, std::string::npos) << aLine << aTrace.str();
+      aPlace = aTrace.Text().find("Part10FileOutputStream::" + aLine, aPlace);
+      ASSERT_NE(aPlace, std::string::npos) << aLine << aTrace.Text();
    }
 }
 

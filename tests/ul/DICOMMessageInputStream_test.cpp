@@ -3,11 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
-#include "talvenor/foundation/TNTrace.h"
 #include "talvenor/ul/PDUInputStream.h"
 #include "talvenor/ul/PDVOutputStream.h"
+#include "tests/support/CapturedTrace.h"
 #include "tests/support/HexBytes.h"
 #include "tests/support/MemoryDULStream.h"
 #include "tests/support/StreamErrors.h"
@@ -214,23 +212,20 @@ TEST(PDVInputStream, TracesCommandsAndLastFragmentsUnlessAllAreWanted)
    for (const Case& aCase : {Case{"TNTracePDUVerbose", {}}, Case{"TNTracePDataTF", {"4", "2"}},
                              Case{"TNTracePDataTF,TNTracePDUVerbose", {"4", "5", "2", "4", "4", "2"}}})
    {
-      std::ostringstream aText;
-      gTNTracer.On(aText);
-      gTNTracer.SetList(aCase.itsFlags);
+      const CapturedTrace aTrace(aCase.itsFlags);
       Receiver aReceiver(kTwoMessages);
       while (aReceiver.itsMessage.Start())
       {
          aReceiver.itsMessage.Flush();
       }
-      gTNTracer.Clear();
-      gTNTracer.Off();
+      const std::string aText = aTrace.Text();
       const std::string aStart = "PDVInputStream::ReadHeader(): Read PDV Header: \n\tPDV Length: ";
       std::vector<std::string> aLengths;
-      for (std::size_t i = aText.str().find(aStart); i != std::string::npos; i = aText.str().find(aStart, i + 1))
+      for (std::size_t i = aText.find(aStart); i != std::string::npos; i = aText.find(aStart, i + 1))
       {
-         aLengths.push_back(aText.str().substr(i + aStart.size(), 1));
+         aLengths.push_back(aText.substr(i + aStart.size(), 1));
       }
-      EXPECT_EQ(aLengths, aCase.itsLengths) << aCase.itsFlags << aText.str();
+      EXPECT_EQ(aLengths, aCase.itsLengths) << aCase.itsFlags << aText;
    }
 }
 

@@ -5,15 +5,14 @@
 #include <chrono>
 #include <functional>
 #include <numeric>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "support/CapturedErrorLog.h"
+#include "support/CapturedTrace.h"
 #include "support/ConnectedSockets.h"
 #include "support/StreamErrors.h"
-#include "talvenor/foundation/TNTrace.h"
 #include "talvenor/foundation/TNXInitializer.h"
 #include "talvenor/ul/SocketInputStream.h"
 #include "talvenor/ul/SocketOutputStream.h"
@@ -304,20 +303,16 @@ TEST(SocketTest, RefusalsAreNamedByTheirResultCodes)
 TEST(SocketTest, TheTraceShowsBytesAndTheEnd)
 {
    ConnectedSockets aPair;
-   std::ostringstream aTrace;
-   gTNTracer.On(aTrace);
-   gTNTracer.SetList("TNTraceSocketBytesRead,TNTraceSocketEOF,TNTraceSocketOpenClose");
+   const CapturedTrace aTrace("TNTraceSocketBytesRead,TNTraceSocketEOF,TNTraceSocketOpenClose");
    unsigned char aBytes[17] = {0x04, 0xAB};
    aPair.itsRequester.SendBinary(aBytes, sizeof aBytes);
    aPair.itsRequester.Close();
    while (aPair.itsAcceptor.ReadBinary(aBytes, sizeof aBytes) > 0)
    {}
-   gTNTracer.Clear();
-   gTNTracer.Off();
    for (const char* aText : {"\n04 ab 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n00 \n", "): recv() returned EOF\n",
                              "Socket::CloseConnectionSocket(): closed connection socket ("})
    {
-      EXPECT_NE(aTrace.str().find(aText), std::string::npos) << aText << " is not in " << aTrace.str();
+      EXPECT_NE(aTrace.Text().find(aText), std::string::npos) << aText << " is not in " << aTrace.Text();
    }
 }
 
