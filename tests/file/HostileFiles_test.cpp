@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
-#include <optional>
 #include <sstream>
 
 #include <malloc.h>
@@ -15,13 +13,10 @@
 #include "support/DatasetBytes.h"
 #include "support/DefaultDictionary.h"
 #include "support/FileBytes.h"
-#include "support/PiecewiseInputStream.h"
+#include "support/FileLoading.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/DICOMObjectDumper.h"
 #include "talvenor/dataset/VR.h"
-#include "talvenor/file/DICOMObjectLoader.h"
-#include "talvenor/file/Part10InputStreamInputStream.h"
-#include "talvenor/foundation/StreamIOException.h"
 
 namespace
 {
@@ -44,83 +39,6 @@ constexpr UINT32 kUnknown = 0x00081FFE; // in no dictionary
 
 constexpr Encoding kNative[] = {Encoding::Implicit, Encoding::Explicit, Encoding::BigEndian};
 
-// What became of a file.
-struct Outcome
-{
-   bool operator==(const Outcome&) const = default;
-
-   TNResultCode itsCode = TN_NO_ERROR;
-   InputTransferSyntax::LevelEnd itsEnd = InputTransferSyntax::NotEnded;
-   bool itsIsCut = false;
-   bool itsHasHeader = false;
-   UINT32 itsEntries = 0;
-   RWCString itsPath; // of the fault
-   RWCString itsText;
-
-   bool IsTold() const { return itsCode != TN_NO_ERROR || itsIsCut; }
-   bool IsNothing() const { return !itsHasHeader; } // of a file that should have meta information: not one of ours
-};
-
-std::ostream& operator<<(std::ostream& theText, const Outcome& theOutcome)
-{
-   return theText << "code " << theOutcome.itsCode << ", end " << theOutcome.itsEnd << ", cut " << theOutcome.itsIsCut
-                  << ", entries " << theOutcome.itsEntries << ", path \"" << theOutcome.itsPath << "\", "
-                  << theOutcome.itsText;
-}
-
-template <class MakeStream>
-Outcome LoadFrom(MakeStream theMakeStream, DICOMDataObject& theObject)
-{
-   Outcome anOutcome;
-   std::unique_ptr<Part10InputStream> aStream;
-   std::optional<DICOMObjectLoader> aLoader;
-   try
-   {
-      aStream = theMakeStream();
-      anOutcome.itsHasHeader = aStream->GetPart10Header() != nullptr;
-      aLoader.emplace(theObject, *aStream);
-      aLoader->Load();
-   }
-   catch (const StreamIOException& anException)
-   {
-      anOutcome.itsCode = anException.GetResultCode();
-      anOutcome.itsText = anException.why();
-   }
-   if (aLoader)
-   {
-      anOutcome.itsEnd = aLoader->GetDecoder().GetLevelEnd();
-      anOutcome.itsIsCut = aLoader->GetDecoder().IsCut();
-      anOutcome.itsPath = aLoader->GetDecoder().GetFaultPath();
-   }
-   anOutcome.itsEntries = theObject.Entries();
-   return anOutcome;
-}
-
-// Of a copy of exactly that size, so that a sanitizer sees a read behind its end.
-Outcome LoadFromMemory(const std::string& theFile, DICOMDataObject& theObject)
-{
-   return LoadFrom([&] { return OpenBytes(theFile, 1, 1); }, theObject);
-}
-
-// From memory, and once more as from a network: both must end the same way.
-Outcome Load(const std::string& theFile)
-{
-   DICOMDataObject anObject;
-   const Outcome anOutcome = LoadFromMemory(theFile, anObject);
-   if (theFile.size() >= 144) // a stream of unknown length needs a whole header
-   {
-      PiecewiseInputStream aSource({theFile.begin(), theFile.end()}, 7);
-      DICOMDataObject aSecond;
-      const auto anOpen = [&] {
-         auto aStream = std::make_unique<Part10InputStreamInputStream>();
-         aStream->Open(aSource, 1, 1);
-         return aStream;
-      };
-      EXPECT_EQ(LoadFrom(anOpen, aSecond), anOutcome) << "from a stream of pieces";
-   }
-   return anOutcome;
-}
-
 struct Row
 {
    std::string itsName;
@@ -134,7 +52,7 @@ void CheckRows(const std::vector<Row>& theRows)
    for (const Row& aRow : theRows)
    {
       SCOPED_TRACE(aRow.itsName);
-      const Outcome anOutcome = Load(aRow.itsFile);
+      const LoadOutcome anOutcome = Load(aRow.itsFile);
       EXPECT_EQ(anOutcome.itsCode, aRow.itsCode) << anOutcome;
       EXPECT_EQ(anOutcome.itsIsCut, aRow.itsIsCut) << anOutcome;
    }
@@ -351,7 +269,7 @@ TEST_F(HostileFiles, DepthHasALimit)
       for (const bool isDefined : {false, true})
       {
          DICOMDataObject anObject;
-         const Outcome anOutcome = LoadFromMemory(Nested(anEncoding, 256, isDefined), anObject);
+         const LoadOutcome anOutcome = LoadFromMemory(Nested(anEncoding, 256, isDefined), anObject);
          EXPECT_FALSE(anOutcome.IsTold()) << anOutcome;
          const DICOMDataObject aCopy(anObject);
          EXPECT_TRUE(aCopy.ValueEquals(anObject));
@@ -412,7 +330,7 @@ TEST_F(HostileFiles, ManySmallThingsTakeLittleTimeAndMemory)
       };
       const std::size_t aBefore = anInUse();
       DICOMDataObject anObject;
-      const Outcome anOutcome = LoadFromMemory(aFile, anObject);
+      const LoadOutcome anOutcome = LoadFromMemory(aFile, anObject);
       EXPECT_FALSE(anOutcome.IsTold()) << aCase.itsName << ": " << anOutcome;
       EXPECT_EQ(anOutcome.itsEntries, aCase.itsEntries) << aCase.itsName;
       if (!kIsSanitized) // which has its own allocator
@@ -469,11 +387,12 @@ TEST_F(HostileFiles, RaggedValuesAreKeptAndNeverReadPast)
    {
       SCOPED_TRACE(std::string(aCase.itsType) + " of " + std::to_string(aCase.itsLength));
       DICOMDataObject anObject;
-      const Outcome anOutcome = LoadFromMemory(Explicit()
-                                                   .Element(kUnknown, aCase.itsType, std::string(aCase.itsLength, '\1'))
-                                                   .Element(kName, "PN", "A ")
-                                                   .File(),
-                                               anObject);
+      const LoadOutcome anOutcome =
+          LoadFromMemory(Explicit()
+                             .Element(kUnknown, aCase.itsType, std::string(aCase.itsLength, '\1'))
+                             .Element(kName, "PN", "A ")
+                             .File(),
+                         anObject);
       EXPECT_FALSE(anOutcome.IsTold()) << anOutcome;
       EXPECT_EQ(anOutcome.itsEntries, 2u);
       ASSERT_NE(anObject.GetVR(0x0008, 0x1FFE), nullptr);
@@ -528,7 +447,7 @@ void CheckCuts(const DatasetBytes& theDataset)
    ASSERT_FALSE(Load(aFile).IsTold());
    for (std::size_t aSize = 0; aSize < aFile.size(); ++aSize)
    {
-      const Outcome anOutcome = Load(aFile.substr(0, aSize));
+      const LoadOutcome anOutcome = Load(aFile.substr(0, aSize));
       const auto& aWhole = theDataset.WholeAt();
       const bool isWhole = aSize >= aHeader && std::count(aWhole.begin(), aWhole.end(), aSize - aHeader) != 0;
       EXPECT_EQ(anOutcome.IsTold() || anOutcome.IsNothing(), !isWhole)
