@@ -51,9 +51,9 @@ using PrintParts = std::vector<std::unique_ptr<Part>>;
 template <class Part>
 void AppendPart(PrintParts<Part>& theParts, Part* theNewOne)
 {
-   std::unique_ptr<Part> aPart(theNewOne);
-   if (aPart != nullptr)
+   if (theNewOne != nullptr)
    {
+      std::unique_ptr<Part> aPart(theNewOne);
       theParts.push_back(std::move(aPart));
    }
 }
