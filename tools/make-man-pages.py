@@ -9,7 +9,7 @@ import sys
 
 
 CONFIGURATION = """# CONFIGURATION
-A file that `--config FILE`, before the command, or the environment variable `TN_CONFIG` names gives peers names and
+A file that `--config FILE` or the environment variable `TN_CONFIG` names gives peers names and
 options values; what stands on the command line goes before it.
 
     [peers]

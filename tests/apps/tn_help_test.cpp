@@ -162,6 +162,10 @@ TEST(TnConfig, NamesPeersAndSetsOptionsWhereTheCommandLineDoesNot)
    const std::string aFile = aFolder.File("tn.toml");
    std::ofstream(aFile) << "[peers]\narchive = \"ARCHIVE@localhost:9\"\nother = \"localhost:9\"\n"
                            "[echo]\naet = \"FROM_FILE\"\n[send]\nretry = 2\n";
+   const auto aBad = [&aFolder](const char* theName, const char* theText) {
+      std::ofstream(aFolder.File(theName)) << theText;
+      return "--config '" + aFolder.File(theName) + "' ";
+   };
    const std::string aBroken = aFolder.File("broken.toml");
    std::ofstream(aBroken) << "[peers]\narchive = \"ARCHIVE@\"\n";
    const struct
@@ -175,7 +179,11 @@ TEST(TnConfig, NamesPeersAndSetsOptionsWhereTheCommandLineDoesNot)
        {"option of the file", "--config '" + aFile + "' echo --json @archive", 5, "\"FROM_FILE\""},
        {"option of the line", "--config '" + aFile + "' echo --aet ME --json @archive", 5, "\"ME\""},
        {"without a title", "--config '" + aFile + "' echo --json @other", 5, "\"ANY-SCP\""},
-       {"unknown name", "--config '" + aFile + "' echo @nobody", 2, "@nobody"},
+       {"behind the command", "echo --json @archive --config '" + aFile + "'", 5, "\"FROM_FILE\""},
+       {"unknown name", "--config '" + aFile + "' echo @nobody", 2, "@nobody; there are @archive, @other"},
+       {"unknown command", aBad("command", "[sned]\nretry = 2\n") + "echo localhost:9", 2, "no command tn sned"},
+       {"unknown option", aBad("option", "[send]\nrety = 2\n") + "echo localhost:9", 2, "tn send has no option --rety"},
+       {"no number", "echo --repeat many localhost:9", 2, "many is no number above 0"},
        {"no file", "echo @archive", 2, "--config"},
        {"missing file", "--config '" + aFile + ".not' echo localhost:9", 2, ".not"},
        {"peer written wrongly", "--config '" + aBroken + "' echo localhost:9", 2, "peer archive"},

@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/tn/base/NumberCheck.h"
 #include "talvenor/foundation/OneLine.h"
 
 namespace
@@ -54,7 +55,7 @@ StorageOptions::StorageOptions(CLI::App& theOptions)
                    "Command for each study that nothing has come for lately; see TN_STUDY, TN_FOLDER and TN_AET")
        ->group(kGroup);
    theOptions.add_option("--quiet-for", itsNoticeSettings.itsQuietSeconds, "Seconds that this is")
-       ->check(CLI::NonNegativeNumber)
+       ->check(NotNegative())
        ->capture_default_str()
        ->group(kGroup);
    theOptions
@@ -66,12 +67,12 @@ StorageOptions::StorageOptions(CLI::App& theOptions)
        })
        ->group(kGroup);
    theOptions.add_option("--delay", itsRoleSettings.itsDelay, "For testing: seconds to wait before each answer")
-       ->check(CLI::NonNegativeNumber)
+       ->check(NotNegative())
        ->group(kGroup);
    theOptions
        .add_option("--abort-after", itsRoleSettings.itsAbortAfter,
                    "For testing: abort each association after so many instances")
-       ->check(CLI::PositiveNumber)
+       ->check(Positive())
        ->group(kGroup);
 }
 

@@ -11,9 +11,18 @@
 class ConfigFile : public CLI::ConfigTOML
 {
 public:
-   // The option, for every command. The environment may name the file, too (TN_CONFIG).
+   // The option, for every command, before it or behind it. The environment may name the file, too (TN_CONFIG).
    static void AddTo(CLI::App& theProgram);
 
-   // The options; the names are learned at once. Throws CLI::ConfigError for a peer that is written wrongly.
+   // theProgram is borrowed.
+   explicit ConfigFile(const CLI::App& theProgram) : itsProgram(theProgram) {}
+
+   // The options; the names are learned at once. Throws CLI::ConfigError for a peer that is written wrongly, and for
+   // commands and options that there are none of: who wrote them relies on them.
    std::vector<CLI::ConfigItem> from_config(std::istream& theFile) const override;
+
+private:
+   void CheckOption(const CLI::ConfigItem& theItem) const;
+
+   const CLI::App& itsProgram;
 };

@@ -14,6 +14,7 @@
 #include "apps/tn/base/ExitCode.h"
 #include "apps/tn/base/Interruption.h"
 #include "apps/tn/base/JsonWriter.h"
+#include "apps/tn/base/NumberCheck.h"
 #include "apps/tn/network/AssociationAnswers.h"
 #include "apps/tn/network/NetworkFailure.h"
 #include "talvenor/association/PDU_Service.h"
@@ -106,11 +107,11 @@ EchoCommand::EchoCommand(CLI::App& theProgram)
 {
    itsOptions.add_option("--repeat", itsRepeat, "How many echoes, on one association")
        ->type_name("N")
-       ->check(CLI::PositiveNumber)
+       ->check(Positive())
        ->capture_default_str();
    itsOptions.add_option("--interval", itsInterval, "Pause between two echoes")
        ->type_name("SECONDS")
-       ->check(CLI::NonNegativeNumber)
+       ->check(NotNegative())
        ->capture_default_str();
    itsOptions.add_flag("--json", itsIsJson, "The result as one JSON object");
    itsOptions.footer("Exit codes: 0 answered, 2 wrong use, 5 no connection, 6 association rejected, 7 Verification not "

@@ -84,6 +84,16 @@ std::map<std::string, Peer>& GetNamedPeers()
    return aPeers;
 }
 
+std::string KnownNames()
+{
+   std::string aText;
+   for (const auto& [aName, aPeer] : GetNamedPeers())
+   {
+      aText += (aText.empty() ? "; there are @" : ", @") + aName;
+   }
+   return aText.empty() ? "; there are no names" : aText;
+}
+
 // What is wrong with theText, a peer or the name of one behind "@"; empty when thePeer is set.
 std::string FindPeer(const std::string& theText, Peer& thePeer)
 {
@@ -94,7 +104,8 @@ std::string FindPeer(const std::string& theText, Peer& thePeer)
    const auto aPlace = GetNamedPeers().find(theText.substr(1));
    if (aPlace == GetNamedPeers().end())
    {
-      return "no peer has this name in the section [peers] of the file that --config or TN_CONFIG names: " + theText;
+      return "no peer has this name in the section [peers] of the file that --config or TN_CONFIG names: " + theText +
+             KnownNames();
    }
    thePeer = aPlace->second;
    return "";

@@ -10,6 +10,7 @@
 #include "apps/tn/base/ErrorText.h"
 #include "apps/tn/base/ExitCode.h"
 #include "apps/tn/base/Interruption.h"
+#include "apps/tn/base/NumberCheck.h"
 #include "apps/tn/files/DatasetChecks.h"
 #include "apps/tn/files/InputFile.h"
 #include "apps/tn/network/NetworkFailure.h"
@@ -54,7 +55,7 @@ PrintCommand::PrintCommand(CLI::App& theProgram)
    AddFilmOptions();
    itsOptions.add_option("--frame", itsFrame, "Which frame of each file")
        ->type_name("N")
-       ->check(CLI::PositiveNumber)
+       ->check(Positive())
        ->capture_default_str();
    itsOptions.add_flag("--colour,--color", itsForm.itsIsColour, "Print colours; otherwise they become grey");
    itsOptions.add_option("--bits", itsForm.itsBits, "Bits of grey levels")

@@ -9,6 +9,7 @@
 
 #include "apps/tn/base/Dictionaries.h"
 #include "apps/tn/base/ExitCode.h"
+#include "apps/tn/base/NumberCheck.h"
 #include "apps/tn/network/Peer.h"
 #include "apps/tn/node/EchoRole.h"
 #include "talvenor/foundation/TNXInitializer.h"
@@ -45,13 +46,13 @@ ServeCommand::ServeCommand(CLI::App& theProgram)
        ->capture_default_str();
    GuardedStream::Limits& aLimits = itsSettings.itsLimits;
    itsOptions.add_option("--artim", aLimits.itsRequest, "Seconds for a request to arrive, and for a peer to close")
-       ->check(CLI::NonNegativeNumber)
+       ->check(NotNegative())
        ->capture_default_str();
    itsOptions.add_option("--message-timeout", aLimits.itsMessage, "Seconds for a message to arrive and be answered")
-       ->check(CLI::NonNegativeNumber)
+       ->check(NotNegative())
        ->capture_default_str();
    itsOptions.add_option("--idle-timeout", aLimits.itsIdle, "Seconds that an association may be idle")
-       ->check(CLI::NonNegativeNumber)
+       ->check(NotNegative())
        ->capture_default_str();
    itsOptions.add_option("--max-pdu", itsMaxPDU, "Bytes of the longest PDU that peers may send; 0 is without limit")
        ->check(CLI::Range(0U, 0x7FFFFFFFU))
