@@ -58,7 +58,7 @@ int Keep(Archive& theArchive, const std::string& theFile)
    anInstance.itsKeys.ReadWhole(*aDecoder);
    try
    {
-      return theArchive.Keep(aFile, aStream->GetHeaderSize(), anInstance) ? 0 : 1;
+      return theArchive.Keep(aFile, aStream->GetHeaderSize(), std::move(anInstance)) ? 0 : 1;
    }
    catch (const StoreRefusal& aRefusal)
    {

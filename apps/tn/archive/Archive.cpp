@@ -145,7 +145,7 @@ Archive::~Archive()
    }
 }
 
-bool Archive::Keep(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance theInstance)
+bool Archive::Keep(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance&& theInstance)
 {
    try
    {
@@ -168,7 +168,7 @@ bool Archive::Keep(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedIns
    }
 }
 
-bool Archive::KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance theInstance,
+bool Archive::KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance&& theInstance,
                           const StoredPath& thePath)
 {
    const std::optional<std::string> aStored = itsIndex->Find(theInstance.itsKeys[Key::kSOPInstance]);
@@ -241,7 +241,7 @@ void Archive::BeginReplacement(const IndexedInstance& theInstance)
    Await(aTicket);
 }
 
-void Archive::AddToIndex(IndexedInstance theInstance, const StoredPath& thePath)
+void Archive::AddToIndex(IndexedInstance&& theInstance, const StoredPath& thePath)
 {
    if (itsSettings.itsSynchronising == Synchronising::kNone)
    {

@@ -58,7 +58,7 @@ public:
    // Gives the received file its place. theDatasetStart is where its dataset begins. Returns false when an equal
    // instance (of the same bytes in the same transfer syntax) was there already. Throws StoreRefusal; nothing has
    // changed then.
-   bool Keep(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance theInstance);
+   bool Keep(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance&& theInstance);
 
    Index& GetIndex() { return *itsIndex; }
    std::string GetIndexPath() const { return itsFolder.GetIndexPath(); } // to read it
@@ -69,10 +69,10 @@ private:
 
    bool IsEqual(const std::string& thePath, const SpoolFile& theFile, std::uint64_t theDatasetStart,
                 const std::string& theTransferSyntax) const;
-   bool KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance theInstance,
+   bool KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance&& theInstance,
                     const StoredPath& thePath);
    void BeginReplacement(const IndexedInstance& theInstance);
-   void AddToIndex(IndexedInstance theInstance, const StoredPath& thePath);
+   void AddToIndex(IndexedInstance&& theInstance, const StoredPath& thePath);
 
    Settings itsSettings;
    ArchiveFolder itsFolder;

@@ -51,7 +51,7 @@ Index::~Index()
    itsThread.join();
 }
 
-void Index::Add(IndexedInstance theInstance, Ticket* theTicket)
+void Index::Add(IndexedInstance&& theInstance, Ticket* theTicket)
 {
    Put({std::move(theInstance), theTicket, Action::kAdd});
 }
@@ -65,7 +65,7 @@ void Index::BeginReplacement(const std::string& theSOPInstanceUID, const std::st
    Put({std::move(anInstance), &theTicket, theIsSafe ? Action::kBeginReplacementSafely : Action::kBeginReplacement});
 }
 
-void Index::Put(Entry theEntry)
+void Index::Put(Entry&& theEntry)
 {
    std::unique_lock aLock(itsMutex);
    if (!itsProgress.wait_for(aLock, kLongestWait, [&] { return HasRoom(); }))

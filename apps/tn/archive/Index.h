@@ -50,7 +50,7 @@ public:
    // Puts the instance on the list of those to be added, in place of one with its SOP Instance UID. An instance with a
    // ticket, which is borrowed, is given up when it cannot be added, another one tried again until it can. Throws
    // SQLiteFailure when too much waits to be added, and stays so: the list is bounded by number and by memory.
-   void Add(IndexedInstance theInstance, Ticket* theTicket);
+   void Add(IndexedInstance&& theInstance, Ticket* theTicket);
 
    // IndexDatabase::BeginReplacement, which is done when the ticket says so. theIsSafe: it is on the disk then. Throws
    // as Add does.
@@ -85,7 +85,7 @@ private:
       unsigned int itsCount = 0;
    };
 
-   void Put(Entry theEntry);
+   void Put(Entry&& theEntry);
 
    // Of the thread. What does not throw lets nobody wait for ever when memory runs out.
    void Run();
