@@ -189,11 +189,12 @@ std::vector<FilmSheet::Place> FilmSheet::FindPlaces(const RWCString& theFormat) 
    for (std::size_t i = 0; i < aRows.size(); ++i)
    {
       const double anExtent = (isByColumns ? itsHeight : itsWidth) / aRows[i];
-      for (double j = 0; j < aRows[i]; ++j)
+      const double aFar = static_cast<double>(i) * aDepth;
+      const auto aCount = static_cast<std::size_t>(aRows[i]);
+      for (std::size_t j = 0; j < aCount; ++j)
       {
-         const double aFar = static_cast<double>(i) * aDepth;
-         aPlaces.push_back(isByColumns ? Place{aFar, j * anExtent, aDepth, anExtent}
-                                       : Place{j * anExtent, aFar, anExtent, aDepth});
+         const double aNear = static_cast<double>(j) * anExtent;
+         aPlaces.push_back(isByColumns ? Place{aFar, aNear, aDepth, anExtent} : Place{aNear, aFar, anExtent, aDepth});
       }
    }
    return aPlaces;
