@@ -43,7 +43,7 @@ bool RenameFile(const char* theName, const char* theNewName)
    {
       return true;
    }
-   if (errno != EINVAL && errno != ENOSYS)
+   if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP)
    {
       return false;
    }
