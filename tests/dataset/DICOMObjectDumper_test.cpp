@@ -9,6 +9,7 @@
 #include "support/DefaultDictionary.h"
 #include "support/Dictionaries.h"
 #include "support/Elements.h"
+#include "support/Repeated.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/dictionary/MUIDDictionary.h"
@@ -85,16 +86,6 @@ VR* NewVR(UINT16 theGroup, UINT16 theElement, UINT16 theTypeCode, std::string_vi
    VR* aVR = BytesElement(UINT32{theGroup} << 16 | theElement, theTypeCode, std::string(theBytes));
    aVR->SetLength(static_cast<UINT32>(theBytes.size()));
    return aVR;
-}
-
-std::string Repeated(std::string_view theText, int theCount)
-{
-   std::string aText;
-   for (int i = 0; i < theCount; ++i)
-   {
-      aText += theText;
-   }
-   return aText;
 }
 
 TEST_F(DICOMObjectDumperTest, RendersValuesByType)

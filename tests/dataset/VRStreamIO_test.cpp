@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <cstring>
-#include <numeric>
 
 #include <gtest/gtest.h>
 
 #include "support/CountingAllocater.h"
+#include "support/CountingBytes.h"
 #include "support/PiecewiseInputStream.h"
 #include "support/RecordingOutputStream.h"
 #include "support/StreamErrors.h"
@@ -59,13 +59,6 @@ VR OldElement()
 }
 
 const StreamError kNothing = {"(nothing was thrown)", TN_NO_ERROR, 0}; // how it compares
-
-Bytes Counted(std::size_t theCount)
-{
-   Bytes aBytes(theCount);
-   std::iota(aBytes.begin(), aBytes.end(), static_cast<unsigned char>(1));
-   return aBytes;
-}
 
 Bytes ValueOf(const VR& theVR)
 {
@@ -137,7 +130,7 @@ TEST(VRStreamIO, WritesFieldsInTheWritersOrder)
 
 TEST(VRStreamIO, AValueCutShortIsAnErrorAndAMissingOneTheEnd)
 {
-   const Bytes aBytes = Counted(9);
+   const Bytes aBytes = CountingBytes(9);
    const std::string aText = " bytes read != 10 bytes requested while reading attribute (0010, 0020) with type code LO"
                              " at stream offset ";
    for (unsigned int aCut = 0; aCut < 10; ++aCut)
@@ -165,7 +158,7 @@ TEST(VRStreamIO, AValueCutShortIsAnErrorAndAMissingOneTheEnd)
 
 TEST(VRStreamIO, RefusesAnUndefinedLength)
 {
-   PiecewiseInputStream anInput(Counted(4));
+   PiecewiseInputStream anInput(CountingBytes(4));
    EndianHandlingReader aReader(anInput, TNEndian::LittleEndian);
    VR aVR(0x0010, 0x0020);
    aVR.SetLength(VR::kUndefinedLength);
@@ -220,7 +213,7 @@ TEST(VRStreamIO, ALengthThatLiesClaimsNoMemoryForIt)
 
 TEST(VRStreamIO, WritesAValueInTheWritersOrderByItsType)
 {
-   const Bytes aBytes = Counted(10);
+   const Bytes aBytes = CountingBytes(10);
    const std::pair<UINT16, Bytes> kCases[] = {
        {VRCode::OW, {2, 1, 4, 3, 6, 5, 8, 7, 10, 9}}, {VRCode::AT, {2, 1, 4, 3, 6, 5, 8, 7, 10, 9}},
        {VRCode::FL, {4, 3, 2, 1, 8, 7, 6, 5, 9, 10}}, // the rest that fills no unit goes out as it is
@@ -244,7 +237,7 @@ TEST(VRStreamIO, WritesAValueInTheWritersOrderByItsType)
 
 TEST(VRStreamIO, ALongValueIsSwappedWholeAndWrittenInBlocks)
 {
-   const Bytes aBytes = Counted(100003);
+   const Bytes aBytes = CountingBytes(100003);
    VR aVR(0x7FE0, 0x0010);
    aVR.SetTypeCode(VRCode::OW);
    aVR.SetData(aBytes.data(), static_cast<UINT32>(aBytes.size()), '\0');

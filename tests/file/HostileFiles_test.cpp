@@ -14,20 +14,14 @@
 #include "support/DefaultDictionary.h"
 #include "support/FileBytes.h"
 #include "support/FileLoading.h"
+#include "support/Repeated.h"
+#include "support/Sanitized.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dataset/DICOMObjectDumper.h"
 #include "talvenor/dataset/VR.h"
 
 namespace
 {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kIsSanitized = true;
-#elif defined(__has_feature)
-constexpr bool kIsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool kIsSanitized = false;
-#endif
-
 constexpr UINT32 kUndefined = DatasetBytes::kUndefined;
 constexpr UINT32 kModality = 0x00080060;  // CS
 constexpr UINT32 kSeries = 0x00081115;    // SQ
@@ -77,16 +71,6 @@ class HostileFiles : public testing::Test
                                    "0010,0010,PN,\"Patient's Name\",PatientName,1,1\n"
                                    "0088,0200,SQ,\"Icon Image Sequence\",IconImageSequence,1,1\n"};
 };
-
-std::string Repeated(const std::string& theText, UINT32 theCount)
-{
-   std::string aResult;
-   while (theCount-- != 0)
-   {
-      aResult += theText;
-   }
-   return aResult;
-}
 
 // A file with the content theDepth times in an item of a sequence.
 std::string Nested(Encoding theEncoding, unsigned int theDepth, bool isDefined, const std::string& theContent = "")
@@ -143,8 +127,6 @@ std::vector<Row> LyingLengths()
    return aRows;
 }
 
-// --- what is no DICOM file ------------------------------------------------------------------------------------------
-
 TEST_F(HostileFiles, MetaInformation)
 {
    const std::string aSyntax = Explicit().Element(0x00020010, "UI", "1.2.840.10008.1.2.1 ").Bytes();
@@ -175,20 +157,14 @@ TEST_F(HostileFiles, MetaInformation)
    EXPECT_EQ(Load(std::string(4096, '\0')).itsEntries, 0u) << "4 KiB of zeros";
 }
 
-// --- lengths --------------------------------------------------------------------------------------------------------
-
-TEST_F(HostileFiles, ALengthThatLiesIsAnEndOfFile)
+TEST_F(HostileFiles, ALengthThatLiesIsAnEndOfFileAndTakesNoMemory)
 {
-   CheckRows(LyingLengths());
-}
-
-TEST_F(HostileFiles, ALengthThatLiesTakesNoMemory)
-{
+   const std::vector<Row> aRows = LyingLengths();
+   CheckRows(aRows);
    if (kIsSanitized)
    {
       GTEST_SKIP() << "a sanitizer needs more address space than the limit leaves";
    }
-   const std::vector<Row> aRows = LyingLengths();
    const pid_t aChild = fork();
    ASSERT_GE(aChild, 0);
    if (aChild == 0)
@@ -258,8 +234,6 @@ TEST_F(HostileFiles, NothingReachesBeyondWhatIsAroundIt)
    }
    CheckRows(aRows);
 }
-
-// --- depth and number -----------------------------------------------------------------------------------------------
 
 // At the limit a dataset can also be copied, compared, printed and taken down.
 TEST_F(HostileFiles, DepthHasALimit)
@@ -340,8 +314,6 @@ TEST_F(HostileFiles, ManySmallThingsTakeLittleTimeAndMemory)
    }
 }
 
-// --- delimiters, items and types ------------------------------------------------------------------------------------
-
 TEST_F(HostileFiles, DelimitersItemsAndUndefinedLengths)
 {
    const std::string aName = Explicit().Element(kName, "PN", "A^B ").Bytes();
@@ -410,8 +382,6 @@ TEST_F(HostileFiles, RaggedValuesAreKeptAndNeverReadPast)
       EXPECT_NE(anOutput.str().find("(0008, 1ffe)"), std::string::npos) << anOutput.str();
    }
 }
-
-// --- truncation -----------------------------------------------------------------------------------------------------
 
 DatasetBytes SmallDataset(Encoding theEncoding)
 {

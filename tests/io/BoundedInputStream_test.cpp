@@ -2,21 +2,14 @@
 
 #include <gtest/gtest.h>
 #include <memory>
-#include <numeric>
 
+#include "support/CountingBytes.h"
 #include "support/PiecewiseInputStream.h"
 #include "talvenor/io/EndianHandlingReader.h"
 #include "talvenor/io/MemoryStreams.h"
 
 namespace
 {
-
-std::vector<unsigned char> Counting(std::size_t theCount)
-{
-   std::vector<unsigned char> aBytes(theCount);
-   std::iota(aBytes.begin(), aBytes.end(), static_cast<unsigned char>(0));
-   return aBytes;
-}
 
 // Reads with a request of theCount and returns the bytes.
 std::vector<unsigned char> ReadFrom(InputStream& theStream, unsigned int theCount)
@@ -47,7 +40,7 @@ TEST(BoundedInputStream, EndsAtTheWindowOrTheStreamWhicheverIsFirst)
    {
       for (const unsigned int aPiece : {1U, 3U, 100U})
       {
-         PiecewiseInputStream aStream(Counting(aCase.itsStream), aPiece);
+         PiecewiseInputStream aStream(CountingBytes(aCase.itsStream, 0), aPiece);
          BoundedInputStream aWindow(aStream, aCase.itsWindow);
          unsigned char aBytes[20];
          EXPECT_EQ(aWindow.ReadFully(aBytes, sizeof aBytes), aCase.itsExpected) << aCase.itsName;
@@ -68,7 +61,7 @@ TEST(BoundedInputStream, WithoutAStreamThereIsNothing)
 
 TEST(BoundedInputStream, CannotBeLeftBySeekingOrSkipping)
 {
-   const Bytes aBytes = Counting(20);
+   const Bytes aBytes = CountingBytes(20, 0);
    MemoryInputStream aStream(aBytes.data(), 20);
    BoundedInputStream aWindow(aStream, 5);
    EXPECT_EQ(aWindow.CanSeek(), 0);
@@ -78,7 +71,7 @@ TEST(BoundedInputStream, CannotBeLeftBySeekingOrSkipping)
 
 TEST(BoundedInputStream, AnInnerWindowEndsAtTheSameByteWhicheverWindowIsRead)
 {
-   PiecewiseInputStream aStream(Counting(20));
+   PiecewiseInputStream aStream(CountingBytes(20, 0));
    BoundedInputStream anOuter(aStream, 8);
    EndianHandlingReader aReader(anOuter, TNEndian::BigEndian); // a window is seen through it
    BoundedInputStream anInner(aReader, 5);
@@ -94,7 +87,7 @@ TEST(BoundedInputStream, AnInnerWindowEndsAtTheSameByteWhicheverWindowIsRead)
 
 TEST(BoundedInputStream, ManyNestedWindowsAskTheStreamOnceARead)
 {
-   PiecewiseInputStream aStream(Counting(250));
+   PiecewiseInputStream aStream(CountingBytes(250, 0));
    std::vector<std::unique_ptr<BoundedInputStream>> aWindows;
    InputStream* anInnermost = &aStream;
    for (unsigned int i = 0; i < 256; ++i)
@@ -112,7 +105,7 @@ TEST(BoundedInputStream, ManyNestedWindowsAskTheStreamOnceARead)
 
 TEST(BoundedInputStream, SkipRemainingTellsWhenTheStreamEndsFirst)
 {
-   PiecewiseInputStream aStream(Counting(40000), 7000);
+   PiecewiseInputStream aStream(CountingBytes(40000, 0), 7000);
    BoundedInputStream anOuter(aStream, 50000);
    BoundedInputStream anInner(anOuter, 30000);
    EXPECT_EQ(anInner.SkipRemaining(), 30000U);

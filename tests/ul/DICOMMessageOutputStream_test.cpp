@@ -3,10 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <numeric>
-
 #include "talvenor/io/TNEndian.h"
 #include "talvenor/ul/PDUOutputStream.h"
+#include "tests/support/CountingBytes.h"
 #include "tests/support/MemoryDULStream.h"
 #include "tests/support/StreamErrors.h"
 
@@ -14,13 +13,6 @@ namespace
 {
 
 using Bytes = std::vector<unsigned char>;
-
-Bytes Numbered(std::size_t theCount)
-{
-   Bytes aBytes(theCount);
-   std::iota(aBytes.begin(), aBytes.end(), static_cast<unsigned char>(1));
-   return aBytes;
-}
 
 IOBuffer* NewBuffer(const Bytes& theBytes)
 {
@@ -106,7 +98,7 @@ TEST(DICOMMessageOutputStream, CutsDataAsLargeAsThePeerAllowsAndMarksTheLastFrag
    };
    for (const Case& aCase : kCases)
    {
-      const Bytes aData = Numbered(aCase.itsLength);
+      const Bytes aData = CountingBytes(aCase.itsLength);
       for (const std::size_t aPiece : {aCase.itsLength, std::size_t{1}, std::size_t{7}})
       {
          SCOPED_TRACE(std::string(aCase.itsName) + " in pieces of " + std::to_string(aPiece));
@@ -147,10 +139,10 @@ TEST(DICOMMessageOutputStream, CommandAndDataSetShareAPDUByteForByte)
 TEST(DICOMMessageOutputStream, FlushEndsAPDVAndNotTheMessage)
 {
    Sender aSender;
-   aSender.Write(Numbered(10));
+   aSender.Write(CountingBytes(10));
    aSender.itsMessage.Flush();
    aSender.itsMessage.Flush();
-   aSender.Write(Numbered(5));
+   aSender.Write(CountingBytes(5));
    aSender.itsMessage.Flush();
    aSender.itsMessage.FinishMessage();
    EXPECT_EQ(aSender.Sent(), "PDU(10:00 5:02)");
@@ -160,7 +152,7 @@ TEST(DICOMMessageOutputStream, AnEmptyMessageIsAnEmptyPDVWhereOneIsWanted)
 {
    Sender aSender;
    aSender.itsMessage.FinishMessageEvenIfEmpty();
-   aSender.Write(Numbered(4));
+   aSender.Write(CountingBytes(4));
    aSender.itsMessage.FinishMessageEvenIfEmpty();
    EXPECT_EQ(aSender.Sent(), "PDU(0:02 4:02)");
 }
@@ -168,10 +160,10 @@ TEST(DICOMMessageOutputStream, AnEmptyMessageIsAnEmptyPDVWhereOneIsWanted)
 TEST(DICOMMessageOutputStream, ADiscardedMessageLeavesNothingUnsentBehind)
 {
    Sender aSender(106); // 94 bytes of data in a PDV
-   aSender.Write(Numbered(200));
+   aSender.Write(CountingBytes(200));
    aSender.itsMessage.DiscardMessage();
    aSender.Begin(PDVOutputStream::CommandMessage);
-   aSender.Write(Numbered(4));
+   aSender.Write(CountingBytes(4));
    aSender.itsMessage.FinishMessage();
    EXPECT_EQ(aSender.Sent(), "PDU(94:00) PDU(4:03)");
 }
@@ -210,9 +202,9 @@ TEST(DICOMMessageOutputStream, BuffersStayWholeAndShareAPDVWhileTheyFit)
       Sender aSender(112);
       for (const std::size_t aLength : aCase.itsBuffers)
       {
-         aSender.itsMessage.Write(NewBuffer(Numbered(aLength)));
+         aSender.itsMessage.Write(NewBuffer(CountingBytes(aLength)));
       }
-      aSender.Write(Numbered(aCase.itsBytesBehind));
+      aSender.Write(CountingBytes(aCase.itsBytesBehind));
       aSender.itsMessage.FinishMessage();
       EXPECT_EQ(aSender.Sent(), aCase.itsExpected);
    }
@@ -235,7 +227,7 @@ TEST(DICOMMessageOutputStream, ABufferReachesTheTransportAsItIs)
    } aTransport;
    PDUOutputStream aPDUs(aTransport, 16384);
    DICOMMessageOutputStream aMessage(aPDUs);
-   IOBuffer* const aBuffer = NewBuffer(Numbered(16372));
+   IOBuffer* const aBuffer = NewBuffer(CountingBytes(16372));
    const unsigned char* const anAddress = aBuffer->GetCopyOutPointer();
    aMessage.Write(aBuffer);
    aMessage.FinishMessage();
@@ -253,13 +245,13 @@ TEST(DICOMMessageOutputStream, RefusesWhatWouldBreakTheMessage)
       void (*itsAction)(Sender&, PDVOutputStream&);
       StreamError itsError;
    };
-   const auto writePDV = [](Sender&, PDVOutputStream& thePDVs) { thePDVs.Write(Numbered(3).data(), 3); };
+   const auto writePDV = [](Sender&, PDVOutputStream& thePDVs) { thePDVs.Write(CountingBytes(3).data(), 3); };
    const auto finishPDV = [](Sender&, PDVOutputStream& thePDVs) {
-      thePDVs.Write(Numbered(3).data(), 3);
+      thePDVs.Write(CountingBytes(3).data(), 3);
       thePDVs.FinishPDV(1);
    };
    const auto writeMessage = [](Sender& theSender, PDVOutputStream&) {
-      theSender.Write(Numbered(3));
+      theSender.Write(CountingBytes(3));
       theSender.itsMessage.Flush();
    };
    const Case kCases[] = {
@@ -280,11 +272,11 @@ TEST(DICOMMessageOutputStream, RefusesWhatWouldBreakTheMessage)
         {"PDVOutputStream::Write(): Invalid attempt to write to finished message", TN_INTERNAL_ERROR}},
        {"a buffer behind the last fragment",
         finishPDV,
-        [](Sender&, PDVOutputStream& thePDVs) { thePDVs.Write(NewBuffer(Numbered(3))); },
+        [](Sender&, PDVOutputStream& thePDVs) { thePDVs.Write(NewBuffer(CountingBytes(3))); },
         {"PDVOutputStream::Write(): Invalid attempt to write to finished message", TN_INTERNAL_ERROR}},
        {"a buffer larger than a PDV",
         writePDV,
-        [](Sender&, PDVOutputStream& thePDVs) { thePDVs.Write(NewBuffer(Numbered(101))); },
+        [](Sender&, PDVOutputStream& thePDVs) { thePDVs.Write(NewBuffer(CountingBytes(101))); },
         {"PDVOutputStream::Write(): IOBuffer contains more bytes than PDV user data size", TN_INVALID_ARGUMENT}},
        {"type of a message",
         writeMessage,

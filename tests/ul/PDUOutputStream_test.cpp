@@ -2,21 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <numeric>
-
 #include "talvenor/io/IOBuffer.h"
+#include "tests/support/CountingBytes.h"
 #include "tests/support/StreamErrors.h"
 #include "tests/support/ULBytes.h"
 
 namespace
 {
-Bytes Counting(unsigned char theFirst, std::size_t theCount)
-{
-   Bytes aBytes(theCount);
-   std::iota(aBytes.begin(), aBytes.end(), theFirst);
-   return aBytes;
-}
-
 std::unique_ptr<IOBuffer> BufferOf(const Bytes& theBytes)
 {
    auto aBuffer = std::make_unique<IOBuffer>(static_cast<unsigned int>(theBytes.size()) + 1);
@@ -35,16 +27,16 @@ protected:
 
 TEST_F(PDUOutputStreamTest, DataIsDividedAndAFullPDUGoesOutAtOnce)
 {
-   const Bytes aFirst = PDUOf(4, Counting(0, 10));
-   const Bytes aSecond = PDUOf(4, Counting(10, 10));
+   const Bytes aFirst = PDUOf(4, CountingBytes(10, 0));
+   const Bytes aSecond = PDUOf(4, CountingBytes(10, 10));
    itsStream.SetPDUType(PDUOutputStream::PDataTF);
-   Write(Counting(0, 25));
+   Write(CountingBytes(25, 0));
    EXPECT_EQ(itsTransport.Written(), aFirst + aSecond);
    EXPECT_EQ(itsStream.GetPDULength(), 5u);
    EXPECT_EQ(itsStream.GetAvailableFreeSpace(), 5u);
    itsStream.FinishPDU();
    itsStream.FinishPDU(); // nothing to send
-   EXPECT_EQ(itsTransport.Written(), aFirst + aSecond + PDUOf(4, Counting(20, 5)));
+   EXPECT_EQ(itsTransport.Written(), aFirst + aSecond + PDUOf(4, CountingBytes(5, 20)));
    EXPECT_EQ(itsTransport.HeldCount(), itsTransport.Written().size()) << "flushing is a step of its own";
    itsStream.FlushOutput();
    EXPECT_EQ(itsTransport.HeldCount(), 0u);
@@ -53,7 +45,7 @@ TEST_F(PDUOutputStreamTest, DataIsDividedAndAFullPDUGoesOutAtOnce)
 TEST_F(PDUOutputStreamTest, OnlyDataIsDivided)
 {
    itsStream.SetPDUType(PDUOutputStream::AAssociateRQ);
-   const Bytes aBody = Counting(0, 40000);
+   const Bytes aBody = CountingBytes(40000, 0);
    Write(aBody);
    EXPECT_EQ(itsStream.GetAvailableFreeSpace(), 0u);
    itsStream.FinishPDU();
@@ -68,17 +60,18 @@ TEST_F(PDUOutputStreamTest, BuffersAreQueuedWholeAndInOrder)
    EXPECT_EQ(itsStream.GetPDULength(), 0u);
 
    Write({1, 2, 3});
-   itsStream.Write(BufferOf(Counting(4, 7)).release());
+   itsStream.Write(BufferOf(CountingBytes(7, 4)).release());
    EXPECT_TRUE(itsTransport.Written().empty()) << "a PDU that a buffer fills stays";
    itsStream.DULWrite(static_cast<unsigned short>(0x0B0C));
-   itsStream.Write(BufferOf(Counting(13, 9)).release());
-   EXPECT_EQ(itsTransport.Written(), PDUOf(4, Counting(1, 10)) + PDUOf(4, {11, 12}));
+   itsStream.Write(BufferOf(CountingBytes(9, 13)).release());
+   EXPECT_EQ(itsTransport.Written(), PDUOf(4, CountingBytes(10, 1)) + PDUOf(4, {11, 12}));
 
    EXPECT_EQ(StreamErrorOf([&] { itsStream.Write(BufferOf(Bytes(11)).release()); }),
              (StreamError{"PDUOutputStream::Write(): IOBuffer contains more bytes than PDU user data size",
                           TN_INVALID_ARGUMENT, 0}));
    itsStream.FinishPDU();
-   EXPECT_EQ(itsTransport.Written(), PDUOf(4, Counting(1, 10)) + PDUOf(4, {11, 12}) + PDUOf(4, Counting(13, 9)));
+   EXPECT_EQ(itsTransport.Written(),
+             PDUOf(4, CountingBytes(10, 1)) + PDUOf(4, {11, 12}) + PDUOf(4, CountingBytes(9, 13)));
 }
 
 TEST_F(PDUOutputStreamTest, ABufferIsHandedOnWithoutCopying)

@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <functional>
-#include <numeric>
 #include <string>
 #include <thread>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "support/CapturedErrorLog.h"
 #include "support/CapturedTrace.h"
 #include "support/ConnectedSockets.h"
+#include "support/CountingBytes.h"
 #include "support/StreamErrors.h"
 #include "talvenor/foundation/TNXInitializer.h"
 #include "talvenor/ul/SocketInputStream.h"
@@ -23,13 +23,6 @@ namespace
 
 using SocketRules::SlicedWait;
 using SocketRules::WaitResult;
-
-std::vector<unsigned char> Counting(std::size_t theCount)
-{
-   std::vector<unsigned char> aBytes(theCount);
-   std::iota(aBytes.begin(), aBytes.end(), static_cast<unsigned char>(1));
-   return aBytes;
-}
 
 struct PiecesCase
 {
@@ -117,7 +110,7 @@ TEST(SocketRulesTest, AWaitThatIsResumedHasTheTimeThatIsLeft)
 TEST(SocketTest, BytesArriveInOrderAndThenTheEnd)
 {
    ConnectedSockets aPair;
-   const std::vector<unsigned char> aSent = Counting(1'000'000);
+   const std::vector<unsigned char> aSent = CountingBytes(1'000'000);
    std::jthread aSender([&] {
       EXPECT_EQ(aPair.itsRequester.SendBinary(aSent.data(), static_cast<int>(aSent.size())), 1'000'000);
       EXPECT_EQ(aPair.itsRequester.GetResultCode(), TN_NO_ERROR);
@@ -415,7 +408,7 @@ TEST(SocketStreamsTest, AdaptASocketToTheGeneralStreams)
    ConnectedSockets aPair;
    SocketOutputStream anOutput(aPair.itsRequester);
    SocketInputStream anInput(aPair.itsAcceptor);
-   const std::vector<unsigned char> aSent = Counting(5);
+   const std::vector<unsigned char> aSent = CountingBytes(5);
    anOutput.Write(aSent.data(), 3);
    anOutput.Write(aSent.data() + 3, 2);
    unsigned char aReceived[9];
