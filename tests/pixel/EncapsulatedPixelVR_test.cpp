@@ -4,12 +4,14 @@
 #include <gtest/gtest.h>
 
 #include "support/Decoding.h"
+#include "support/MessageOf.h"
 #include "support/RecordingOutputStream.h"
 #include "talvenor/io/EndianHandlingWriter.h"
 
 namespace
 {
 using FrameStarts = EncapsulatedPixelVR::FrameStarts;
+using Failure = EncapsulatedPixelVR::EncapsulationException;
 
 PixelDataFragment* NewFragment(const Bytes& theBytes)
 {
@@ -44,20 +46,6 @@ std::unique_ptr<EncapsulatedPixelVR> Make(const Bytes& theTable, std::initialize
       aList->push_back(NewFragment(Bytes(aLength, 0x55)));
    }
    return std::make_unique<EncapsulatedPixelVR>(aList);
-}
-
-template <class Operation>
-std::string ErrorOf(Operation theOperation)
-{
-   try
-   {
-      theOperation();
-   }
-   catch (const EncapsulatedPixelVR::EncapsulationException& anException)
-   {
-      return anException.GetMessage();
-   }
-   return "(nothing was thrown)";
 }
 
 std::string TableWrittenBy(const EncapsulatedPixelVR& thePixels,
@@ -130,7 +118,7 @@ TEST(EncapsulatedPixelVR, FindsTheFirstFragmentOfEachFrame)
       }
       for (const int aFrame : {-1, static_cast<int>(aCase.itsCounts.size())})
       {
-         EXPECT_EQ(ErrorOf([&] { aPixels->GetFragmentCount(aFrame); }),
+         EXPECT_EQ(MessageOf<Failure>([&] { aPixels->GetFragmentCount(aFrame); }),
                    "EncapsulatedPixelVR::GetFragmentCount: Invalid frame index passed to GetFragmentCount");
       }
    }
@@ -160,8 +148,8 @@ TEST(EncapsulatedPixelVR, RefusesAnOffsetTableThatDoesNotFit)
    {
       SCOPED_TRACE(aCase.itsName);
       const auto aPixels = Make(aCase.itsTable, aCase.itsLengths);
-      EXPECT_EQ(ErrorOf([&] { aPixels->GetFrameStartIndices(); }), aCase.itsError);
-      EXPECT_EQ(ErrorOf([&] { aPixels->GetFragmentCount(0); }), aCase.itsError);
+      EXPECT_EQ(MessageOf<Failure>([&] { aPixels->GetFrameStartIndices(); }), aCase.itsError);
+      EXPECT_EQ(MessageOf<Failure>([&] { aPixels->GetFragmentCount(0); }), aCase.itsError);
       EXPECT_EQ(aPixels->GetFragment(1).GetLength(), *aCase.itsLengths.begin()) << "the fragments stay in reach";
    }
 }
@@ -188,9 +176,9 @@ TEST(EncapsulatedPixelVR, TellsATableThatCannotBeRead)
       PiecewiseInputStream aStream(Bytes(aBytesThere, 0));
       const auto aPixels = Make({}, {2, 2});
       aPixels->ReplaceBasicOffsetTable(new StreamBufferedPixelDataFragment(aStream, 8));
-      EXPECT_EQ(ErrorOf([&] { aPixels->GetFrameStartIndices(); }),
+      EXPECT_EQ(MessageOf<Failure>([&] { aPixels->GetFrameStartIndices(); }),
                 "EncapsulatedPixelVR::GetFrameStartIndices: Error while reading basic item offset entry 0");
-      EXPECT_EQ(ErrorOf([&] { aPixels->GetFrameStartIndices(); }),
+      EXPECT_EQ(MessageOf<Failure>([&] { aPixels->GetFrameStartIndices(); }),
                 "EncapsulatedPixelVR::GetFrameStartIndices: Error while reading basic item offset entry 0")
           << "nor later, when the bytes are gone";
    }
@@ -215,7 +203,7 @@ TEST(EncapsulatedPixelVR, CountsFragmentsFromOne)
    EXPECT_EQ(aPixels->GetFragment(2).GetLength(), 4u);
    for (const int anIndex : {-1, 0, 3})
    {
-      EXPECT_EQ(ErrorOf([&] { aPixels->GetFragment(anIndex); }),
+      EXPECT_EQ(MessageOf<Failure>([&] { aPixels->GetFragment(anIndex); }),
                 "EncapsulatedPixelVR::GetFragment: Invalid fragment index passed to GetFragment " +
                     std::to_string(anIndex));
    }
@@ -227,7 +215,7 @@ TEST(EncapsulatedPixelVR, WritesAnOffsetTableMadeFromItsFragments)
    EXPECT_EQ(TableWrittenBy(*Make({}, {2, 2, 2})), "") << "unknown";
    EXPECT_EQ(TableWrittenBy(*Make({}, {})), "");
    EXPECT_EQ(TableWrittenBy(*Make(Table({0, 24, 36}) + Bytes{1, 2}, {2, 6, 4, 8})), "000000001800000024000000");
-   EXPECT_EQ(ErrorOf([] { TableWrittenBy(EncapsulatedPixelVR(nullptr)); }),
+   EXPECT_EQ(MessageOf<Failure>([] { TableWrittenBy(EncapsulatedPixelVR(nullptr)); }),
              "EncapsulatedPixelVR::WriteBasicItemOffsetTableData:itsFragments == null");
    EXPECT_EQ(StreamErrorOf([] {
                 TableWrittenBy(*Make(Table({0, 10}), {2, 2}), TNEndian::BigEndian);
@@ -246,7 +234,7 @@ TEST(EncapsulatedPixelVR, RefusesStartsThatAreNoFragments)
    const EncapsulatedPixelVR::FragmentList aList = {aFragment.get(), aFragment.get()};
    for (const INT32 aStart : {-1, 0, 2})
    {
-      EXPECT_EQ(ErrorOf([&] {
+      EXPECT_EQ(MessageOf<Failure>([&] {
                    EncapsulatedPixelVR::WriteBasicItemOffsetTableData(aWriter, aList, {1, aStart});
                 }),
                 "EncapsulatedPixelVR::WriteBasicItemOffsetTableData: no fragment " + std::to_string(aStart));

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "support/Decoding.h"
+#include "support/MessageOf.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/dictionary/VRType.h"
 #include "talvenor/foundation/Exceptions.h"
@@ -190,16 +191,8 @@ TEST(PixelDataFragmentInputStream, IsLittleEndian)
 {
    PiecewiseInputStream aStream(kBytes);
    EndianHandlingReader aReader(aStream, TNEndian::BigEndian);
-   try
-   {
-      PixelDataFragmentInputStream aFragment(aReader, 2);
-      FAIL();
-   }
-   catch (const ConstructorError& anError)
-   {
-      EXPECT_EQ(anError.GetMessage(),
-                "PixelDataFragmentInputStream::PixelDataFragmentInputStream: Attempt to construct "
-                "encapsulated PixelDataFragmentInputStream with syntax other than Little endian");
-   }
+   EXPECT_EQ(MessageOf<ConstructorError>([&] { PixelDataFragmentInputStream aFragment(aReader, 2); }),
+             "PixelDataFragmentInputStream::PixelDataFragmentInputStream: Attempt to construct "
+             "encapsulated PixelDataFragmentInputStream with syntax other than Little endian");
 }
 } // namespace

@@ -40,6 +40,16 @@ inline Bytes First(const Bytes& theBytes, std::size_t theCount)
    return {theBytes.begin(), theBytes.begin() + static_cast<std::ptrdiff_t>(theCount)};
 }
 
+// PS3.5 7.5.2 in little endian: delimiters, and items that state a length or none.
+inline const Bytes kItemDelimiter = {0xFE, 0xFF, 0x0D, 0xE0, 0x00, 0x00, 0x00, 0x00};
+inline const Bytes kSequenceDelimiter = {0xFE, 0xFF, 0xDD, 0xE0, 0x00, 0x00, 0x00, 0x00};
+inline const Bytes kItemOfUndefinedLength = {0xFE, 0xFF, 0x00, 0xE0, 0xFF, 0xFF, 0xFF, 0xFF};
+
+inline Bytes ItemOf(unsigned char theLength, const Bytes& theContent)
+{
+   return Bytes{0xFE, 0xFF, 0x00, 0xE0, theLength, 0x00, 0x00, 0x00} + theContent;
+}
+
 inline std::string Hex(const unsigned char* theBytes, std::size_t theCount)
 {
    std::string aText;

@@ -30,7 +30,7 @@ inline Bytes Table(const std::vector<unsigned int>& theOffsets)
    return Item(aValue);
 }
 
-inline const Bytes kEndOfItems = {0xFE, 0xFF, 0xDD, 0xE0, 0x00, 0x00, 0x00, 0x00};
+inline const Bytes kEndOfItems = kSequenceDelimiter;
 
 // theData in fragments of theSize bytes, the last one shorter.
 inline Bytes Fragments(const Bytes& theData, std::size_t theSize)

@@ -38,22 +38,11 @@ const Bytes kLongElement = {
     0x02, 0x00, 0x00, 0x00, // 32-bit length
     0x01, 0x02,             // value
 };
-const Bytes kDelimiter = {
-    0xFE, 0xFF, 0xDD, 0xE0, // sequence delimitation: no value representation
-    0x00, 0x00, 0x00, 0x00, // length
-};
-const Bytes kItemDelimiter = {0xFE, 0xFF, 0x0D, 0xE0, 0x00, 0x00, 0x00, 0x00};
-const Bytes kItemOfUndefinedLength = {0xFE, 0xFF, 0x00, 0xE0, 0xFF, 0xFF, 0xFF, 0xFF};
 const Bytes kSequenceOfUndefinedLength = {
     0x08, 0x00, 0x40, 0x11, // tag
     'S',  'Q',  0x00, 0x00, // value representation, reserved
     0xFF, 0xFF, 0xFF, 0xFF, // length
 };
-
-Bytes Item(unsigned char theLength, const Bytes& theContent)
-{
-   return Bytes{0xFE, 0xFF, 0x00, 0xE0, theLength, 0x00, 0x00, 0x00} + theContent;
-}
 
 Bytes Sequence(unsigned char theLength, const Bytes& theContent)
 {
@@ -86,7 +75,7 @@ TEST(ExplicitInputTransferSyntax, SaysWhereAnElementIsCut)
          ShortRead("ReadLength32", 1, "UINT32"), ShortRead("ReadLength32", 2, "UINT32"),
          ShortRead("ReadLength32", 3, "UINT32"), kDataEnd, ShortValue(1, 2, "0008, 0006", "OB")}},
        {"delimiter",
-        kDelimiter,
+        kSequenceDelimiter,
         {ShortRead("ReadGroup", 1, "itsGroup"), kNext + "EOF while reading element code",
          ShortRead("ReadElement", 1, "itsElement"), kNext + "EOF while reading element length",
          ShortRead("ReadLength32", 1, "UINT32"), ShortRead("ReadLength32", 2, "UINT32"),
@@ -138,8 +127,8 @@ TEST(ExplicitInputTransferSyntax, ReadsHeadersByTheirValueRepresentation)
         "7FE00010 OB pixels 010203040500"},
        {"pixels in a short header", kLEE, {0xE0, 0x7F, 0x10, 0x00, 'U', 'S', 2, 0, 1, 2}, "7FE00010 US pixels 0102"},
        {"encapsulated pixels", kLEE,
-        Bytes{0xE0, 0x7F, 0x10, 0x00, 'O', 'B', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF} + Item(0, {}) + Item(2, {0xFF, 0xD8}) +
-            kDelimiter,
+        Bytes{0xE0, 0x7F, 0x10, 0x00, 'O', 'B', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF} + ItemOf(0, {}) +
+            ItemOf(2, {0xFF, 0xD8}) + kSequenceDelimiter,
         "7FE00010 OB fragments [] [FFD8]"},
    });
 }
@@ -147,27 +136,29 @@ TEST(ExplicitInputTransferSyntax, ReadsHeadersByTheirValueRepresentation)
 TEST(ExplicitInputTransferSyntax, ReadsSequencesAndItemsOfEitherLength)
 {
    const Bytes kUndefined = kSequenceOfUndefinedLength + kItemOfUndefinedLength + kShortElement + kItemDelimiter +
-                            kItemOfUndefinedLength + kItemDelimiter + kDelimiter + kLongElement;
+                            kItemOfUndefinedLength + kItemDelimiter + kSequenceDelimiter + kLongElement;
    ExpectDecoded({
        {"undefined", kLEE, kUndefined,
         "00081140 SQ(u) { item(u) { 00080005 CS 49534F20 } item(u) {  } }; 00080006 OB 0102"},
-       {"defined", kLEE, Sequence(28, Item(12, kShortElement) + Item(0, {})) + kLongElement,
+       {"defined", kLEE, Sequence(28, ItemOf(12, kShortElement) + ItemOf(0, {})) + kLongElement,
         "00081140 SQ(28) { item(12) { 00080005 CS 49534F20 } item(0) {  } }; 00080006 OB 0102"},
        {"empty", kLEE, Sequence(0, {}) + kLongElement, "00081140 SQ(0) { }; 00080006 OB 0102"},
-       {"sequence in a sequence", kLEE, Sequence(40, Item(32, Sequence(20, Item(12, kShortElement)))) + kLongElement,
+       {"sequence in a sequence", kLEE,
+        Sequence(40, ItemOf(32, Sequence(20, ItemOf(12, kShortElement)))) + kLongElement,
         "00081140 SQ(40) { item(32) { 00081140 SQ(20) { item(12) { 00080005 CS 49534F20 } } } }; 00080006 OB 0102"},
        {"an item of defined length with a delimiter in it: the rest is skipped", kLEE,
-        Sequence(28, Item(20, kItemDelimiter + kShortElement)) + kLongElement,
+        Sequence(28, ItemOf(20, kItemDelimiter + kShortElement)) + kLongElement,
         "00081140 SQ(28) { item(20) {  } }; 00080006 OB 0102"},
        {"a sequence of defined length with a delimiter in it: the rest is skipped", kLEE,
-        Sequence(28, kDelimiter + Item(12, kShortElement)) + kLongElement, "00081140 SQ(28) { }; 00080006 OB 0102"},
+        Sequence(28, kSequenceDelimiter + ItemOf(12, kShortElement)) + kLongElement,
+        "00081140 SQ(28) { }; 00080006 OB 0102"},
        {"the length of a delimiter is ignored", kLEE,
         kSequenceOfUndefinedLength + Bytes{0xFE, 0xFF, 0xDD, 0xE0, 0x04, 0, 0, 0} + kLongElement,
         "00081140 SQ(u) { }; 00080006 OB 0102"},
        {"pixels of an icon", kLEE,
-        Sequence(22, Item(14, {0xE0, 0x7F, 0x10, 0x00, 'O', 'B', 0, 0, 2, 0, 0, 0, 1, 2})) + kLongElement,
+        Sequence(22, ItemOf(14, {0xE0, 0x7F, 0x10, 0x00, 'O', 'B', 0, 0, 2, 0, 0, 0, 1, 2})) + kLongElement,
         "00081140 SQ(22) { item(14) { 7FE00010 OB pixels 0102 } }; 00080006 OB 0102"},
-       {"an item without a sequence", kLEE, Item(12, kShortElement) + kLongElement,
+       {"an item without a sequence", kLEE, ItemOf(12, kShortElement) + kLongElement,
         "item(12) { 00080005 CS 49534F20 }; 00080006 OB 0102"},
    });
 }
@@ -190,11 +181,11 @@ TEST(ExplicitInputTransferSyntax, TypesUnknownElementsByTheDictionary)
        {"listed as a sequence", kLEE, Bytes{0x08, 0x00, 0x40, 0x11, 'U', 'N', 0, 0, 18, 0, 0, 0} + kImplicitItem,
         "00081140 SQ(18) { item(10) { 00080005 CS 4142 } }"},
        {"undefined length, not listed", kLEE,
-        Bytes{0x09, 0x00, 0x01, 0x10, 'U', 'N', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF} + kImplicitItem + kDelimiter +
+        Bytes{0x09, 0x00, 0x01, 0x10, 'U', 'N', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF} + kImplicitItem + kSequenceDelimiter +
             kShortElement,
         "00091001 SQ(u) { item(10) { 00080005 CS 4142 } }; 00080005 CS 49534F20"},
        {"little endian even in big endian", kBEE,
-        Bytes{0x00, 0x09, 0x10, 0x01, 'U', 'N', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF} + kImplicitItem + kDelimiter +
+        Bytes{0x00, 0x09, 0x10, 0x01, 'U', 'N', 0, 0, 0xFF, 0xFF, 0xFF, 0xFF} + kImplicitItem + kSequenceDelimiter +
             Bytes{0x00, 0x08, 0x00, 0x05, 'C', 'S', 0x00, 0x02, 'A', 'B'},
         "00091001 SQ(u) { item(10) { 00080005 CS 4142 } }; 00080005 CS 4142"},
    });
@@ -247,7 +238,7 @@ TEST(ExplicitInputTransferSyntax, EndsALevelAtAnyDelimiterAndAtPadding)
       InputTransferSyntax::LevelEnd itsLevelEnd;
    } kCases[] = {
        {"item delimiter", kItemDelimiter, InputTransferSyntax::AtDelimiter},
-       {"sequence delimiter", kDelimiter, InputTransferSyntax::AtDelimiter},
+       {"sequence delimiter", kSequenceDelimiter, InputTransferSyntax::AtDelimiter},
        {"padding", {0xFC, 0xFF, 0xFC, 0xFF, 'O', 'B', 0, 0, 4, 0, 0, 0, 1, 2, 3, 4}, InputTransferSyntax::AtPadding},
    };
    for (const auto& aCase : kCases)
@@ -280,7 +271,8 @@ TEST(ExplicitInputTransferSyntax, StopsBehindTheTagOfTheLimit)
        {"padding", {}, {0xFC, 0xFF, 0xFC, 0xFF}, true, ""},
        {"a delimiter", {}, {0xFE, 0xFF, 0x0D, 0xE0}, true, ""},
        {"not in an item",
-        kSequenceOfUndefinedLength + Item(8, kHigher) + Item(8, {0xE1, 0x7F, 0x10, 0x10, 'L', 'O', 0, 0}) + kDelimiter,
+        kSequenceOfUndefinedLength + ItemOf(8, kHigher) + ItemOf(8, {0xE1, 0x7F, 0x10, 0x10, 'L', 'O', 0, 0}) +
+            kSequenceDelimiter,
         {0xE0, 0x7F, 0x10, 0x00},
         true,
         "00081140 SQ(u) { item(8) { 7FE10005 LO } item(8) { 7FE11010 LO } }"},
@@ -327,18 +319,18 @@ TEST(ExplicitInputTransferSyntax, TellsACutFromAnEnd)
    } kCases[] = {
        {"no sequence delimiter", kSequenceOfUndefinedLength, "/0008,1140"},
        {"no item delimiter in the second item",
-        kSequenceOfUndefinedLength + Item(0, {}) + kItemOfUndefinedLength + kShortElement, "/0008,1140[1]"},
+        kSequenceOfUndefinedLength + ItemOf(0, {}) + kItemOfUndefinedLength + kShortElement, "/0008,1140[1]"},
        {"nested", kOpenItem + kOpenItem + kItemDelimiter + kItemOfUndefinedLength, "/0008,1140[0]/0008,1140[1]"},
-       {"an item shorter than stated", kSequenceOfUndefinedLength + Item(24, kShortElement), "/0008,1140[0]"},
-       {"a sequence shorter than stated", Sequence(40, Item(12, kShortElement)), "/0008,1140"},
-       {"an item longer than its sequence", Sequence(20, Item(24, kShortElement)) + kLongElement, "/0008,1140[0]"},
+       {"an item shorter than stated", kSequenceOfUndefinedLength + ItemOf(24, kShortElement), "/0008,1140[0]"},
+       {"a sequence shorter than stated", Sequence(40, ItemOf(12, kShortElement)), "/0008,1140"},
+       {"an item longer than its sequence", Sequence(20, ItemOf(24, kShortElement)) + kLongElement, "/0008,1140[0]"},
        {"an open item in a sequence of defined length", Sequence(20, kItemOfUndefinedLength + kShortElement),
         "/0008,1140[0]"},
        {"an item that ends at a delimiter before the rest of its length",
-        kSequenceOfUndefinedLength + Item(24, kItemDelimiter), "/0008,1140[0]"},
+        kSequenceOfUndefinedLength + ItemOf(24, kItemDelimiter), "/0008,1140[0]"},
        {"failure at top level", First(kShortElement, 5), "", true},
        {"failure in an item",
-        kSequenceOfUndefinedLength + Item(0, {}) + kItemOfUndefinedLength + First(kShortElement, 9), "/0008,1140[1]",
+        kSequenceOfUndefinedLength + ItemOf(0, {}) + kItemOfUndefinedLength + First(kShortElement, 9), "/0008,1140[1]",
         true},
        {"failure between items", kSequenceOfUndefinedLength + First(kItemDelimiter, 3), "/0008,1140", true},
    };

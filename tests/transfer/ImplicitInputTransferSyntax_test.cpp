@@ -26,9 +26,6 @@ const Bytes kElement = {
     0x04, 0x00, 0x00, 0x00, // length
     'I',  'S',  'O',  ' ',  // value
 };
-const Bytes kDelimiter = {0xFE, 0xFF, 0xDD, 0xE0, 0x00, 0x00, 0x00, 0x00};
-const Bytes kItemDelimiter = {0xFE, 0xFF, 0x0D, 0xE0, 0x00, 0x00, 0x00, 0x00};
-const Bytes kItemOfUndefinedLength = {0xFE, 0xFF, 0x00, 0xE0, 0xFF, 0xFF, 0xFF, 0xFF};
 const Bytes kSequenceOfUndefinedLength = {0x08, 0x00, 0x40, 0x11, 0xFF, 0xFF, 0xFF, 0xFF};
 
 Bytes Tag(UINT32 theTag)
@@ -41,11 +38,6 @@ Bytes Tag(UINT32 theTag)
 Bytes Word(UINT32 theTag, unsigned char theLow, unsigned char theHigh = 0)
 {
    return Tag(theTag) + Bytes{0x02, 0x00, 0x00, 0x00, theLow, theHigh};
-}
-
-Bytes Item(unsigned char theLength, const Bytes& theContent)
-{
-   return Bytes{0xFE, 0xFF, 0x00, 0xE0, theLength, 0x00, 0x00, 0x00} + theContent;
 }
 
 class ImplicitInputTransferSyntaxTest : public ::testing::Test
@@ -69,7 +61,7 @@ TEST_F(ImplicitInputTransferSyntaxTest, SaysWhereAnElementIsCut)
       const StreamError anExpected = {kErrors[aCut - 1], TN_END_OF_FILE, 0};
       EXPECT_EQ(Decode(kLEI, First(kElement, aCut)).itsError, anExpected) << aCut;
       EXPECT_EQ(DecodeInPieces(kLEI, First(kElement, aCut), 1).itsError, anExpected) << aCut;
-      const Bytes aDelimiter = First(kDelimiter, std::min<std::size_t>(aCut, 7));
+      const Bytes aDelimiter = First(kSequenceDelimiter, std::min<std::size_t>(aCut, 7));
       EXPECT_EQ(Decode(kLEI, aDelimiter).itsError.itsMessage, kErrors[aDelimiter.size() - 1]);
    }
 }
@@ -84,14 +76,14 @@ TEST_F(ImplicitInputTransferSyntaxTest, TypesElementsByTheDictionary)
        {"private, of nobody known", kLEI, Word(0x00091010, 'A', 'B'), "00091010 UN 4142"},
        {"odd length", kLEI, Tag(0x00080005) + Bytes{1, 0, 0, 0, 'A'}, "00080005 CS 41"},
        {"native pixels", kLEI, Tag(0x7FE00010) + Bytes{4, 0, 0, 0, 1, 2, 3, 4}, "7FE00010 OW pixels 01020304"},
-       {"sequence of defined length", kLEI, Tag(0x00081140) + Bytes{20, 0, 0, 0} + Item(12, kElement) + kElement,
+       {"sequence of defined length", kLEI, Tag(0x00081140) + Bytes{20, 0, 0, 0} + ItemOf(12, kElement) + kElement,
         "00081140 SQ(20) { item(12) { 00080005 CS 49534F20 } }; 00080005 CS 49534F20"},
        {"sequence of undefined length", kLEI,
-        kSequenceOfUndefinedLength + kItemOfUndefinedLength + kElement + kItemDelimiter + Item(0, {}) + kDelimiter +
-            kElement,
+        kSequenceOfUndefinedLength + kItemOfUndefinedLength + kElement + kItemDelimiter + ItemOf(0, {}) +
+            kSequenceDelimiter + kElement,
         "00081140 SQ(u) { item(u) { 00080005 CS 49534F20 } item(0) {  } }; 00080005 CS 49534F20"},
        {"what is not listed is a sequence if its length is undefined", kLEI,
-        Tag(0x00091010) + Bytes{0xFF, 0xFF, 0xFF, 0xFF} + Item(12, kElement) + kDelimiter,
+        Tag(0x00091010) + Bytes{0xFF, 0xFF, 0xFF, 0xFF} + ItemOf(12, kElement) + kSequenceDelimiter,
         "00091010 SQ(u) { item(12) { 00080005 CS 49534F20 } }"},
    });
 }
@@ -168,10 +160,11 @@ TEST_F(ImplicitInputTransferSyntaxTest, HoldsPixelRepresentationForWhatFollowsAt
        {"no whole value", Tag(0x00280103) + Bytes{1, 0, 0, 0, 1} + kSmallest, "00280103 US 01; 00280106 US 0500"},
        {"never cleared", Word(0x00280103, 1) + Word(0x00280103, 0) + kSmallest,
         "00280103 US 0100; 00280103 US 0000; 00280106 SS 0500"},
-       {"not in items", Word(0x00280103, 1) + kSequenceOfUndefinedLength + Item(10, kSmallest) + kDelimiter + kSmallest,
+       {"not in items",
+        Word(0x00280103, 1) + kSequenceOfUndefinedLength + ItemOf(10, kSmallest) + kSequenceDelimiter + kSmallest,
         "00280103 US 0100; 00081140 SQ(u) { item(10) { 00280106 US 0500 } }; 00280106 SS 0500"},
        {"not out of items",
-        kSequenceOfUndefinedLength + Item(20, Word(0x00280103, 1) + kSmallest) + kDelimiter + kSmallest,
+        kSequenceOfUndefinedLength + ItemOf(20, Word(0x00280103, 1) + kSmallest) + kSequenceDelimiter + kSmallest,
         "00081140 SQ(u) { item(20) { 00280103 US 0100; 00280106 SS 0500 } }; 00280106 US 0500"},
    };
    for (const auto& aCase : kCases)
@@ -180,13 +173,19 @@ TEST_F(ImplicitInputTransferSyntaxTest, HoldsPixelRepresentationForWhatFollowsAt
    }
 }
 
-TEST_F(ImplicitInputTransferSyntaxTest, CanBeToldThePixelRepresentation)
+TEST_F(ImplicitInputTransferSyntaxTest, CanBeToldThePixelRepresentationAndTakesOneElementBack)
 {
    PiecewiseInputStream aStream(Word(0x00280106, 5));
    const std::unique_ptr<InputTransferSyntax> aMade = MakeDecoder(kLEI, aStream);
    auto& anImplicit = dynamic_cast<ImplicitInputTransferSyntax&>(*aMade);
    anImplicit.SetSignedPixelRepresentation(true);
-   EXPECT_EQ(std::unique_ptr<VR>(aMade->NextVR())->GetTypeCodeAsString(), "SS");
+   VR* const anElement = aMade->NextVR();
+   EXPECT_EQ(anElement->GetTypeCodeAsString(), "SS");
+   aMade->Pushback(anElement);
+   const StreamError aRefusal = {"ImplicitInputTransferSyntax::Pushback(VR*): unable to do pushback", TN_INTERNAL_ERROR,
+                                 0};
+   EXPECT_EQ(StreamErrorOf([&] { aMade->Pushback(new VR(0x0008, 0x0007)); }), aRefusal);
+   EXPECT_EQ(std::unique_ptr<VR>(aMade->NextVR()).get(), anElement);
 }
 
 TEST_F(ImplicitInputTransferSyntaxTest, StopsBehindTheLengthOfTheLimit)
@@ -219,23 +218,11 @@ TEST_F(ImplicitInputTransferSyntaxTest, LooksUpInTheInstalledDictionaryExceptInI
    InstanceSpecificDataDictionary anInstalled(aPublic, aCatalog);
    anInstalled.RegisterPrivateCreator("ACME", MAttributeTag(0x0029, 0x0010));
    const Bytes kElements = Word(0x00080006, 1) + Word(0x00291010, 1);
-   const Bytes kBytes = kElements + kSequenceOfUndefinedLength + Item(20, kElements) + kDelimiter;
+   const Bytes kBytes = kElements + kSequenceOfUndefinedLength + ItemOf(20, kElements) + kSequenceDelimiter;
    EXPECT_EQ(Decode(kLEI, kBytes, [&](InputTransferSyntax& theDecoder) { theDecoder.SetDataDictionary(anInstalled); })
                  .itsText,
              "00080006 DS 0100; 00291010 IS 0100; "
              "00081140 SQ(u) { item(20) { 00080006 UN 0100; 00291010 UN 0100 } }");
-}
-
-TEST_F(ImplicitInputTransferSyntaxTest, TakesOneElementBack)
-{
-   PiecewiseInputStream aStream(kElement);
-   const std::unique_ptr<InputTransferSyntax> aDecoder = MakeDecoder(kLEI, aStream);
-   VR* const anElement = aDecoder->NextVR();
-   aDecoder->Pushback(anElement);
-   const StreamError anExpected = {"ImplicitInputTransferSyntax::Pushback(VR*): unable to do pushback",
-                                   TN_INTERNAL_ERROR, 0};
-   EXPECT_EQ(StreamErrorOf([&] { aDecoder->Pushback(new VR(0x0008, 0x0007)); }), anExpected);
-   EXPECT_EQ(std::unique_ptr<VR>(aDecoder->NextVR()).get(), anElement);
 }
 
 TEST_F(ImplicitInputTransferSyntaxTest, WritesWhichElementItsHeaderFailsInToTheErrorLog)

@@ -22,11 +22,9 @@ const Bytes kSecond = {
     'U',  'I',  0x02, 0x00, // UI, 2 bytes
     '2',  '.',
 };
-const Bytes kItem = {0xFE, 0xFF, 0x00, 0xE0, 0xFF, 0xFF, 0xFF, 0xFF};
-const Bytes kItemEnd = {0xFE, 0xFF, 0x0D, 0xE0, 0x00, 0x00, 0x00, 0x00};
 const Bytes kSequence = {0x08, 0x00, 0x40, 0x11, 'S', 'Q', 0x00, 0x00, 0xFF, 0xFF, 0xFF, 0xFF};
-const Bytes kSequenceEnd = {0xFE, 0xFF, 0xDD, 0xE0, 0x00, 0x00, 0x00, 0x00};
-const Bytes kTwoItems = kSequence + kItem + kFirst + kSecond + kItemEnd + kItem + kFirst + kItemEnd + kSequenceEnd;
+const Bytes kTwoItems = kSequence + kItemOfUndefinedLength + kFirst + kSecond + kItemDelimiter +
+                        kItemOfUndefinedLength + kFirst + kItemDelimiter + kSequenceDelimiter;
 
 // A decoder and its first element, which is a sequence.
 class SequenceInStream
@@ -130,21 +128,22 @@ TEST(DICOMDataObjectInputStreamVR, KeepsWhatWasReadWhenItFailsMidway)
       StreamError itsError;
    } kCases[] = {
        {"header cut in the second item",
-        kSequence + kItem + kFirst + kItemEnd + kItem + kFirst + First(kSecond, 4),
+        kSequence + kItemOfUndefinedLength + kFirst + kItemDelimiter + kItemOfUndefinedLength + kFirst +
+            First(kSecond, 4),
         {{0x00081150}, {0x00081150}},
         {"ExplicitInputTransferSyntax::NextVR(): EOF while reading type code", TN_END_OF_FILE, 0}},
        {"no item",
-        kSequence + kItem + kFirst + kItemEnd + kFirst,
+        kSequence + kItemOfUndefinedLength + kFirst + kItemDelimiter + kFirst,
         {{0x00081150}},
         {"DICOMDataObjectInputStreamVR::NextDICOMDataObject(): Expected VRInputStreamVR but got (0008, 1150) instead",
          TN_INVALID_DELIMITER, 0}},
        {"two creators for one block",
-        kSequence + kItem + kCreator + kOther + kItemEnd + kSequenceEnd,
+        kSequence + kItemOfUndefinedLength + kCreator + kOther + kItemDelimiter + kSequenceDelimiter,
         {{0x00090010}},
         {"DICOMDataObjectInputStreamVR::GetVR(): error while saving VR to DICOMDataObject", TN_PARSE_TO_OBJECT_FAILED,
          0}},
        {"failing in a sequence within",
-        kSequence + kItem + kFirst + kSequence + kItem + kSecond + First(kFirst, 9),
+        kSequence + kItemOfUndefinedLength + kFirst + kSequence + kItemOfUndefinedLength + kSecond + First(kFirst, 9),
         {{0x00081140, 0x00081150}},
         {ShortValue(1, 2, "0008, 1150", "UI"), TN_END_OF_FILE, 0}},
    };
@@ -167,7 +166,8 @@ TEST(DICOMDataObjectInputStreamVR, KeepsWhatWasReadWhenItFailsMidway)
 
 TEST(VRInputStreamVR, KnowsItsEndWhenItIsMet)
 {
-   SequenceInStream aSequence(kSequence + Bytes{0xFE, 0xFF, 0x00, 0xE0, 0x0A, 0x00, 0x00, 0x00} + kFirst + kItem);
+   SequenceInStream aSequence(kSequence + Bytes{0xFE, 0xFF, 0x00, 0xE0, 0x0A, 0x00, 0x00, 0x00} + kFirst +
+                              kItemOfUndefinedLength);
    std::unique_ptr<VRInputStreamVR> anItem(aSequence->NextDICOMDataObject());
    EXPECT_TRUE(std::unique_ptr<VR>(anItem->NextVR()));
    EXPECT_TRUE(anItem->HasMoreData()) << "the end is not known before it is met";
@@ -178,7 +178,7 @@ TEST(VRInputStreamVR, KnowsItsEndWhenItIsMet)
 
 TEST(VRInputStreamVR, TakesOneElementBackUntilItHasEnded)
 {
-   SequenceInStream aSequence(kSequence + kItem + kFirst + kItemEnd + kSequenceEnd);
+   SequenceInStream aSequence(kSequence + kItemOfUndefinedLength + kFirst + kItemDelimiter + kSequenceDelimiter);
    const std::unique_ptr<VRInputStreamVR> anItem(aSequence->NextDICOMDataObject());
    VR* const anElement = anItem->NextVR();
    anItem->Pushback(anElement);
@@ -192,7 +192,7 @@ TEST(VRInputStreamVR, TakesOneElementBackUntilItHasEnded)
 
 TEST(VRInputStreamVR, OutsideASequenceIsNoElementOfADataset)
 {
-   PiecewiseInputStream aStream(kItem + kFirst + kItemEnd);
+   PiecewiseInputStream aStream(kItemOfUndefinedLength + kFirst + kItemDelimiter);
    const std::unique_ptr<InputTransferSyntax> aDecoder = MakeDecoder(kLEE, aStream);
    DICOMDataObject anObject;
    EXPECT_FALSE(anObject.Push(aDecoder->NextVR()));
