@@ -4,7 +4,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <numeric>
 #include <random>
 #include <vector>
 
@@ -31,25 +30,6 @@ std::vector<UINT32> Groups(const DICOMNode& theNode, int theLow, int theHigh, bo
    std::vector<int> aGroups;
    theNode.ListGroupsInRange(aGroups, theLow, theHigh, theSkipOdd);
    return {aGroups.begin(), aGroups.end()};
-}
-
-TEST(DICOMNode, HoldsElementsInTagOrderWhateverTheOrderOfInsertion)
-{
-   for (const UINT32 aCount : {1u, 4u, 5u, 127u, 128u, 129u, 257u, 6000u})
-   {
-      std::vector<UINT32> anAscending(aCount);
-      std::iota(anAscending.begin(), anAscending.end(), 0x00080000u);
-      std::vector<UINT32> aRandom = anAscending;
-      std::shuffle(aRandom.begin(), aRandom.end(), std::mt19937(20));
-      for (const auto& aTags : {anAscending, {anAscending.rbegin(), anAscending.rend()}, aRandom})
-      {
-         DICOMNode aNode;
-         InsertAll(aNode, aTags);
-         EXPECT_EQ(anAscending, TagsOf(aNode));
-         EXPECT_EQ(aCount, aNode.Entries());
-      }
-   }
-   EXPECT_EQ(0, CountedVR::GetLiving());
 }
 
 // Against std::map. Few groups and many elements, so that blocks fill, split, run empty and go.

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "support/Elements.h"
-#include "talvenor/dataset/DICOMCluster.h"
 #include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/dictionary/InstanceSpecificDataDictionary.h"
 #include "talvenor/foundation/StreamIOException.h"
@@ -234,28 +233,4 @@ TEST(DICOMObject, PalettesChangeHands)
    const std::unique_ptr<ColorPalette> aMine(aSet.RemoveRedColorPalette());
    EXPECT_EQ(aMine.get(), aPalette);
    EXPECT_EQ(aSet.GetRedColorPalette(), nullptr);
-}
-
-// A dataset in a cluster inherits the patient; whoever changes it has a copy of its own from then on.
-TEST(DICOMObject, InheritedElementsCountAsTheDatasetsOwn)
-{
-   DICOMCluster aCluster;
-   DICOMDataObject aFirst;
-   DICOMDataObject aSecond;
-   for (DICOMDataObject* aSet : {&aFirst, &aSecond})
-   {
-      Fill(*aSet, {0x00080018, 0x00100010, 0x0020000D, 0x0020000E});
-      ASSERT_TRUE(aCluster.Normalize(aSet->GetNode()));
-   }
-   EXPECT_EQ(aSecond.Entries(), 4u);
-   EXPECT_EQ(aFirst.GetVR(0x0010, 0x0010), aSecond.GetVR(0x0010, 0x0010)) << "shared";
-   DICOMDataObject aCopy(aSecond);
-   EXPECT_TRUE(aCopy.ValueEquals(aSecond));
-   aSecond.Push(TextElement(0x00100010, "Changed"));
-   EXPECT_EQ(TextOf(aFirst, 0x00100010), "value");
-   EXPECT_EQ(TextOf(aSecond, 0x00100010), "Changed");
-   EXPECT_EQ(aSecond.Entries(), 4u);
-   const std::unique_ptr<VR> aRemoved(aFirst.RemoveVR(0x0010, 0x0010));
-   EXPECT_NE(aRemoved, nullptr);
-   EXPECT_THAT(TagsOf(aFirst), ElementsAre(0x00080018u, 0x0020000Du, 0x0020000Eu));
 }

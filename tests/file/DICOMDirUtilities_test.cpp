@@ -150,19 +150,4 @@ TEST(DICOMDirUtilities, TellsWhyADirectoryDoesNotLoad)
    }
 }
 
-// SaveToFile states the default title of this process, which moves every record.
-TEST(DICOMDirUtilities, OffsetsAreNotThoseOfSaveToFile)
-{
-   DICOMDataObject aDirectory;
-   FillDirectory(aDirectory);
-   Offsets anOffsets;
-   ASSERT_EQ(Calculate(aDirectory, anOffsets), 1);
-   const TemporaryFile aFile;
-   TNResultCode aResult;
-   int anError;
-   ASSERT_EQ(aDirectory.SaveToFile(aFile.Name(), GivenOrLittleEndianExplicitFile, "", aResult, anError,
-                                   DICOMDirUtilities::kSOPClassUID, "1.22.3"),
-             1);
-   EXPECT_NE(aFile.Contents().substr(static_cast<std::size_t>(anOffsets[0]), 4), Bytes("\xFE\xFF\x00\xE0"));
-}
 } // namespace

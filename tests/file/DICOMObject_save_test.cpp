@@ -7,7 +7,6 @@
 #include "support/Elements.h"
 #include "support/FileBytes.h"
 #include "support/TemporaryFile.h"
-#include "talvenor/dataset/SequenceVR.h"
 #include "talvenor/dictionary/UID.h"
 #include "talvenor/file/Part10FileInputStream.h"
 #include "talvenor/file/Part10Header.h"
@@ -84,27 +83,6 @@ TEST(SaveToFile, WritesMetaInformationAndDatasetInTheSyntaxOfTheType)
           .Stated(0x00280010, "US", 2)
           .Number(0x0102, 2);
       EXPECT_EQ(aPath.Contents().substr(aStream.GetHeaderSize()), anExpected.Bytes()) << aCase.itsName;
-   }
-}
-
-TEST(SaveToFile, WritesSequencesAndPrivateElementsUnderTheirBlocks)
-{
-   DICOMDataObject anObject;
-   FillObject(anObject);
-   anObject.Push(TextElement(0x00091101, "kept"));
-   anObject.Push(TextElement(0x00090011, "A CREATOR"));
-   anObject.Push(new SequenceVR(0x0040, 0xA730));
-   auto* const anItem = new DICOMDataObject;
-   anItem->Push(TextElement(0x0040A160, "text", VRCode::UT));
-   anObject.Push(anItem);
-   for (const int aType : {1, 2, 3})
-   {
-      const TemporaryFile aPath;
-      EXPECT_EQ(anObject.SaveToFile(aPath.Name(), static_cast<DICOMFileType>(aType)), 1);
-      DICOMDataObject aLoaded;
-      ASSERT_EQ(aLoaded.LoadFromFile(aPath.Name()), 1);
-      EXPECT_EQ(TagsOf(aLoaded), TagsOf(anObject)) << aType;
-      EXPECT_EQ(TextOf(aLoaded, 0x00091101), "kept") << aType;
    }
 }
 

@@ -45,16 +45,6 @@ TEST(Part10InputStream, SmallFiles)
              (StreamError{kOpen + "read header: Group 2 group length code missing", TN_PARSE_TO_OBJECT_FAILED}));
 }
 
-TEST(Part10InputStream, FileWithoutMetaInformationIsReadFromItsFirstByte)
-{
-   const std::string aFile = kDatasetElement + std::string(300, 'x');
-   const auto aStream = OpenBytes(aFile);
-   EXPECT_EQ(aStream->GetStreamPosition(), 0u);
-   EXPECT_EQ(aStream->GetPushbackLimit(), 256u - 144u);
-   EXPECT_EQ(ReadText(*aStream, 400), aFile);
-   EXPECT_EQ(aStream->GetStreamPosition(), aFile.size());
-}
-
 TEST(Part10InputStream, GuessesTheTransferSyntaxOfABareDataset)
 {
    const std::string kImplicit = "1.2.840.10008.1.2", kLittle = "1.2.840.10008.1.2.1", kBig = "1.2.840.10008.1.2.2";
