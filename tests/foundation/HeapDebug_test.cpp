@@ -101,23 +101,6 @@ Size SizeOf(void* theHeap)
    return aSize;
 }
 
-// Private operations without a caller inside the library: naming them as a template argument is allowed to anybody.
-template <class Key, auto theFunction>
-struct Opener
-{
-   friend constexpr auto Open(Key) { return theFunction; }
-};
-struct Offset
-{
-   friend constexpr auto Open(Offset);
-};
-struct Error
-{
-   friend constexpr auto Open(Error);
-};
-template struct Opener<Offset, &HeapDebug::getAddressOffsetInHeapEntry>;
-template struct Opener<Error, &HeapDebug::printError>;
-
 std::string Printed(const _PROCESS_HEAP_ENTRY& theEntry)
 {
    std::ostringstream anOut;
@@ -256,22 +239,4 @@ TEST(HeapDebug, AnEntryIsPrintedLineByLine)
 
    EXPECT_NE(Printed(Entry(0, 0, 0, 0x0044)).find("PROCESS_HEAP_ENTRY_BUSY  Unknown remaining flags: 40\n"),
              std::string::npos);
-}
-
-TEST(HeapDebug, TheOffsetCountsFromTheData)
-{
-   const _PROCESS_HEAP_ENTRY anEntry = Entry(0x1000, 0x10, 4, 0);
-   EXPECT_EQ(Open(Offset())(anEntry, Address(0x1000)), 0u);
-   EXPECT_EQ(Open(Offset())(anEntry, Address(0x1013)), 0x13u);
-   EXPECT_EQ(Open(Offset())(anEntry, Address(0x1014)), 0xFFFFFFFFu);
-   EXPECT_EQ(Open(Offset())(anEntry, Address(0x0FFF)), 0xFFFFFFFFu);
-}
-
-TEST(HeapDebug, AnErrorIsPrintedWithNumberAndText)
-{
-   FakeHeaps aFake;
-   aFake.itsError = 2;
-   std::ostringstream anOut;
-   Open(Error())(anOut, "text");
-   EXPECT_EQ(anOut.str(), "text: Error Code (WIN32) = 2 [No such file or directory]\n");
 }
