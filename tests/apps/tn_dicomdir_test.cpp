@@ -253,8 +253,6 @@ TEST(TnDicomdirCreate, KeepsTextAsItIsWithItsCharacterSet)
    EXPECT_TRUE(Contains(aBytes, anExpected.Bytes()));
 }
 
-// --- list ------------------------------------------------------------------------------------------------------------
-
 namespace
 {
 // A record by the numbers of those that it leads to; kNone for none, and kPlace + x for the offset x itself.
