@@ -4,12 +4,17 @@
       TN_DISK_LOG=FILE  what is done below the folder is written there, one line a call, and each message of a peer's
    answer
 
-   Calls of the C library are counted that concern files below the folder of the control; those from the first to the
-   last number fail with the given error. Inside the C library (fopen) there is nothing to catch. */
+   Calls of the C library are counted that concern files below the folder of the control, sockets and threads; those
+   from the first to the last number fail with the given error. Inside the C library (fopen) there is nothing to catch.
+ */
 #define _GNU_SOURCE
+#include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <poll.h>
+#include <pthread.h>
+#include <signal.h>
 #include <stdarg.h>
 #include <stdatomic.h>
 #include <stdint.h>
@@ -20,6 +25,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/uio.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -32,7 +38,12 @@ enum Kind /* in io-errors.py, too */
    kMakeFolder = 16,
    kUnlink = 32,
    kTruncate = 64,
-   kRead = 128
+   kRead = 128,
+   kConnect = 256, /* socket, connect */
+   kSend = 512,
+   kReceive = 1024,
+   kWait = 2048, /* for a socket */
+   kThread = 4096
 };
 
 struct Control
@@ -43,6 +54,7 @@ struct Control
    int64_t itsLast;
    int64_t itsError;            /* errno; 0: a write takes half of what it is given, which is no error */
    int64_t itsSyncMicroseconds; /* that each fsync takes */
+   int64_t itsFlagsError;       /* what renameat2 says to all flags; 0: nothing, it knows them */
    int64_t itsFirstAllocation;  /* the allocations that fail, from 1; 0: none, and they are not counted */
    int64_t itsLastAllocation;
    _Atomic int64_t itsCalls;
@@ -102,10 +114,10 @@ static int IsBelow(const char* thePath)
    return theControl->itsFolder[0] != 0 && strncmp(thePath, theControl->itsFolder, strlen(theControl->itsFolder)) == 0;
 }
 
-/* Whether the call is to fail: errno is set then, or 0 for half a write. */
-static int Fails(int theKind, const char* thePath)
+/* Whether the call is to fail: errno is set then, or 0 for half of what is asked for. */
+static int FailsAnywhere(int theKind)
 {
-   if ((theControl->itsKinds & theKind) == 0 || !IsBelow(thePath))
+   if ((theControl->itsKinds & theKind) == 0)
    {
       return 0;
    }
@@ -117,6 +129,11 @@ static int Fails(int theKind, const char* thePath)
    atomic_fetch_add(&theControl->itsFailures, 1);
    errno = (int)theControl->itsError;
    return 1;
+}
+
+static int Fails(int theKind, const char* thePath)
+{
+   return (theControl->itsKinds & theKind) != 0 && IsBelow(thePath) && FailsAnywhere(theKind);
 }
 
 /* thread, call, the inode of the file, path, second path. A write is noted before it is done, all else afterwards: what
@@ -194,6 +211,18 @@ ssize_t write(int theFile, const void* theBytes, size_t theCount)
    return aCount < 0 ? -1 : syscall(SYS_write, theFile, theBytes, aCount);
 }
 
+ssize_t writev(int theFile, const struct iovec* theParts, int theCount)
+{
+   char aPath[PATH_MAX];
+   PathOf(aPath, theFile, NULL);
+   if (Fails(kWrite, aPath))
+   {
+      return errno != 0 ? -1 : syscall(SYS_writev, theFile, theParts, 1);
+   }
+   Note("write", aPath, "");
+   return syscall(SYS_writev, theFile, theParts, theCount);
+}
+
 ssize_t pwrite64(int theFile, const void* theBytes, size_t theCount, off64_t theStart)
 {
    const ssize_t aCount = Writable(theFile, theCount);
@@ -209,7 +238,11 @@ ssize_t pread64(int theFile, void* theBytes, size_t theCount, off64_t theStart)
 {
    char aPath[PATH_MAX];
    PathOf(aPath, theFile, NULL);
-   return Fails(kRead, aPath) ? -1 : syscall(SYS_pread64, theFile, theBytes, theCount, theStart);
+   if (Fails(kRead, aPath))
+   {
+      return errno != 0 ? -1 : syscall(SYS_pread64, theFile, theBytes, (theCount + 1) / 2, theStart);
+   }
+   return syscall(SYS_pread64, theFile, theBytes, theCount, theStart);
 }
 
 ssize_t pread(int theFile, void* theBytes, size_t theCount, off_t theStart)
@@ -276,6 +309,11 @@ int renameat2(int theFolder, const char* theName, int theOtherFolder, const char
    PathOf(aSecond, theOtherFolder, theOther);
    if (Fails(kRename, aPath))
    {
+      return -1;
+   }
+   if (theFlags != 0 && theControl->itsFlagsError != 0 && IsBelow(aPath))
+   {
+      errno = (int)theControl->itsFlagsError;
       return -1;
    }
    const int aResult = (int)syscall(SYS_renameat2, theFolder, theName, theOtherFolder, theOther, theFlags);
@@ -363,13 +401,79 @@ ssize_t send(int theSocket, const void* theBytes, size_t theCount, int theFlags)
    return syscall(SYS_sendto, theSocket, theBytes, theCount, theFlags, NULL, 0);
 }
 
+/* The message, or half of its first part. */
+static const struct msghdr* HalfOf(const struct msghdr* theMessage, struct msghdr* theHalf, struct iovec* thePart)
+{
+   *theHalf = *theMessage;
+   *thePart = theMessage->msg_iov[0];
+   thePart->iov_len = (thePart->iov_len + 1) / 2;
+   theHalf->msg_iov = thePart;
+   theHalf->msg_iovlen = 1;
+   return theHalf;
+}
+
 ssize_t sendmsg(int theSocket, const struct msghdr* theMessage, int theFlags)
 {
+   struct msghdr aHalf;
+   struct iovec aPart;
+   if (FailsAnywhere(kSend))
+   {
+      return errno != 0 ? -1 : syscall(SYS_sendmsg, theSocket, HalfOf(theMessage, &aHalf, &aPart), theFlags);
+   }
    if (theMessage->msg_iovlen > 0)
    {
       NoteAnswer(theMessage->msg_iov[0].iov_base, theMessage->msg_iov[0].iov_len);
    }
    return syscall(SYS_sendmsg, theSocket, theMessage, theFlags);
+}
+
+ssize_t recvmsg(int theSocket, struct msghdr* theMessage, int theFlags)
+{
+   struct msghdr aHalf;
+   struct iovec aPart;
+   if (FailsAnywhere(kReceive))
+   {
+      return errno != 0 ? -1 : syscall(SYS_recvmsg, theSocket, HalfOf(theMessage, &aHalf, &aPart), theFlags);
+   }
+   return syscall(SYS_recvmsg, theSocket, theMessage, theFlags);
+}
+
+int socket(int theFamily, int theType, int theProtocol)
+{
+   return FailsAnywhere(kConnect) ? -1 : (int)syscall(SYS_socket, theFamily, theType, theProtocol);
+}
+
+int connect(int theSocket, const struct sockaddr* theAddress, socklen_t theLength)
+{
+   return FailsAnywhere(kConnect) ? -1 : (int)syscall(SYS_connect, theSocket, theAddress, theLength);
+}
+
+int ppoll(struct pollfd* theSockets, nfds_t theCount, const struct timespec* theTime, const sigset_t* theSignals)
+{
+   struct timespec aTime; /* the kernel writes into it */
+   if (theTime != NULL)
+   {
+      aTime = *theTime;
+   }
+   return FailsAnywhere(kWait)
+              ? -1
+              : (int)syscall(SYS_ppoll, theSockets, theCount, theTime != NULL ? &aTime : NULL, theSignals, _NSIG / 8);
+}
+
+int pthread_create(pthread_t* theThread, const pthread_attr_t* theAttributes, void* (*theFunction)(void*),
+                   void* theData)
+{
+   typedef int (*Function)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+   static Function aCreate = NULL;
+   if (FailsAnywhere(kThread))
+   {
+      return errno;
+   }
+   if (aCreate == NULL)
+   {
+      aCreate = (Function)dlsym(RTLD_NEXT, "pthread_create");
+   }
+   return aCreate(theThread, theAttributes, theFunction, theData);
 }
 
 /* --- memory --- */

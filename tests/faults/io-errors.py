@@ -4,28 +4,34 @@
   errors   each call that concerns the archive's folder fails once, and from there on, with each error that a disk gives
            (and a write takes half of what it is given, which is no error): what is sent meanwhile is stored whole or
            refused with A700H, nothing is stored in part, and the node goes on once the fault is over
+  replace  the same with --duplicates replace, on disks that can exchange names and on those that cannot: what was
+           acknowledged last is there, and its keys are in the index, whatever fails and whenever the node ends
   locked   another process holds a lock on the index for longer than the node waits
   memory   each allocation fails (of many, each n-th) while a peer stores, finds and echoes: that association may end, the
            node goes on and has lost nothing
+  sender   each call and each allocation (of many, each n-th) of tn send fails: it ends, with a line that says why and an
+           exit code, and tells of nothing that the node has not; a call that was interrupted or did half matters nothing
   order    before each answer: the bytes of the instance, its name, and each new folder on the way to it are on the disk
   slow     each fsync takes 200 ms: what is stored together waits together, an echo waits for none of it
 
-Usage: io-errors.py TN [errors|locked|memory|order|slow ...]. Needs a C compiler (cc, or what CC says).
+Usage: io-errors.py TN [errors|replace|locked|memory|sender|order|slow ...]. Needs a C compiler (cc, or what CC says).
 """
 import argparse, ctypes, errno, mmap, os, shutil, signal, sqlite3, subprocess, sys, tempfile, threading, time
 
-from faults import Node, acknowledged, data_set_of, instance, leftovers_in
+from faults import ROOT, Node, acknowledged, data_set_of, element, instance, leftovers_in
 
 OPEN, WRITE, SYNC, RENAME, MAKE_FOLDER, UNLINK, TRUNCATE, READ = (1 << i for i in range(8))  # as in broken-disk.c
-ALL = 255
+CONNECT, SEND, RECEIVE, WAIT, THREAD = (1 << i for i in range(8, 13))
+ALL = 255  # of a disk
 FOR_EVER = 1 << 40
+LOADING = 400  # more than the allocations before main, which nobody can answer for
 
 
 class Control(ctypes.Structure):  # as in broken-disk.c
     _fields_ = [("folder", ctypes.c_char * 256), ("kinds", ctypes.c_int64), ("first", ctypes.c_int64),
                 ("last", ctypes.c_int64), ("error", ctypes.c_int64), ("sync_microseconds", ctypes.c_int64),
-                ("first_allocation", ctypes.c_int64), ("last_allocation", ctypes.c_int64), ("calls", ctypes.c_int64),
-                ("allocations", ctypes.c_int64), ("failures", ctypes.c_int64)]
+                ("flags_error", ctypes.c_int64), ("first_allocation", ctypes.c_int64),
+                ("last_allocation", ctypes.c_int64), ("calls", ctypes.c_int64), ("allocations", ctypes.c_int64), ("failures", ctypes.c_int64)]
 
 
 class Bench:
@@ -98,7 +104,7 @@ class Bench:
                         f"ANY@127.0.0.1:{self.node.port}", folder], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                        timeout=120)
         uids, refused = acknowledged(self.work)
-        self.acknowledged |= uids
+        self.acknowledged |= set(uids)
         return refused
 
     def echo(self):
@@ -148,7 +154,8 @@ class Bench:
 
 
 def name_of(kinds):
-    names = ("open", "write", "fsync", "rename", "mkdir", "unlink", "truncate", "read")
+    names = ("open", "write", "fsync", "rename", "mkdir", "unlink", "truncate", "read", "connect", "send", "receive", "wait",
+             "thread")
     return "any call but unlink" if kinds == ALL & ~UNLINK else "|".join(name for i, name in enumerate(names) if kinds >> i & 1)
 
 
@@ -198,6 +205,91 @@ def errors(arguments):
                         print(f"   {fault}", flush=True)
                     total, failed = total + cases, failed + len(found)
     print(f"write errors: {total} moments, {failed} faults")
+    return failed
+
+
+class Versions:
+    """An instance that is sent again and again, each time with other bytes and keys."""
+
+    def __init__(self, bench):
+        self.bench = bench
+        self.folder = f"{bench.work}/data/versions"
+        self.number, self.kept = 0, None  # of versions, the last that was acknowledged
+        os.makedirs(self.folder)
+
+    def send(self, is_new=True):
+        """Returns what the node has against it, in words."""
+        self.number += is_new
+        self.uid, head, self.data = instance(1, 1, 5000, self.number, 1)
+        with open(f"{self.folder}/0.dcm", "wb") as file:
+            file.write(head + self.data)
+        refused = self.bench.send(self.folder)
+        if not refused:
+            self.kept = self.data
+        return refused
+
+    def faults(self, is_indexed, may_be_new=False):
+        archive, faults = self.bench.archive, []
+        with sqlite3.connect(f"file:{archive}/index.sqlite?mode=ro", uri=True) as index:
+            rows = index.execute("SELECT path, PatientName, InstanceNumber FROM instance JOIN series ON series = series.row "
+                                 "JOIN study ON study = study.row JOIN patient ON patient = patient.row").fetchall()
+        there = data_set_of(f"{archive}/{ROOT}.1.0.1/{ROOT}.1.0.1.1/{self.uid}.dcm")
+        if there != self.kept and not (may_be_new and there == self.data):
+            faults.append("the file is not what was acknowledged last")
+        if is_indexed and len(rows) != 1:
+            faults.append(f"{len(rows)} rows in the index")
+        elif is_indexed and not (rows[0][1].encode() in there and element(0x00200013, "IS", rows[0][2]) in there):
+            faults.append(f"the index says {rows[0][1:]}, which is not in the file")
+        end = time.monotonic() + 5
+        while leftovers_in(archive, 1) and time.monotonic() < end:
+            time.sleep(0.01)  # what was replaced is removed after the answer
+        if leftovers_in(archive, 1):
+            faults.append("temporary files")
+        return faults
+
+
+def replace(arguments):
+    total = failed = 0
+    kinds = ALL & ~UNLINK
+    with Bench(arguments, "replace") as bench:
+        for mode in ("group", "none"):
+            for flags in (0, errno.EINVAL, errno.ENOSYS, errno.EOPNOTSUPP):
+                for is_lasting in ((False, True) if flags in (0, errno.EINVAL) else (False,)):
+                    def begin():
+                        bench.start("--fsync", mode, "--duplicates", "replace")
+                        bench.control.flags_error = flags
+
+                    bench.empty()
+                    begin()
+                    versions = Versions(bench)
+                    found = [f"at first: {text}" for text in versions.send() + versions.send()]
+                    bench.arm(kinds, 0, 0, 0)
+                    versions.send()
+                    refusals = cases = 0
+                    calls = bench.control.calls + 2 if flags in (0, errno.EINVAL) else 0  # else it is enough that it goes
+                    for first in range(1, calls + 1):
+                        bench.arm(kinds, first, FOR_EVER if is_lasting else first, errno.EIO)
+                        refused = versions.send()
+                        bench.disarm()
+                        what = [f"answered: {text}" for text in refused if "A700H" not in text]
+                        what += versions.faults(mode != "none" and not is_lasting, is_lasting)
+                        if first % 2:  # what is left in the middle of it is seen by the next start
+                            bench.node.end(signal.SIGKILL)
+                            begin()
+                            what += [f"after a restart: {fault}" for fault in versions.faults(True, is_lasting)]
+                        what += [f"when it is over: {text}" for text in versions.send(is_new=not is_lasting)]
+                        what += versions.faults(mode != "none")
+                        found += [f"call {first}: {fault}" for fault in what]
+                        refusals, cases = refusals + len(refused), cases + 1
+                    found += [f"afterwards: {fault}" for fault in bench.restart(signal.SIGTERM) + versions.faults(True)]
+                    bench.control.flags_error = 0
+                    disk = f", names cannot be exchanged ({errno.errorcode[flags]})" if flags else ""
+                    print(f"--fsync {mode} --duplicates replace{disk}, EIO {'from the n-th on' if is_lasting else 'once'}: "
+                          f"{cases} moments, {refusals} refused with A700H, {len(found)} faults", flush=True)
+                    for fault in found[:8]:
+                        print(f"   {fault}", flush=True)
+                    total, failed = total + cases, failed + len(found)
+    print(f"replacing: {total} moments, {failed} faults")
     return failed
 
 
@@ -269,6 +361,84 @@ def memory(arguments):
             for fault in found[:8]:
                 print(f"   {fault}", flush=True)
             failed, total = failed + len(found), total + cases
+    return failed
+
+
+def watch_sender(bench, folder, must_succeed, *options):
+    """Runs tn send under the armed faults; returns what is wrong with what it says and does, and its exit code."""
+    report = f"{bench.work}/report.1"
+    environment = {**os.environ, "LD_PRELOAD": bench.library, "TN_DISK": f"{bench.work}/control"}
+    try:
+        end = subprocess.run([bench.tn, "send", "-r", "--timeout", "20", "--report", report, *options,
+                              f"ANY@127.0.0.1:{bench.node.port}", folder], capture_output=True, text=True, timeout=60,
+                             env=environment)
+    except subprocess.TimeoutExpired:
+        return ["it hangs"], None
+    finally:
+        bench.disarm()
+    uids, _ = acknowledged(bench.work)
+    bench.acknowledged |= set(uids)
+    faults, lines = [], [line for line in end.stderr.splitlines() if line.strip()]
+    if not 0 <= end.returncode <= 10:
+        faults.append(f"it ends with {end.returncode}: {lines[-1:]}")
+    if (end.returncode == 0) != (len(uids) == len(os.listdir(folder))) and end.returncode != 4:  # for the report itself
+        faults.append(f"{len(uids)} sent, and yet it ends with {end.returncode}: {lines[-1:]}")
+    if end.returncode > 0 and not any(line.startswith(("tn send: ", "tn: ")) for line in lines):
+        faults.append(f"it ends with {end.returncode} and does not say why: {lines}")
+    said = end.stdout.split(" sent")[0]
+    if said and said != str(len(uids)):
+        faults.append(f"it says {end.stdout!r}, and the report has {len(uids)}")
+    if must_succeed and end.returncode:
+        faults.append(f"it ends with {end.returncode}: {lines}")
+    return faults + bench.faults(unlinks=False), end.returncode
+
+
+def sender(arguments):
+    rows = [("EIO", errno.EIO, OPEN | READ | WRITE), ("EMFILE", errno.EMFILE, OPEN | CONNECT), ("ENOSPC", errno.ENOSPC, WRITE),
+            ("ECONNREFUSED", errno.ECONNREFUSED, CONNECT), ("ECONNRESET", errno.ECONNRESET, SEND | RECEIVE),
+            ("ENOMEM", errno.ENOMEM, CONNECT | SEND | RECEIVE | WAIT), ("EAGAIN", errno.EAGAIN, THREAD),
+            ("EINTR", errno.EINTR, READ | WRITE | SEND | RECEIVE | WAIT), ("half of it", 0, READ | WRITE | SEND | RECEIVE)]
+    total = failed = 0
+    with Bench(arguments, "sender") as bench:
+        bench.node = Node(bench.tn, bench.archive, [], bench.log)
+        bench.control.folder = bench.work.encode()
+
+        def run(name, count, arm, moments, must_succeed, *options):
+            found, codes = [], set()
+            for first in moments:
+                folder = bench.make()
+                arm(first)
+                what, code = watch_sender(bench, folder, must_succeed, *options)
+                found += [f"{first}: {fault}" for fault in what]
+                codes.add(code)
+                shutil.rmtree(folder)
+            print(f"{name} of the {count} of tn send {' '.join(options)}: {len(moments)} moments, it ended with "
+                  f"{', '.join(map(str, sorted(codes, key=str)))}; {len(found)} faults", flush=True)
+            for fault in found[:8]:
+                print(f"   {fault}", flush=True)
+            return len(moments), len(found)
+
+        for options in ((), ("--parallel", "3"), ("--retry", "1")):
+            for error, number, kinds in rows:
+                for is_lasting in ((False, True) if error in ("EIO", "ECONNRESET", "ENOSPC") else (False,)):
+                    bench.arm(kinds, 0, 0, 0)
+                    folder = bench.make()
+                    watch_sender(bench, folder, True, *options)
+                    count = bench.control.calls
+                    cases, faults = run(
+                        f"{error} {'from the n-th on' if is_lasting else 'once'} of {name_of(kinds)}", count,
+                        lambda first: bench.arm(kinds, first, FOR_EVER if is_lasting else first, number),
+                        range(1, count + 2), error in ("EINTR", "half of it"), *options)
+                    total, failed = total + cases, failed + faults
+            for length in (1, 20):
+                bench.arm_memory(FOR_EVER, FOR_EVER)
+                watch_sender(bench, bench.make(), True, *options)
+                count = bench.control.allocations
+                cases, faults = run(f"no memory for {length} allocations", count,
+                                    lambda first: bench.arm_memory(first, first + length - 1),
+                                    range(LOADING, count, max(1, count // arguments.moments)), False, *options)
+                total, failed = total + cases, failed + faults
+    print(f"sender: {total} moments, {failed} faults")
     return failed
 
 
@@ -389,13 +559,13 @@ def slow(arguments):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("tn")
-    parser.add_argument("what", nargs="*", default=["errors", "locked", "memory", "order", "slow"])
+    parser.add_argument("what", nargs="*", default=["errors", "replace", "locked", "memory", "sender", "order", "slow"])
     parser.add_argument("--moments", type=int, default=150, help="of each row of memory")
     parser.add_argument("--folder", default="/dev/shm" if os.access("/dev/shm", os.W_OK) else None,
                         help="where to work; in memory, as no fault needs a real disk")
     arguments = parser.parse_args()
-    failed = sum({"errors": errors, "locked": locked, "memory": memory, "order": order, "slow": slow}[name](arguments)
-                 for name in arguments.what)
+    functions = {"errors": errors, "replace": replace, "locked": locked, "memory": memory, "sender": sender, "order": order, "slow": slow}
+    failed = sum(functions[name](arguments) for name in arguments.what)
     sys.exit(1 if failed else 0)
 
 

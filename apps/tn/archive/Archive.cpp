@@ -171,15 +171,17 @@ bool Archive::Keep(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedIns
 bool Archive::KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance&& theInstance,
                           const StoredPath& thePath)
 {
-   const std::optional<std::string> aStored = itsIndex->Find(theInstance.itsKeys[Key::kSOPInstance]);
-   if (aStored && IsEqual(*aStored, theFile, theDatasetStart, theInstance.itsTransferSyntax))
+   const std::string aUID = theInstance.itsKeys[Key::kSOPInstance];
+   const std::optional<std::string> aStored = itsIndex->Find(aUID);
+   const bool isKnown = aStored && IsEqual(*aStored, theFile, theDatasetStart, theInstance.itsTransferSyntax);
+   if (isKnown && !IsDoubtful(aUID))
    {
       return false;
    }
    const bool replaces = itsSettings.itsDuplicates == Duplicates::kReplace;
    const std::string anOldPath = aStored ? GetFullPath(*aStored) : "";
    const bool isThere = aStored && std::filesystem::exists(anOldPath);
-   if (isThere && !replaces)
+   if (isThere && !isKnown && !replaces)
    {
       throw StoreRefusal(StoreStatus::kDuplicateInstance, kOther);
    }
@@ -207,6 +209,10 @@ bool Archive::KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, Ind
       theFile.MoveBack(aFolder, thePath.GetFile());
       throw;
    }
+   if (aStored)
+   {
+      EndReplacement(aUID);
+   }
    if (isElsewhere)
    {
       ::unlink(anOldPath.c_str()); // a start sets aside what stays
@@ -232,13 +238,28 @@ bool Archive::IsEqual(const std::string& thePath, const SpoolFile& theFile, std:
    }
 }
 
-// Should this end before the index has the new instance, the next start learns from the file which one is there.
+bool Archive::IsDoubtful(const std::string& theUID)
+{
+   const std::lock_guard aLock(itsMutex);
+   return itsDoubtful.contains(theUID);
+}
+
+// Should this end before the index has the new instance, the next start learns from the file which one is there. Should
+// the disk fail to put the old file back, the index gets the new one when it is sent again.
 void Archive::BeginReplacement(const IndexedInstance& theInstance)
 {
    Index::Ticket aTicket;
    itsIndex->BeginReplacement(theInstance.itsKeys[Key::kSOPInstance], theInstance.itsPath,
                               itsSettings.itsSynchronising != Synchronising::kNone, aTicket);
    Await(aTicket);
+   const std::lock_guard aLock(itsMutex);
+   itsDoubtful.insert(theInstance.itsKeys[Key::kSOPInstance]);
+}
+
+void Archive::EndReplacement(const std::string& theUID)
+{
+   const std::lock_guard aLock(itsMutex);
+   itsDoubtful.erase(theUID);
 }
 
 void Archive::AddToIndex(IndexedInstance&& theInstance, const StoredPath& thePath)

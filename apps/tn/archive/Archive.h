@@ -71,7 +71,9 @@ private:
                 const std::string& theTransferSyntax) const;
    bool KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance&& theInstance,
                     const StoredPath& thePath);
+   bool IsDoubtful(const std::string& theUID);
    void BeginReplacement(const IndexedInstance& theInstance);
+   void EndReplacement(const std::string& theUID);
    void AddToIndex(IndexedInstance&& theInstance, const StoredPath& thePath);
 
    Settings itsSettings;
@@ -82,5 +84,6 @@ private:
 
    std::mutex itsMutex;
    std::condition_variable itsRelease;
-   std::unordered_set<std::string> itsClaims; // the SOP instance UIDs that a thread works on
+   std::unordered_set<std::string> itsClaims;   // the SOP instance UIDs that a thread works on,
+   std::unordered_set<std::string> itsDoubtful; // and those whose replacement has not come to its end
 };
