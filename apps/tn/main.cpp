@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "apps/tn/archive/IndexCommand.h"
+#include "apps/tn/base/ErrorText.h"
 #include "apps/tn/base/ExitCode.h"
 #include "apps/tn/files/ConvertCommand.h"
 #include "apps/tn/files/DicomdirCommand.h"
@@ -86,6 +87,11 @@ int main(int theCount, char** theArguments)
    catch (const std::exception& anError)
    {
       std::cerr << "tn: " << anError.what() << "\n";
+      return ExitCode::kSomeFailed;
+   }
+   catch (const ExceptionBase& anException)
+   {
+      std::cerr << "tn: " << ErrorText(anException) << "\n";
       return ExitCode::kSomeFailed;
    }
 }

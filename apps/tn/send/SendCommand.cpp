@@ -2,7 +2,9 @@
 
 #include <filesystem>
 #include <iostream>
+#include <new>
 #include <numeric>
+#include <system_error>
 #include <thread>
 
 #include <CLI/CLI.hpp>
@@ -98,6 +100,16 @@ int SendCommand::Run()
          (itsReportPath == "-" ? std::cerr : std::cout) << aReport.Summary() << std::endl;
       }
       return aResult;
+   }
+   catch (const std::bad_alloc&)
+   {
+      std::cerr << "tn send: out of memory; what was not reported may not have been sent\n";
+      return ExitCode::kSomeFailed;
+   }
+   catch (const ExceptionBase& anException)
+   {
+      std::cerr << "tn send: " << ErrorText(anException) << "\n";
+      return ExitCode::kSomeFailed;
    }
    catch (const std::exception& anError) // the log or the report
    {
@@ -238,15 +250,17 @@ void SendCommand::SendOneBatch(const SendBatch& theBatch, SendReport& theReport)
    if (!isOver)
    {
       std::mutex aMutex;
-      std::exception_ptr aFault; // the report cannot be written
+      std::exception_ptr aFault;           // the report cannot be written, or there is no memory
+      std::optional<NetworkFailure> anEnd; // of one of the associations
+      const std::size_t aFailed = theReport.Count(Outcome::Failed);
       const auto aRun = [&] {
          try
          {
             Sender aSender(itsRequester, itsSettings, itsFiles, theBatch, aQueue, theReport);
-            const std::optional<NetworkFailure> anEnd = aSender.Run();
+            const std::optional<NetworkFailure> aLoss = aSender.Run();
             const std::lock_guard aLock(aMutex);
             itsAssociationCount += aSender.GetAssociationCount();
-            itsEnd = itsEnd ? itsEnd : anEnd;
+            anEnd = anEnd ? anEnd : aLoss;
          }
          catch (...)
          {
@@ -259,13 +273,28 @@ void SendCommand::SendOneBatch(const SendBatch& theBatch, SendReport& theReport)
          std::vector<std::jthread> aThreads;
          for (std::size_t i = 1; i < std::min<std::size_t>(itsParallel, theBatch.itsFiles.size()); ++i)
          {
-            aThreads.emplace_back(aRun);
+            try
+            {
+               aThreads.emplace_back(aRun);
+            }
+            catch (const std::system_error&)
+            {
+               break; // those that there are share the files
+            }
          }
          aRun();
       }
       if (aFault)
       {
          std::rethrow_exception(aFault);
+      }
+      if (anEnd && aQueue.IsEmpty() && theReport.Count(Outcome::Failed) == aFailed)
+      {
+         theReport.Tell(itsRequester.GetPeer().Text() + ": " + anEnd->what() + "; other associations sent all");
+      }
+      else
+      {
+         itsEnd = anEnd;
       }
    }
    TellRest(aQueue, theReport);

@@ -46,6 +46,12 @@ bool SendQueue::IsStopped() const
    return itsIsStopped;
 }
 
+bool SendQueue::IsEmpty() const
+{
+   const std::lock_guard aLock(itsMutex);
+   return itsItems.empty();
+}
+
 std::deque<SendQueue::Item> SendQueue::TakeRest()
 {
    const std::lock_guard aLock(itsMutex);

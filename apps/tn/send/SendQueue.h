@@ -29,6 +29,7 @@ public:
    // From now on nothing is to be taken.
    void Stop();
    bool IsStopped() const;
+   bool IsEmpty() const;
 
    // What is left in the end.
    std::deque<Item> TakeRest();

@@ -1,6 +1,7 @@
 #include "apps/tn/send/Sender.h"
 
 #include <algorithm>
+#include <system_error>
 
 #include "apps/tn/base/ErrorText.h"
 #include "apps/tn/base/ExitCode.h"
@@ -163,6 +164,11 @@ bool Sender::OpenAssociation()
          }
          itsReport.Tell(itsRequester.GetPeer().Text() + ": " + aFailure.what() + "; trying again");
          Pause(itsVainCalls);
+      }
+      catch (const std::system_error& anError) // there is no thread to watch it
+      {
+         itsEnd = NetworkFailure(ExitCode::kNoConnection, std::string("no association: ") + anError.what());
+         return false;
       }
    }
    return true;
