@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <clocale>
 #include <cstddef>
-#include <optional>
-
 #include <cwctype>
-#include <locale.h>
+#include <optional>
 
 #include "talvenor/dictionary/VRType.h"
 

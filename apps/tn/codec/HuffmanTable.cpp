@@ -95,7 +95,8 @@ unsigned char HuffmanTable::DecodeLong(EntropyBits& theBits) const
       if (aCode < itsEnds[aLength])
       {
          theBits.Drop(aLength);
-         return itsValues[static_cast<std::size_t>(itsOffsets[aLength] + static_cast<INT32>(aCode))];
+         const INT32 aPlace = itsOffsets[aLength] + static_cast<INT32>(aCode);
+         return itsValues[static_cast<std::size_t>(aPlace)];
       }
    }
    theBits.Drop(kLongest); // nothing was left, if it can be that

@@ -84,7 +84,7 @@ SendFile LookAtFile(const std::string& thePath)
    const PlainFile aPlainFile(thePath);
    if (aPlainFile.IsBeingWritten())
    {
-      InputFile{thePath}; // waits for the writer, or says that it waited in vain
+      static_cast<void>(InputFile(thePath)); // waits for the writer, or says that it waited in vain
       return LookAtFile(thePath);
    }
    SendFile aFile;
