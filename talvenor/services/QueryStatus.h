@@ -14,6 +14,7 @@ inline constexpr UINT16 kQueryError = 0xC001;
 inline constexpr UINT16 kInternalError = 0xC002;
 inline constexpr UINT16 kNoDestination = 0xC003;
 inline constexpr UINT16 kAllFailed = 0xC004;
+inline constexpr UINT16 kCancelled = 0xFE00;
 inline constexpr UINT16 kPending = 0xFF00;
 inline constexpr UINT16 kPendingWarning = 0xFF01; // optional keys were not supported
 } // namespace QueryStatus

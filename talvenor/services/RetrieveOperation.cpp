@@ -49,9 +49,26 @@ int RetrieveOperation::Run(const UID& theSOPClass)
    itsAnswer.itsOffending.clear();
    for (const DICOMDataObject* const aMatch : itsAnswer.itsMatches)
    {
+      itsIsCancelled = IsCancelled();
+      if (itsIsCancelled)
+      {
+         break;
+      }
       Move(aMatch);
    }
    return Finish();
+}
+
+bool RetrieveOperation::IsCancelled()
+{
+   try
+   {
+      return itsRetrieve.IsMoveCancelled(itsMoveService);
+   }
+   catch (...) // nobody knows: what was asked for goes on
+   {
+      return false;
+   }
 }
 
 bool RetrieveOperation::FindDestination()
@@ -130,7 +147,11 @@ int RetrieveOperation::Finish()
    }
    itsOutcome.itsCompleted = itsCompleted;
    itsOutcome.itsFailed = itsFailed;
-   if (itsFailed != 0 && itsCompleted == 0)
+   if (itsIsCancelled)
+   {
+      itsOutcome.itsStatus = QueryStatus::kCancelled;
+   }
+   else if (itsFailed != 0 && itsCompleted == 0)
    {
       itsOutcome.itsStatus = QueryStatus::kAllFailed;
       itsOutcome.itsComment = "All CSTORE sub-operations failed.";

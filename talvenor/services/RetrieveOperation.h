@@ -50,6 +50,7 @@ private:
    bool FindDestination();
    bool AskForDestination();
    bool FindMatches(const UID& theSOPClass);
+   bool IsCancelled();
    void Move(const DICOMDataObject* theMatch);
    int Finish();
    void NoteFailure(const DICOMDataObject* theMatch);
@@ -89,5 +90,6 @@ private:
    bool itsHasStoreFailed = false; // no more is sent
    bool itsWasStoreRefused = false;
    bool itsHasResponseFailed = false;
+   bool itsIsCancelled = false;
    RetrieveOutcome itsOutcome;
 };

@@ -78,6 +78,11 @@ InputStream* StandardRetrieve::OpenStoredDataset()
    return nullptr;
 }
 
+bool StandardRetrieve::IsMoveCancelled(PDU_Service&)
+{
+   return false;
+}
+
 void StandardRetrieve::CMoveServiceProgressCallback(PDU_Service&, const DICOMObject&, unsigned int, UINT16,
                                                     const RWCString&, CMoveProgressType)
 {}

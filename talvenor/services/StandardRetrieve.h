@@ -112,6 +112,11 @@ public:
    // throw. Null, as the base has it, for an instance that is decoded and encoded anew.
    virtual InputStream* OpenStoredDataset();
 
+   // An addition: whether the requester has asked for an end (C-CANCEL, PS3.4 C.4.2.3). Asked before each instance; once
+   // it has, no more are sent, and the final response tells Cancel (0xFE00) with the numbers of those that were. The
+   // base looks for no such request.
+   virtual bool IsMoveCancelled(PDU_Service& theMoveService);
+
    // Asks, and hands every response to the callback until one is final. 1 when that tells success; a warning, which
    // says that some instances failed, is 0. After 0 more responses may be on their way, unless the callback was told
    // QueryFailed: end the association.

@@ -8,10 +8,13 @@
 
 #include <gtest/gtest.h>
 
+#include "support/DatasetBytes.h"
 #include "support/Elements.h"
 #include "support/FileBytes.h"
+#include "support/QueryBytes.h"
 #include "support/ServedNode.h"
 #include "talvenor/dataset/SequenceVR.h"
+#include "talvenor/ul/Socket.h"
 
 namespace
 {
@@ -213,6 +216,34 @@ TEST_F(TnAnswers, MovesTheBytesThatAreStored)
    const Outcome aMove = Ask("move --to DEST", "--study 1.77");
    EXPECT_EQ(aMove.itsCode, 0) << aMove.itsErrors << aMove.itsOutput;
    EXPECT_TRUE(ReadFile(itsFolder.File("destination/1.77/1.77.1/1.2.77.dcm")).ends_with(aDataset));
+}
+
+// The request to cancel has come before the first instance is on its way.
+TEST_F(TnAnswers, MovesNothingMoreOnceItIsCancelled)
+{
+   const std::string kStudyRoot = "1.2.840.10008.5.1.4.1.2.2.2";
+   const ServedNode aDestination({"--aet", "DEST", "--store", itsFolder.File("destination"), "--fsync", "none"});
+   std::ofstream(itsPeers) << "DEST@127.0.0.1:" << aDestination.Port() << "\n";
+   const std::string anIdentifier =
+       DatasetBytes().Element(0x00080052, "CS", "STUDY ").Element(0x0020000D, "UI", Bytes("1.1\0")).Bytes();
+   const std::string aCancel = PDUBytes::PData(QueryBytes::Command(
+       QueryBytes::US(0x0100, 0x0FFF) + QueryBytes::US(0x0120, 5) + QueryBytes::US(0x0800, 0x0101)));
+   const std::string aRequest = PDUBytes::Request({{1, kStudyRoot, {kExplicitLittle}}}) +
+                                QueryBytes::Request(0x0021, kStudyRoot, anIdentifier, "DEST") + aCancel +
+                                PDUBytes::ReleaseRequest();
+   Socket aSocket;
+   aSocket.SetTimeout(5);
+   aSocket.Open("127.0.0.1", itsNode->Port());
+   aSocket.SendBinary(reinterpret_cast<const unsigned char*>(aRequest.data()), static_cast<int>(aRequest.size()));
+   std::string anAnswer;
+   unsigned char aBlock[1024];
+   for (int aCount = 0; (aCount = aSocket.ReadBinary(aBlock, sizeof aBlock)) > 0;)
+   {
+      anAnswer.append(aBlock, aBlock + aCount);
+   }
+   EXPECT_TRUE(Contains(anAnswer, PDUBytes::PData(QueryBytes::Response(0x8021, kStudyRoot, 0xFE00, false, ""))));
+   EXPECT_TRUE(PDUBytes::Describe(anAnswer).ends_with("RELEASED")) << PDUBytes::Describe(anAnswer);
+   EXPECT_FALSE(fs::exists(itsFolder.File("destination/1.1")));
 }
 
 TEST(TnWorklist, AnswersFromTheFolderAsItIs)

@@ -167,6 +167,7 @@ struct Retrieving : StudyRootRetrieve
    {
       thePixels = BytesElement(0x7FE00010, VRCode::OW, "1234");
    }
+   bool IsMoveCancelled(PDU_Service&) override { return itsWanted-- == 0; }
    void CMoveProgressCallback(PDU_Service&, DICOMCommandObject& theResponse, DICOMDataObject& theIdentifier,
                               int theProgress) override
    {
@@ -217,6 +218,7 @@ struct Retrieving : StudyRootRetrieve
    std::map<std::string, File> itsFiles;
    int itsQueryResult = 1;
    InstanceSpecificDataDictionary* itsDictionary = nullptr;
+   int itsWanted = 99; // instances, before the requester cancels
    std::function<void(PDU_Service&, CMoveProgressType)> itsOnProgress;
    PDU_Service* itsStoreService = nullptr;
    std::string itsProgress;
@@ -256,6 +258,7 @@ TEST(StandardRetrieve, TellsBothPeersHowSubOperationsEnd)
       std::string itsProgress;
       std::string itsMessages;
       const char* itsCalls = "DEST:104 ";
+      int itsWanted = 99;
    } kCases[] = {
        {"two are stored",
         "1.1 1.2",
@@ -338,6 +341,15 @@ TEST(StandardRetrieve, TellsBothPeersHowSubOperationsEnd)
         Pending(1, 0, 1) + Pending(0, 1, 1) + Failures(0xB000, 1, 1, ""),
         "1m 6s 8s 6s 7s 11s 12m ",
         aNoFile},
+       {"cancelled after the first",
+        "1.1 1.2 1.3",
+        {anAcceptance + Stored()},
+        0xFE00,
+        Pending(2, 1, 0) + Final(0xFE00, Counts(1, 0)),
+        "1m 6s 7s 11s 12m ",
+        "",
+        "DEST:104 ",
+        1},
    };
    for (const auto& aCase : kCases)
    {
@@ -347,6 +359,7 @@ TEST(StandardRetrieve, TellsBothPeersHowSubOperationsEnd)
       PDU_Service aStore(aDestinations);
       Retrieving aRetrieve;
       aRetrieve.itsMatches = Split(aCase.itsMatches);
+      aRetrieve.itsWanted = aCase.itsWanted;
       for (const char* const anInstance : {"1.1", "1.2", "1.3"})
       {
          aRetrieve.itsFiles[anInstance] = {Header(anInstance).Bytes() + kPixels};

@@ -1,5 +1,6 @@
 #include "apps/tn/answers/ArchiveRetrieve.h"
 
+#include "apps/tn/answers/Interjection.h"
 #include "apps/tn/answers/PeerList.h"
 #include "apps/tn/answers/ValueMatcher.h"
 #include "apps/tn/archive/Archive.h"
@@ -185,6 +186,13 @@ InputStream* ArchiveRetrieve::OpenStoredDataset()
    {
       return nullptr;
    }
+}
+
+bool ArchiveRetrieve::IsMoveCancelled(PDU_Service& theMoveService)
+{
+   const Interjection anInterjection = ReadInterjection(theMoveService);
+   itsIsLost = anInterjection == Interjection::kOther;
+   return anInterjection != Interjection::kNone;
 }
 
 void ArchiveRetrieve::DoStreamingDecompression(DICOMDataObject& theHeader, const TransferSyntaxType* theSourceSyntax,

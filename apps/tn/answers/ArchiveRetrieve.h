@@ -46,6 +46,10 @@ public:
    int GetMoveDestination(const RWCString& theDestinationTitle, RWCString& theCallingTitle, RWCString& theHost,
                           RWCString& thePort) override;
    InputStream* OpenStoredDataset() override;
+   bool IsMoveCancelled(PDU_Service& theMoveService) override;
+
+   // Whether the peer has said something that is not understood: the association cannot go on.
+   bool IsLost() const { return itsIsLost; }
 
    // Whether the request was answered with a refusal, which is no failure of the association.
    bool HasRefused() const { return itsHasRefused; }
@@ -63,6 +67,7 @@ private:
    std::function<void(bool)> itsReached;
    std::string itsPath;                        // of the instance that is being sent
    std::unique_ptr<Part10InputStream> itsFile; // and its file
+   bool itsIsLost = false;
    bool itsHasRefused = false;
    bool itsIsAnnounced = false; // the instance, to the destination
    std::string itsReason;       // why it cannot be

@@ -90,7 +90,7 @@ int MoveRole::Serve(PDU_Service& theService, DICOMCommandObject& theCommand)
        aRetrieve.Read(theService, *itsDestination, theCommand, aStatus, aComment, aCompleted, aFailed, aWarning);
    itsMoved += aCompleted;
    itsFailed += aFailed;
-   return isAnswered || aRetrieve.HasRefused();
+   return (isAnswered || aRetrieve.HasRefused()) && !aRetrieve.IsLost();
 }
 
 std::string MoveRole::Describe() const

@@ -1,10 +1,10 @@
 #include "apps/tn/answers/QueryAnswers.h"
 
+#include "apps/tn/answers/Interjection.h"
 #include "apps/tn/base/Tags.h"
 #include "talvenor/association/PDU_Service.h"
 #include "talvenor/dataset/DICOMCommandObject.h"
 #include "talvenor/dictionary/UID.h"
-#include "talvenor/ul/DULStream.h"
 
 namespace
 {
@@ -13,7 +13,6 @@ constexpr UINT16 kPending = 0xFF00;
 constexpr UINT16 kPendingWithoutSomeKeys = 0xFF01;
 constexpr UINT16 kCancelled = 0xFE00;
 
-constexpr UINT16 kCancelRequest = 0x0FFF; // command field (PS3.7 E.1)
 constexpr std::size_t kLongestComment = 64;
 
 // Matches between two looks at what the peer has sent, each a system call.
@@ -47,26 +46,12 @@ bool QueryAnswers::SendMatch(DICOMDataObject& theMatch, bool theIsFull)
    return !itsIsLost;
 }
 
-// A peer that sends anything else in the middle of an operation, without having negotiated that it may, is not
-// understood any more.
 bool QueryAnswers::HasCancelled()
 {
-   DULStream* const aStream = itsService.GetDULStream();
-   if (aStream == nullptr || aStream->BytesAvailable() <= 0)
-   {
-      return false;
-   }
-   const unsigned char aContext = itsService.GetCurrentPresentationContextID();
-   DICOMCommandObject aCommand;
-   UINT16 aField = 0;
-   if (itsService.ReadCommand(aCommand))
-   {
-      aCommand.GetUINT16(0, ElementOf(CommandTag::kCommandField), aField);
-   }
-   itsIsCancelled = aField == kCancelRequest;
-   itsIsLost = !itsIsCancelled;
-   itsService.SetCurrentPresentationContextID(aContext);
-   return true;
+   const Interjection anInterjection = ReadInterjection(itsService);
+   itsIsCancelled = anInterjection == Interjection::kCancel;
+   itsIsLost = anInterjection == Interjection::kOther;
+   return anInterjection != Interjection::kNone;
 }
 
 int QueryAnswers::Finish()
