@@ -15,6 +15,7 @@ using Bytes = std::vector<unsigned char>;
 const char kRLE[] = "1.2.840.10008.1.2.5";
 const char kLossless[] = "1.2.840.10008.1.2.4.57";
 const char kExtended[] = "1.2.840.10008.1.2.4.51";
+const char kJPEGLS[] = "1.2.840.10008.1.2.4.80";
 const char kLosslessAndLossy[] = "1.2.840.10008.1.2.4.50"; // in which a lossless frame stands by mistake
 
 ImageDescription Image(UINT16 theRows, UINT16 theColumns, UINT16 theBits)
@@ -137,6 +138,24 @@ TEST(FrameDecoder, ExtendedJPEGHasTwelveBits)
    {
       EXPECT_EQ(aPixels[2 * i] | aPixels[2 * i + 1] << 8, kExpected[i]) << i;
    }
+}
+
+// The example that T.87 H.3 works out, 4 rows of 4 samples.
+TEST(FrameDecoder, JPEGLSGivesTheSamplesOfItsStandard)
+{
+   const Bytes aFrame = {0xFF, 0xD8, 0xFF, 0xF7, 0x00, 0x0B, 0x08, 0x00, 0x04, 0x00, 0x04, 0x01, 0x01, 0x11, 0x00,
+                         0xFF, 0xDA, 0x00, 0x08, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0xC0, 0x00, 0x00, 0x6C, 0x80,
+                         0x20, 0x8E, 0x01, 0xC0, 0x00, 0x00, 0x57, 0x40, 0x00, 0x00, 0x6E, 0xE6, 0x00, 0x00, 0x01,
+                         0xBC, 0x18, 0x00, 0x00, 0x05, 0xD8, 0x00, 0x00, 0x91, 0x60, 0xFF, 0xD9};
+   std::string aFault;
+   const Bytes anExpected = {0, 0, 90, 74, 68, 50, 43, 205, 64, 145, 145, 145, 100, 145, 145, 145};
+   EXPECT_EQ(Decode(kJPEGLS, Image(4, 4, 8), aFrame, aFault), anExpected) << aFault;
+
+   Decode(kJPEGLS, Image(5, 4, 8), aFrame, aFault);
+   EXPECT_EQ(aFault, "the frame has Rows 4, the header says 5");
+   aFault.clear();
+   Decode(kJPEGLS, Image(4, 4, 8), Bytes(aFrame.begin(), aFrame.begin() + 30), aFault);
+   EXPECT_NE(aFault, "");
 }
 
 TEST(FrameDecoder, SamplesOfFewerBitsHaveTheirSign)
