@@ -65,7 +65,7 @@ public:
             theMatches.push_back(aMatch.release()); // the service destroys it
          }
       }
-      std::cout << thePeer << " asked: " << theMatches.size() << " matches" << std::endl;
+      std::cout << thePeer << " asked, matches: " << theMatches.size() << std::endl;
       return 1;
    }
 
