@@ -42,7 +42,10 @@ UID::~UID()
 
 UID& UID::operator=(const UID& theOther)
 {
-   Set(theOther);
+   if (this != &theOther)
+   {
+      Set(theOther);
+   }
    return *this;
 }
 

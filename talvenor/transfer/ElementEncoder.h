@@ -350,13 +350,13 @@ private:
 
    // A sequence or an item: its header, whose last four bytes are the length, then the content, which theSave writes. A
    // length that was defined is what the content turns out to have; that needs a buffer, so that very long ones, and
-   // those that nobody will read, become undefined. theLength is as it was read.
+   // those that nobody will read, become undefined. theLength is as it was read; undefined is the longest of all.
    template <class Save>
    void SaveNested(const HeaderBytes& theHeader, UINT32 theLength, UINT32 theDelimiter, OutputStream& theStream,
                    LengthPatchingOutputStream* thePatcher, const Save& theSave)
    {
-      if (theLength == VR::kUndefinedLength || theLength > kLongestPatched ||
-          &theStream == &OutputTransferSyntax::NullOutputStream)
+      static_assert(VR::kUndefinedLength > kLongestPatched);
+      if (theLength > kLongestPatched || &theStream == &OutputTransferSyntax::NullOutputStream)
       {
          theStream.Write(theHeader.itsBytes, theHeader.itsCount);
          theSave(theStream, thePatcher);

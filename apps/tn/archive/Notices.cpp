@@ -25,6 +25,7 @@ void Log(const std::string& theText)
 pid_t Start(const std::string& theCommand, const std::vector<std::string>& theEnvironment)
 {
    std::vector<char*> aVariables;
+   aVariables.reserve(theEnvironment.size());
    for (const std::string& aVariable : theEnvironment) // first: of two with one name, the first counts
    {
       aVariables.push_back(const_cast<char*>(aVariable.c_str()));
