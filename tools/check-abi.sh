@@ -36,6 +36,7 @@ compare() {
       --suppressions "$ROOT/tools/abi.suppressions" "$@" \
       "$WORK/then/talvenor/libtalvenor.so" "$WORK/now/talvenor/libtalvenor.so"
 }
+echo "Comparing them, which takes some minutes"
 compare > "$WORK/report" || true
 RESULT=0
 compare --no-added-syms > "$WORK/breaks" 2>&1 || RESULT=$?
