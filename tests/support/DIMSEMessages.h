@@ -16,6 +16,7 @@ template <class Message>
 struct ServiceOf : Message
 {
    explicit ServiceOf(const std::string& theClass) : itsClass(theClass) {}
+   virtual ~ServiceOf() = default;
    int GetUID(UID& theUID) const override
    {
       theUID.Set(itsClass);
