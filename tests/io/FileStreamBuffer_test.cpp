@@ -264,6 +264,28 @@ TEST(FileStreamBuffer, ReadsAPipeWhichHasNoPositions)
    EXPECT_EQ(aReader.GetError(), ESPIPE);
 }
 
+TEST(FileStreamBuffer, WritesAPipeAndNothingOfItStaysForTheNextFile)
+{
+   int anEnds[2];
+   ASSERT_EQ(::pipe(anEnds), 0);
+   FileStreamBuffer aBuffer(16);
+   ASSERT_TRUE(aBuffer.Open(("/proc/self/fd/" + std::to_string(anEnds[1])).c_str(), kOut));
+   ::close(anEnds[1]);
+   EXPECT_TRUE(WriteBytes(aBuffer, Text(10)) && WriteBytes(aBuffer, Text(50)) && aBuffer.Close());
+   const std::string aName = "/proc/self/fd/" + std::to_string(anEnds[0]);
+   ASSERT_TRUE(aBuffer.Open(aName.c_str(), kIn));
+   ::close(anEnds[0]);
+   EXPECT_EQ(ReadBytes(aBuffer, 50), Text(10) + Text(50).substr(0, 40));
+   EXPECT_EQ(ReadBytes(aBuffer, 2), Text(50).substr(40, 2)); // the rest is read ahead
+   EXPECT_TRUE(aBuffer.Close());
+
+   TemporaryFile aFile("0123456789");
+   ASSERT_TRUE(aBuffer.Open(aFile.Name(), kIn | kOut));
+   EXPECT_EQ(ReadBytes(aBuffer, 2), "01");
+   EXPECT_TRUE(aBuffer.SetPosition(8) && WriteBytes(aBuffer, "x") && aBuffer.Close());
+   EXPECT_EQ(aFile.Contents(), "01234567x9");
+}
+
 TEST(FileStreamBuffer, PositionsGoBeyondFourGigabytes)
 {
    TemporaryFile aFile("start");

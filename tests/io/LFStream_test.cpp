@@ -92,6 +92,21 @@ TEST(LFStreamFileID, IsEqualAndOrderedByItsThreeNumbersOnly)
    }
 }
 
+// Files of two file systems may have the same inode number.
+TEST(LFStreamFileID, TellsFileSystemsApart)
+{
+   TemporaryFile aTemporary("x");
+   UINT32 aVolumes[2] = {};
+   for (const char* const aName : {aTemporary.Name(), "/proc/self/status"})
+   {
+      TNPlatform::FileHandle aFile;
+      LFStreamFileID anID;
+      ASSERT_TRUE(aFile.Open(aName, TNPlatform::FileHandle::kRead) && anID.ReadFrom(aFile));
+      aVolumes[aName != aTemporary.Name()] = anID.GetInfo().itsVolumeSerialNumber;
+   }
+   EXPECT_NE(aVolumes[0], aVolumes[1]);
+}
+
 TEST(LFStream, SharedLocksCoexistAndKeepAnExclusiveOneOut)
 {
    TemporaryFile aFile("x");
@@ -169,6 +184,35 @@ TEST(LFStream, UnlocksTheFileItLocked)
    EXPECT_EQ(aSecond.LockNB(kExclusive), 1);
 }
 
+// A child of the process, which has a copy of the handle, does not keep the lock either.
+TEST(LFStream, ClosingUnlocks)
+{
+   TemporaryFile aFile("x");
+   LFStream aStream(aFile.Name(), std::ios::in);
+   LFStream anOther(aFile.Name(), std::ios::in);
+   ASSERT_EQ(aStream.LockNB(kExclusive), 1);
+   int anEnds[2];
+   ASSERT_EQ(::pipe(anEnds), 0);
+   const pid_t aChild = ::fork();
+   if (aChild == 0)
+   {
+      ::close(anEnds[1]);
+      char aByte;
+      ::_exit(::read(anEnds[0], &aByte, 1) != 0);
+   }
+   aStream.close();
+   EXPECT_EQ(aStream.IsLocked(), 0);
+   EXPECT_EQ(anOther.LockNB(kExclusive), 1);
+   anOther.close();
+   aStream.open(aFile.Name(), std::ios::in, 16);
+   EXPECT_EQ(aStream.GetOpenMode(), std::ios::in);
+   EXPECT_EQ(aStream.GetProtection(), 16);
+   EXPECT_EQ(aStream.LockNB(kExclusive), 1);
+   ::close(anEnds[0]);
+   ::close(anEnds[1]);
+   ::waitpid(aChild, nullptr, 0);
+}
+
 TEST(LFStream, AnotherProcessKeepsTheLock)
 {
    TemporaryFile aFile("x");
@@ -217,6 +261,7 @@ TEST(LFStream, AFileIsOpenedForWritingWithoutLosingIt)
    LFStream aWriter;
    aWriter.OpenKeeping(aFile.Name());
    ASSERT_TRUE(aWriter.is_open());
+   EXPECT_EQ(aWriter.GetOpenMode(), std::ios::in | std::ios::out | std::ios::binary);
    EXPECT_EQ(aWriter.LockNB(kExclusive), 0);
    EXPECT_EQ(aFile.Contents(), "precious");
    aReader.close();
