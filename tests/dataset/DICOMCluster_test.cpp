@@ -98,6 +98,12 @@ TEST(DICOMCluster, SharesStudyAndSeriesOfTwoDatasets)
       EXPECT_EQ(kAllTags, TagsOf(*aDataset)); // ascending
       EXPECT_EQ(kAllTags.size(), aDataset->Entries());
       EXPECT_THAT(OwnTags(*aDataset), ElementsAre(kSOPInstance, kRows));
+      DICOMNodeCursor aCursor(*aDataset);
+      while (aCursor.Next() != nullptr)
+      {}
+      aCursor.Seek(kSOPInstance + 1); // back, to an inherited one
+      ASSERT_NE(nullptr, aCursor.Next());
+      EXPECT_EQ(kStudyDate, aCursor.GetTag());
       EXPECT_EQ("Name of A", TextOf(*aDataset, kPatientName)); // the first one's
       EXPECT_EQ("CT of A", TextOf(*aDataset, kModality));
    }

@@ -207,6 +207,8 @@ TEST(DICOMNode, RemovesAWholeGroupAndNoNeighbour)
    EXPECT_EQ(1, aNode.RemoveGroup(0x0008));
    EXPECT_EQ(0u, aNode.Entries());
    EXPECT_EQ(0, CountedVR::GetLiving());
+   InsertAll(aNode, {0x00100010, 0x00100008});
+   EXPECT_THAT(TagsOf(aNode), ElementsAre(0x00100008u, 0x00100010u));
 }
 
 // An element whose tag was changed while the node holds it stays where it was put, and no walk goes astray.

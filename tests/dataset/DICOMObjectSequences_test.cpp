@@ -32,8 +32,11 @@ std::size_t ItemsAt(const DICOMObject& theSet, UINT32 theTag)
 TEST(DICOMObjectSequences, ItemsGoToTheSequencePushedLast)
 {
    DICOMDataObject aSet;
-   aSet.Push(new SequenceVR(0x0040, 0xA730));
+   auto* aSequence = new SequenceVR(0x0040, 0xA730);
+   aSequence->SetLength(99); // which the items will change
+   aSet.Push(aSequence);
    EXPECT_EQ(aSet.Push(new DICOMDataObject), 1);
+   EXPECT_EQ(aSequence->GetLength(), 0u);
    aSet.Push(new SequenceVR(0x0008, 0x1140)); // stands before the other one
    EXPECT_EQ(aSet.Push(new DICOMDataObject), 1);
    EXPECT_EQ(aSet.Push(new DICOMDataObject), 1);

@@ -162,11 +162,13 @@ TEST(DICOMObject, CopiesAreDeepAndWhole)
    aSource.Push(anItem);
    aSource.PutScratchpadValue("name", "note");
    aSource.SetRedColorPalette(new ColorPalette('R', 4, -2, 8));
+   aSource.GetDataDictionary().RegisterPrivateCreator("another", MAttributeTag(0x0009, 0x0011));
 
    const DICOMDataObject aCopy(aSource);
    EXPECT_TRUE(aCopy.ValueEquals(aSource));
    EXPECT_EQ(aCopy.GetEndian(), TNEndian::BigEndian);
    EXPECT_TRUE(aCopy.HasPrivateBlock("value", 0x0009));
+   EXPECT_TRUE(aCopy.HasPrivateBlock("another", 0x0009)) << "registered and not stored";
    RWCString aNote;
    EXPECT_FALSE(aCopy.GetScratchpadValue("name", aNote));
    ASSERT_NE(aCopy.GetRedColorPalette(), nullptr);
