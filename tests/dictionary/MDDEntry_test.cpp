@@ -74,6 +74,8 @@ TEST(MDDEntry, TypeMustBeOneOfTheThirtyTwo)
    EXPECT_THROW(anEntry.SetType(static_cast<MDDEntry::ValueType>(32)), InvalidValueTypeException);
    EXPECT_THROW(anEntry.SetType(static_cast<MDDEntry::ValueType>(-1)), InvalidValueTypeException);
    EXPECT_EQ(anEntry.GetType(), MDDEntry::PN);
+   anEntry.SetType(MDDEntry::LO);
+   EXPECT_EQ(anEntry.GetTypeAsUshort(), VRCode::LO);
 }
 
 TEST(MDDEntry, TypesBecomeTwoLetters)

@@ -106,6 +106,10 @@ TEST(MDataDictionary, ReadsThePrivateCreator)
       ASSERT_TRUE(LoadText(aDictionary, aCase.itsLine + std::string("\n0029,0010,LO,d,a,1,1\n0029,00FF,LO,d,b,1,1\n")));
       EXPECT_EQ(aDictionary.GetPrivateCreatorID(), aCase.itsCreator);
       EXPECT_EQ(aDictionary.GetPrivateBlockGroup(), 0x0029);
+      OpenDictionary anAssigned;
+      anAssigned = aDictionary;
+      EXPECT_EQ(anAssigned.GetPrivateCreatorID(), aCase.itsCreator);
+      EXPECT_EQ(anAssigned.GetPrivateBlockGroup(), 0x0029);
       aDictionary.Unload();
       EXPECT_EQ(aDictionary.GetPrivateBlockGroup(), -1);
    }

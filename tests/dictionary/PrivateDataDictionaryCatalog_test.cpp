@@ -40,6 +40,7 @@ TEST(PrivateDataDictionaryCatalog, TakesOneDictionaryOfEachCreatorAndGivesItAway
    const std::unique_ptr<MPrivateDataDictionary> aRemoved(aCatalog.Remove("A"));
    EXPECT_EQ(aRemoved.get(), aDictionary);
    EXPECT_EQ(aCatalog.Remove("A"), nullptr);
+   EXPECT_EQ(aCatalog.AddDeferred("A", "a.dic"), 1); // its place is free again
    EXPECT_EQ(aCatalog.RemoveAndDestroy("A  B"), 1);
    EXPECT_EQ(aCatalog.RemoveAndDestroy("A  B"), 0);
 }
