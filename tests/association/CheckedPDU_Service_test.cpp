@@ -70,12 +70,38 @@ TEST(CheckedPDU_Service, AcceptsWhatTheFileLists)
       const CapturedErrorLog anIgnoredLog;
       const TemporaryFile aFile(aCase.itsFile);
       DULStreamFactory aFactory;
-      CheckedPDU_Service aService(aFactory, aFile.Name());
+      CheckedPDU_Service aService(aFactory, nullptr);
+      EXPECT_TRUE(aService.InitializeFrom(aFile.Name())) << aCase.itsName;
       EXPECT_EQ(Accepted(aService), aCase.itsAccepted) << aCase.itsName;
       CheckedPDU_Service aCopy(aService);
       EXPECT_EQ(Accepted(aCopy), aCase.itsAccepted) << aCase.itsName;
       aService.ReleaseMemory();
       EXPECT_EQ(Accepted(aService), "RLSTA") << aCase.itsName;
+   }
+}
+
+TEST(CheckedPDU_Service, TellsWhatItCutsAndNothingElse)
+{
+   const std::string aLongField(63, '1');
+   const std::string aLongLine = "x y RemoteAE" + std::string(254 - 12, ' ');
+   const struct
+   {
+      std::string itsLine;
+      const char* itsLogged;
+   } kCases[] = {
+       {"x " + aLongField + " LocalAE", ""},
+       {"x " + aLongField + "1 LocalAE", "field cut to 63 characters"},
+       {aLongLine, ""},
+       {aLongLine + " ", "line cut to 254 characters"},
+   };
+   for (const auto& aCase : kCases)
+   {
+      const CapturedErrorLog aLog;
+      const TemporaryFile aFile(aCase.itsLine);
+      DULStreamFactory aFactory;
+      const CheckedPDU_Service aService(aFactory, aFile.Name());
+      EXPECT_EQ(aLog.Text().empty(), *aCase.itsLogged == '\0') << aCase.itsLine << aLog.Text();
+      EXPECT_NE(aLog.Text().find(aCase.itsLogged), std::string::npos) << aCase.itsLine << aLog.Text();
    }
 }
 
@@ -110,10 +136,11 @@ TEST(CheckedPDU_Service, WithoutAReadableFileEverythingIsAccepted)
    DULStreamFactory aFactory;
    for (const char* const aPath : {static_cast<const char*>(nullptr), aMissing.Name(), aFolder.c_str()})
    {
-      const CapturedErrorLog anIgnoredLog;
+      const CapturedErrorLog aLog;
       CheckedPDU_Service aService(aFactory, aFile.Name());
       EXPECT_EQ(Accepted(aService), "LSTA");
       EXPECT_FALSE(aService.InitializeFrom(aPath));
       EXPECT_EQ(Accepted(aService), "RLSTA") << (aPath != nullptr ? aPath : "null");
+      EXPECT_EQ(aLog.Text().find("the file cannot be read") != std::string::npos, aPath != nullptr);
    }
 }

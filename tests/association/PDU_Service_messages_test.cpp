@@ -220,8 +220,10 @@ TEST(PDU_ServiceStreams, WhatOutlivesTheAssociationFails)
           aMessage->FlushOutput();
        },
        StreamIOException);
+   aService.SetResultCode(TN_NO_ERROR);
    EXPECT_THROW(std::unique_ptr<DICOMMessageOutputStream>(aService.CreateDICOMMessageOutputStream()),
                 StreamIOException);
+   EXPECT_EQ(aService.GetResultCode(), TN_NOT_CONNECTED);
 }
 
 TEST(PDU_ServiceFile, ObjectsGetMetaInformation)

@@ -53,6 +53,18 @@ TEST(PDU_ServiceAccept, AnswersEveryRequest)
    }
 }
 
+// PS3.8 9.3.3: the titles and the application context come back, the implementation class is that of the acceptor.
+TEST(PDU_ServiceAccept, EchoesTheTitlesAndNamesTheImplementation)
+{
+   Scripted aService;
+   ASSERT_TRUE(aService.Accept(kGoodRequest));
+   EXPECT_EQ(aService.GetDULState(), PDU_Service::Sta2);
+   EXPECT_EQ(aService.Sent().substr(10, 32), kGoodRequest.substr(10, 32));
+   ImplementationClassUIDSubItem aClass;
+   aService.GetImplementationClassUIDSubItem(aClass);
+   EXPECT_NE(aService.Sent().find(Item(0x52, RWCString(aClass.GetName()))), std::string::npos);
+}
+
 TEST(PDU_ServiceAccept, TellsWhyItRefusesTitlesAndApplicationContexts)
 {
    const struct
@@ -132,8 +144,10 @@ TEST(PDU_ServiceRequest, NeedsATransportAndProposals)
    Scripted aService;
    EXPECT_EQ(aService.RequestAssociation(nullptr), 0);
    EXPECT_EQ(aService.GetResultCode(), TN_CLOSED_BY_US);
+   aService.SetSystemErrorCode(5); // what a failure before has left
    EXPECT_EQ(aService.RequestAssociation(aService.Connect(kGoodAnswer).release()), 0);
    EXPECT_EQ(aService.GetResultCode(), TN_NO_ABSTRACT_SYNTAX);
+   EXPECT_EQ(aService.GetSystemErrorCode(), 0);
    EXPECT_EQ(aService.Sent(), "");
 }
 
