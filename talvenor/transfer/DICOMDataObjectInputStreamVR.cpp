@@ -68,7 +68,6 @@ std::unique_ptr<VR> DICOMDataObjectInputStreamVR::Materialise(std::exception_ptr
    {
       return nullptr;
    }
-   itsMayMaterialise = false;
    auto aSequence = std::make_unique<SequenceVR>(GetGroup(), GetElement(), GetDataEndian(), GetMemoryAllocater());
    try
    {

@@ -287,6 +287,10 @@ TEST(ExplicitInputTransferSyntax, StopsBehindTheTagOfTheLimit)
       EXPECT_EQ(aResult.itsConsumed, aCase.itsBefore.size() + (aCase.itsStops ? 4 : 0));
       EXPECT_EQ(DecodeInPieces(kLEE, aCase.itsBefore + aCase.itsRest, 1, kStopAtPixels), aResult);
    }
+   for (const Bytes& aCutTag : {Bytes{0xFF, 0xFF}, Bytes{0xE0, 0x7F, 0x10}}) // whatever would have followed
+   {
+      EXPECT_EQ(Decode(kLEE, aCutTag, kStopAtPixels).itsError.itsCode, TN_END_OF_FILE);
+   }
 }
 
 TEST(ExplicitInputTransferSyntax, TakesOneElementBack)

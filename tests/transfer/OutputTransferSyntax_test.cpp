@@ -152,6 +152,21 @@ TEST(OutputTransferSyntax, SequencesInMemoryAreOfUndefinedLength)
    }
 }
 
+TEST(OutputTransferSyntax, WhatIsLeftOutOfItemsCounts)
+{
+   DICOMDataObject anObject;
+   FillWithSequence(anObject);
+   anObject.GetVR(0x0040, 0xA730)
+       ->GetAsSequenceVR()
+       ->GetSequenceArray()
+       ->back()
+       ->Push(TextElement(0x00091001, "v", VRCode::UN)); // the creator stands in the other item
+   Encode(TransferSyntaxType::TSLEExplicitUID, [&](OutputTransferSyntax& theEncoder) {
+      theEncoder.SaveDICOMObject(anObject);
+      EXPECT_EQ(theEncoder.GetLeftOutCount(), 1u);
+   });
+}
+
 TEST(OutputTransferSyntax, GroupLengthsStandInCommandsAndMetaInformationOnly)
 {
    DICOMDataObject anObject;

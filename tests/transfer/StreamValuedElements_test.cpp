@@ -63,6 +63,7 @@ TEST(DICOMDataObjectInputStreamVR, StaysAtItsEnd)
    SequenceInStream aSequence(kTwoItems + kFirst);
    while (const std::unique_ptr<VRInputStreamVR> anItem{aSequence->NextDICOMDataObject()})
    {
+      EXPECT_EQ(anItem->GetTag(), 0xFFFEE000u);
       DatasetText().AddLevel(*anItem);
    }
    EXPECT_TRUE(aSequence->IsEmpty());
