@@ -245,7 +245,6 @@ void CapturingVersioningLogStream::ActivateCapture()
 void CapturingVersioningLogStream::DeliverCapture(CapturingVersioningLogStream& theSource)
 {
    const std::string aText = std::move(itsCapture).str();
-   itsCapture.str(std::string());
    if (!aText.empty() && itsCallback && !itsIsInCallback)
    {
       const FlagWhileInScope aFlag(itsIsInCallback);

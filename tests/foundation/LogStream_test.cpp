@@ -126,6 +126,9 @@ TEST(LogStream, OpenModesDecideAboutFormerContents)
       aLog.Off();
       EXPECT_EQ(ReadFile(aFile), aCase.itsText) << aCase.itsMode;
    }
+   LogStream aTarget, aRedirected(aTarget);
+   aRedirected.On(aFile.c_str(), 10, 64);
+   EXPECT_FALSE(aRedirected.IsRedirected()) << "the file takes the place of the other log";
 }
 
 TEST(LogStream, AppendsBehindAnotherWriterOfTheSameFile)

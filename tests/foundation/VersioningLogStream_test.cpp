@@ -50,6 +50,7 @@ TEST_F(VersioningLogStreamTest, RollsOverAtTheThresholdAndNotBelow)
       aLog << startentry << endentry;
       EXPECT_EQ(aDirectory.FileCount(), aMissing == 0 ? 2u : 1u) << aMissing;
       EXPECT_EQ(ReadFile(aDirectory.File("x")).empty(), aMissing == 0);
+      EXPECT_NE(aLog.SwitchVersions(), "") << "the name of the file put aside";
    }
 }
 
