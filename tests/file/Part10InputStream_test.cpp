@@ -65,6 +65,7 @@ TEST(Part10InputStream, GuessesTheTransferSyntaxOfABareDataset)
        {"group 0, little", Bytes("\x00\x00\x02\x00UI\x0A\x00"), kLittle},
        {"group 0, big", Bytes("\x00\x00\x00\x02UI\x00\x0A"), kBig},
        {"group 0, implicit", Bytes("\x00\x00\x02\x00\x0A\x00\x00\x00"), kImplicit},
+       {"element 0100, little explicit", Bytes("\x08\x00\x00\x01SH\x02\x00"), kLittle},
        {"small letters", Bytes("\x08\x00\x05\x00ui\x0A\x00"), kImplicit},
        {"no such VR", Bytes("\x08\x00\x05\x00ZZ\x0A\x00"), kImplicit},
    };

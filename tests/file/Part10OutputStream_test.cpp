@@ -86,6 +86,9 @@ TEST(Part10OutputStream, BeginsWithTheHeader)
       EXPECT_EQ(aStream.GetStreamPosition(), aCase.itsBytes.size()) << aCase.itsName;
       Write(aStream, "dataset");
       EXPECT_EQ(TextOf(aTarget), aCase.itsBytes + "dataset") << aCase.itsName;
+      RecordingOutputStream another;
+      aStream.Open(another);
+      EXPECT_EQ(aStream.GetStreamPosition(), aCase.itsBytes.size()) << aCase.itsName;
    }
 }
 

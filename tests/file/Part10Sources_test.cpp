@@ -111,6 +111,8 @@ TEST(Part10MemoryInputStream, RefusesNullForBytes)
    const unsigned char* const aNull = nullptr;
    EXPECT_EQ(aWhy([&] { Part10MemoryInputStream(9, aNull); }),
              "Part10MemoryInputStream::Part10MemoryInputStream" + aText + "9");
+   EXPECT_EQ(aWhy([] { Part10MemoryInputStream(static_cast<unsigned char*>(nullptr), 8); }),
+             "Part10MemoryInputStream::Part10MemoryInputStream" + aText + "8");
    const auto aStream = OpenBytes(kFile);
    ReadText(*aStream, 2); // what had been pushed back
    EXPECT_EQ(aWhy([&] { aStream->Read(nullptr, 3); }), "Part10MemoryInputStream::ReadImpl" + aText + "3");
@@ -149,7 +151,7 @@ TEST(Part10InputStreamInputStream, OpensAgain)
 {
    PiecewiseInputStream aBad(BytesOf(kPreambleAndMagic + kGroupLength + kDataset));
    PiecewiseInputStream aBare(BytesOf(kDataset + std::string(200, ' ')));
-   PiecewiseInputStream aGood(BytesOf(kFile));
+   PiecewiseInputStream aGood(BytesOf(kFile)), anotherGood(BytesOf(kFile));
    Part10InputStreamInputStream aStream;
    EXPECT_NE(StreamErrorOf([&] { aStream.Open(aBad); }), kNothingThrown);
    aStream.Open(aGood);
@@ -158,6 +160,8 @@ TEST(Part10InputStreamInputStream, OpensAgain)
    EXPECT_EQ(aStream.GetPart10Header(), nullptr);
    EXPECT_EQ(aStream.GetHeaderSize(), 0u);
    EXPECT_EQ(ReadText(aStream, 10), kDataset);
+   aStream.Open(anotherGood); // 134 bytes of the bare one are still pushed back
+   ReadsTheDataset(aStream);
 }
 
 // Sets the wait time and listens to the file trace.
