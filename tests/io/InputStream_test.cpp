@@ -104,6 +104,15 @@ TEST(OutputStream, TakesAnIOBufferAlsoWhenWritingFails)
    EXPECT_THROW(aSmall.Write(aLarge), StreamIOException);
 }
 
+TEST(NullOutputStream, CountsWhatItDoesNotKeep)
+{
+   NullOutputStream aStream;
+   aStream.Seek(5);
+   const unsigned char aBytes[3] = {};
+   aStream.Write(aBytes, 3);
+   EXPECT_EQ(aStream.GetStreamPosition(), 8U);
+}
+
 TEST(MemoryInputStream, EndsWithItsBytesAndClampsPositions)
 {
    const unsigned char aBytes[10] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};

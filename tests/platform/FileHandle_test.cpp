@@ -36,6 +36,20 @@ TEST(FileHandle, RefusesToOpenWithTheReasonInErrno)
    EXPECT_EQ(errno, EBADF);
 }
 
+TEST(FileHandle, ClosesWhenItEnds)
+{
+   TemporaryFile aFile("x");
+   int aDescriptor = -1;
+   {
+      FileHandle aHandle;
+      ASSERT_TRUE(aHandle.Open(aFile.Name(), FileHandle::kRead));
+      aDescriptor = aHandle.GetDescriptor();
+   }
+   FileHandle aNext;
+   ASSERT_TRUE(aNext.Open(aFile.Name(), FileHandle::kRead));
+   EXPECT_EQ(aNext.GetDescriptor(), aDescriptor); // the system gives the lowest one that is free
+}
+
 // Exclusive on a handle that may only read, shared on one that may only write.
 TEST(FileHandle, LocksDoNotDependOnTheAccessMode)
 {
