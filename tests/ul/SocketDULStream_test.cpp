@@ -79,6 +79,20 @@ TEST(SocketDULStreamTest, WhatArrivedBehindAFieldIsKeptCountedAndComesFirst)
    EXPECT_EQ(aStream.Skip(1), 0u);
 }
 
+TEST(SocketDULStreamTest, NothingOfAConnectionReachesTheNext)
+{
+   StreamAndPeer aPair;
+   unsigned char aByte = 0;
+   aPair.PeerSends({1, 2, 3});
+   ASSERT_EQ(aPair.itsStream->Read(&aByte, 1), 1u); // the others are read ahead
+   ConnectedSockets aNext;
+   const unsigned char aTen = 10;
+   ASSERT_EQ(aNext.itsAcceptor.SendBinary(&aTen, 1), 1);
+   aPair.itsStream->ManageConnection(aNext.itsRequester.UnmanageConnection());
+   EXPECT_EQ(aPair.itsStream->Read(&aByte, 1), 1u);
+   EXPECT_EQ(aByte, 10);
+}
+
 TEST(SocketDULStreamTest, BytesThatAreThereAreReadAlthoughNoTimeIsLeft)
 {
    StreamAndPeer aPair;

@@ -376,13 +376,18 @@ TEST(SocketTest, AConnectionIsGivenAwayWithoutBeingClosed)
    const Socket::Handle aHandle = aPair.itsAcceptor.UnmanageConnection();
    EXPECT_FALSE(aPair.itsAcceptor.Connected());
    aPair.itsAcceptor.Close();
-   Socket anotherOne;
-   anotherOne.ManageConnection(aHandle);
-   EXPECT_TRUE(anotherOne.Connected() && anotherOne.InputConnected() && anotherOne.OutputConnected());
-   EXPECT_EQ(anotherOne.GetPeerIPAddress(), "127.0.0.1");
-   EXPECT_EQ(anotherOne.GetTCPSendBufferSize(), 64240);
-   EXPECT_EQ(anotherOne.SendBinary(&gByte, 1), 1);
-   EXPECT_EQ(aPair.itsRequester.ReadBinary(&gByte, 1), 1);
+   aPair.itsRequester.SetTimeout(2);
+   {
+      Socket anotherOne;
+      anotherOne.ManageConnection(aHandle);
+      EXPECT_TRUE(anotherOne.Connected() && anotherOne.InputConnected() && anotherOne.OutputConnected());
+      EXPECT_EQ(anotherOne.GetPeerIPAddress(), "127.0.0.1");
+      EXPECT_EQ(anotherOne.GetTCPSendBufferSize(), 64240);
+      EXPECT_EQ(anotherOne.SendBinary(&gByte, 1), 1);
+      EXPECT_EQ(aPair.itsRequester.ReadBinary(&gByte, 1), 1);
+   }
+   EXPECT_EQ(aPair.itsRequester.ReadBinary(&gByte, 1), -1);
+   EXPECT_EQ(aPair.itsRequester.GetResultCode(), TN_END_OF_FILE) << "whoever has a connection ends it";
 }
 
 TEST(SocketTest, DatagramsGoFromAClientToAServer)
