@@ -156,6 +156,7 @@ TEST(AbstractPrintManagementMeta_SCP, TellsTheImageBoxesOfANewFilm)
    const Answer anAnswer = ReadAnswer(aService.Sent().substr(aSent));
    EXPECT_EQ(anAnswer.itsInstance, "1.6");
    ASSERT_EQ(anAnswer.itsImageBoxes.size(), 3u);
+   EXPECT_TRUE(aHost.GetFilmBoxes()[0]->IsCreated());
    for (std::size_t i = 0; i < 3; ++i)
    {
       EXPECT_EQ(aHost.GetFilmBoxes()[0]->GetImageBoxes()[i]->GetSOPInstanceUID(), anAnswer.itsImageBoxes[i]);
@@ -203,6 +204,7 @@ TEST(AbstractPrintManagementMeta_SCP, RefusesWithTheRightStatusAndLeavesTheTree)
         {"film, again", Request(0x0140, kFilm, "1.6", aFilm), 0, 0x0111, ""},
         {"foreign film", Request(0x0120, kFilm, "1.7", aFilm), 0, 0x0112, ""},
         {"another format", Request(0x0120, kFilm, "1.6", Film("STANDARD\\2,2")), 0, 0x0106, ""},
+        {"the same format", Request(0x0120, kFilm, "1.6", aFilm), 1, 0, ""},
         {"changes without data set", Request(0x0120, kFilm, "1.6"), 0, 0x0120, ""},
         {"foreign image box", Request(0x0120, kGray, "1.99", ImageBox({})), 0, 0x0112, ""},
         {"no instance", Request(0x0120, kGray, "", ImageBox({})), 0, 0x0117, ""},
@@ -230,7 +232,8 @@ TEST(AbstractPrintManagementMeta_SCP, RefusesWithTheRightStatusAndLeavesTheTree)
         {"changed film keeps its image", Request(0x0120, kFilm, "1.6", Text(0x20100060, "CS", "CUBIC")), 1, 0,
          "S1.5[1.6 CUBIC{ 1.2.3+}]"},
         {"changed session keeps its films", Request(0x0120, kSession, "1.5", Text(0x20000020, "CS", "HIGH")), 1, 0, ""},
-        {"erased image", Request(0x0120, kGray, "1.2.3", Sequence(0x20200110, {})), 1, 0, "S1.5[1.6 CUBIC{ 1.2.3}]"}});
+        {"erased image", Request(0x0120, kGray, "1.2.3", Sequence(0x20200110, {})), 1, 0, "S1.5[1.6 CUBIC{ 1.2.3}]"},
+        {"the session goes with its films", Request(0x0150, kSession, "1.5"), 1, 0, "-"}});
    EXPECT_TRUE(aHost.itsNotes.empty()) << aHost.itsNotes.front();
 }
 
