@@ -271,6 +271,7 @@ TEST(EncapsulatedPixelVR, CopiesItsFragmentsAlsoFromAStream)
 {
    PiecewiseInputStream aStream({1, 2, 3});
    EncapsulatedPixelVR aPixels(nullptr);
+   EXPECT_EQ(aPixels.GetTypeCode(), VRCode::OB); // PS3.5 A.4
    aPixels.AddItem(std::unique_ptr<PixelDataFragment>(NewFragment({})));
    aPixels.AddItem(std::make_unique<StreamBufferedPixelDataFragment>(aStream, 3));
    const std::unique_ptr<VR> aCopy(aPixels.Copy());
