@@ -113,6 +113,20 @@ TEST(PDU_ServiceAccept, DecidesEveryContext)
    EXPECT_TRUE(aService.Sent().find(Role(kVerification, 1, 1)) != std::string::npos) << "roles are echoed";
 }
 
+// A service that takes no transfer syntax any more has the one that it has accepted for the same SOP class.
+TEST(PDU_ServiceAccept, WhatIsAcceptedOnceIsAcceptedAgain)
+{
+   struct Once : Scripted
+   {
+      int CanYouHandleTransferSyntax(const TransferSyntaxItem&) override { return itsTimes-- > 0; }
+      int itsTimes = 1;
+   } aService;
+   ASSERT_TRUE(
+       aService.Accept(Request({{1, kCT, {kExplicit}}, {3, kVerification, {kExplicit}}, {5, kCT, {kExplicit}}})));
+   EXPECT_EQ(aService.GetUsablePresentationContextCount(), 2U);
+   EXPECT_EQ(aService.GetAcceptedContextList().back().GetResult(), 0);
+}
+
 TEST(PDU_ServiceRequest, TakesEveryAnswer)
 {
    const struct
