@@ -454,6 +454,14 @@ TEST(StandardRetrieve, ReusesTheAssociationWithTheSameDestination)
    EXPECT_EQ(PDUBytes::Describe(aDestinations.Received(0)), "RQ DATA DATA RELEASE");
    EXPECT_EQ(PDUBytes::Describe(aDestinations.Received(1)), "RQ DATA");
    EXPECT_TRUE(aStore.Connected());
+
+   for (int i = 0; i < 2; ++i) // nobody listens: the second time least of all may the one before get it
+   {
+      aRetrieve.Answer(MoveRequest("THIRD"), aStore);
+      EXPECT_FALSE(aStore.Connected());
+   }
+   EXPECT_EQ(aDestinations.itsCalls, "ONE:104 OTHER:104 THIRD:104 THIRD:104 ");
+   EXPECT_EQ(PDUBytes::Describe(aDestinations.Received(1)), "RQ DATA RELEASE");
 }
 
 // What arrives at the destination behind the command set.
