@@ -1,9 +1,11 @@
 // The frames of encapsulated pixel data, found by their markers or by an offset table.
 #include "talvenor/pixel/ImageFrameInputStream.h"
 
+#include <fstream>
 #include <limits>
 
 #include "support/EncapsulatedBytes.h"
+#include "support/Sanitized.h"
 #include "talvenor/pixel/BasicOffsetTable.h"
 
 namespace
@@ -133,6 +135,26 @@ TEST(ImageFrameInputStream, JumpsToFramesByTheTableItBuilt)
          EXPECT_EQ(Text(aFrames.NextFrame()), Text(aCase.itsFrames[2]));
       }
    }
+}
+
+// A frame may be as long as its file.
+TEST(ImageFrameInputStream, KeepsNothingOfAFrameThatIsPassed)
+{
+   if (kIsSanitized)
+   {
+      GTEST_SKIP() << "what is freed stays in memory there";
+   }
+   const auto aResidentPages = [] {
+      std::size_t aSize = 0, aResident = 0;
+      std::ifstream("/proc/self/statm") >> aSize >> aResident;
+      return aResident;
+   };
+   EncapsulatedBytes aSource(Item({}) + Item(JPEGFrame(Bytes(64'000'000, 7))) + Item(kFrame) + kEndOfItems);
+   ImageFrameInputStream aFrames(aSource.Pixels(), kJPEG, 2, 0);
+   const std::size_t aBefore = aResidentPages();
+   ASSERT_TRUE(aFrames.PassNextFrame());
+   EXPECT_LT(aResidentPages(), aBefore + 4000);
+   EXPECT_EQ(Text(aFrames.NextFrame()), Text(kFrame));
 }
 
 TEST(ImageFrameInputStream, RLEFramesAreFragments)
