@@ -81,6 +81,7 @@ TEST(ColorPalette, TheFirstValueHasTheSignOfThePixels)
    EXPECT_EQ(aSigned.MapSignedPixel(0), 6);
    const ColorPalette anUnsigned = PaletteOf(SetWith(0, {2, 0xFFFF, 16}, {5, 6}));
    EXPECT_EQ(anUnsigned.GetFirstValueMapped(), 0xFFFF);
+   EXPECT_FALSE(PaletteOf(SetWith(1, {2, 7, 16}, {5, 6})) == PaletteOf(SetWith(0, {2, 7, 16}, {5, 6})));
 }
 
 TEST(ColorPalette, ReadsEntriesOfBytesAndWords)

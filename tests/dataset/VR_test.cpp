@@ -98,17 +98,21 @@ TEST(VR, AllocatesByLengthOnlyWhenAskedAndWhenTheLengthIsDefined)
    } aCases[] = {
        {"odd", 5, 1, 6, {6}},
        {"not asked for", 5, 0, 6, {}},
+       {"empty", 0, 1, 0, {}},
        {"undefined", VR::kUndefinedLength, 1, VR::kUndefinedLength, {}},
    };
    for (const auto& aCase : aCases)
    {
       SCOPED_TRACE(aCase.itsName);
       CountingAllocater anAllocator;
-      VR aVR(0x0010, 0x0020, aCase.itsLength, aCase.itsAllocate, TNEndian::BigEndian, anAllocator);
-      EXPECT_EQ(aVR.GetLength(), aCase.itsStored);
-      EXPECT_EQ(anAllocator.Sizes(), aCase.itsRequests);
-      aVR.SetPadByte('#'); // needs a value
-      EXPECT_EQ(aVR.GetData() == nullptr, aCase.itsRequests.empty());
+      {
+         VR aVR(0x0010, 0x0020, aCase.itsLength, aCase.itsAllocate, TNEndian::BigEndian, anAllocator);
+         EXPECT_EQ(aVR.GetLength(), aCase.itsStored);
+         EXPECT_EQ(anAllocator.Sizes(), aCase.itsRequests);
+         aVR.SetPadByte('#'); // needs a value
+         EXPECT_EQ(aVR.GetData() == nullptr, aCase.itsRequests.empty());
+      }
+      EXPECT_EQ(anAllocator.Live(), 0u);
    }
    CountingAllocater anAllocator;
    VR aVR(0x0010, 0x0020, TNEndian::LittleEndian, anAllocator);
