@@ -24,6 +24,7 @@ TEST(MDDEntry, ReadsTheFieldsOfALine)
    } kCases[] = {
        {"blanks everywhere", " \t0010 ,\t0010\t, PN ,\"a\" \t, b ,1 , 1 ", "0010, 0010|PN|a|b|1|1"},
        {"comma between quotes", "0010,0010,PN,\"a,b\",n,1,1", "0010, 0010|PN|a,b|n|1|1"},
+       {"comma behind the first quote", "0010,0010,PN,\",b\",n,1,1", "0010, 0010|PN|,b|n|1|1"},
        {"blanks between quotes stay", "0010,0010,PN,\" a \",n,1,1", "0010, 0010|PN| a |n|1|1"},
        {"empty description", "0010,0010,PN,\"\",n,1,1", "0010, 0010|PN||n|1|1"},
        {"quote inside an unquoted field", "0010,0010,PN,\"a\" b,n,1,1", "0010, 0010|PN|\"a\" b|n|1|1"},
