@@ -157,6 +157,7 @@ TEST(DICOMDataObjectInputStreamVR, KeepsWhatWasReadWhenItFailsMidway)
       ASSERT_NE(aBuilt, nullptr);
       EXPECT_EQ(ItemsOf(*aBuilt), aCase.itsItems);
       ASSERT_TRUE(aFailure);
+      EXPECT_TRUE(aSequence->IsEmpty()) << "what stands behind a failure is no item";
       EXPECT_EQ(StreamErrorOf([&] { std::rethrow_exception(aFailure); }), aCase.itsError);
 
       SequenceInStream anOther(aCase.itsBytes);
