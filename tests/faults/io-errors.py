@@ -24,7 +24,6 @@ OPEN, WRITE, SYNC, RENAME, MAKE_FOLDER, UNLINK, TRUNCATE, READ = (1 << i for i i
 CONNECT, SEND, RECEIVE, WAIT, THREAD = (1 << i for i in range(8, 13))
 ALL = 255  # of a disk
 FOR_EVER = 1 << 40
-LOADING = 400  # more than the allocations before main, which nobody can answer for
 
 
 class Control(ctypes.Structure):  # as in broken-disk.c
@@ -393,6 +392,16 @@ def watch_sender(bench, folder, must_succeed, *options):
     return faults + bench.faults(unlinks=False), end.returncode
 
 
+def allocations_of_starting(bench):
+    """How many there are before tn does anything. Nobody can answer for those before main, and CLI11 looks for an option
+    in functions that may not throw."""
+    bench.arm_memory(FOR_EVER, FOR_EVER)
+    subprocess.run([bench.tn, "--version"], stdout=subprocess.DEVNULL, check=True,
+                   env={**os.environ, "LD_PRELOAD": bench.library, "TN_DISK": f"{bench.work}/control"})
+    bench.disarm()
+    return bench.control.allocations
+
+
 def sender(arguments):
     rows = [("EIO", errno.EIO, OPEN | READ | WRITE), ("EMFILE", errno.EMFILE, OPEN | CONNECT), ("ENOSPC", errno.ENOSPC, WRITE),
             ("ECONNREFUSED", errno.ECONNREFUSED, CONNECT), ("ECONNRESET", errno.ECONNRESET, SEND | RECEIVE),
@@ -436,7 +445,7 @@ def sender(arguments):
                 count = bench.control.allocations
                 cases, faults = run(f"no memory for {length} allocations", count,
                                     lambda first: bench.arm_memory(first, first + length - 1),
-                                    range(LOADING, count, max(1, count // arguments.moments)), False, *options)
+                                    range(allocations_of_starting(bench), count, max(1, count // arguments.moments)), False, *options)
                 total, failed = total + cases, failed + faults
     print(f"sender: {total} moments, {failed} faults")
     return failed

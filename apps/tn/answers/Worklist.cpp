@@ -1,9 +1,9 @@
 #include "apps/tn/answers/Worklist.h"
 
-#include <filesystem>
 #include <iostream>
-#include <stdexcept>
 
+#include "apps/tn/base/FilesBelow.h"
+#include "apps/tn/base/SystemFailure.h"
 #include "talvenor/dataset/DICOMDataObject.h"
 #include "talvenor/foundation/OneLine.h"
 #include "talvenor/foundation/TNResult.h"
@@ -14,15 +14,19 @@ constexpr std::chrono::seconds kInterval{1};
 
 // Larger files are no worklist items.
 constexpr off_t kLargest = 16 << 20;
+
+// By itself, or as a part of a hidden folder.
+bool IsHidden(const std::string& theName)
+{
+   return theName.starts_with('.') || theName.find("/.") != std::string::npos;
+}
 } // namespace
 
 Worklist::Worklist(std::string theFolder) : itsFolder(std::move(theFolder))
 {
-   std::error_code anError;
-   const std::filesystem::directory_iterator aTest(itsFolder, anError);
-   if (anError)
+   if (const int anError = ForEachEntry(itsFolder, [](std::string_view, EntryKind) {}); anError != 0)
    {
-      throw std::runtime_error("cannot read the worklist folder " + itsFolder + ": " + anError.message());
+      throw SystemFailure("cannot read the worklist folder " + itsFolder, anError);
    }
 }
 
@@ -54,19 +58,14 @@ bool Worklist::File::IsSame(const struct stat& theStatus) const
 // Loads what is new or has changed. A folder that cannot be read has no items.
 void Worklist::Scan()
 {
-   namespace fs = std::filesystem;
    std::map<std::string, File> aFiles;
-   std::error_code anError;
-   for (fs::recursive_directory_iterator anEntry(itsFolder, fs::directory_options::skip_permission_denied, anError),
-        anEnd;
-        !anError && anEntry != anEnd; anEntry.increment(anError))
+   for (const std::string& aName : FilesBelow(itsFolder, [](const std::string&) {}))
    {
-      if (anEntry->path().filename().native().front() == '.')
+      if (IsHidden(aName))
       {
-         anEntry.disable_recursion_pending();
          continue;
       }
-      const std::string aPath = anEntry->path();
+      const std::string aPath = itsFolder + "/" + aName;
       struct stat aStatus;
       if (::stat(aPath.c_str(), &aStatus) != 0 || !S_ISREG(aStatus.st_mode) || aStatus.st_size == 0)
       {

@@ -7,7 +7,6 @@
 #include <stdexcept>
 #include <vector>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/file.h>
@@ -16,6 +15,7 @@
 #include <unistd.h>
 
 #include "apps/tn/base/ErrorText.h"
+#include "apps/tn/base/FilesBelow.h"
 #include "apps/tn/base/SystemFailure.h"
 #include "apps/tn/files/DatasetChecks.h"
 #include "apps/tn/files/LaterVRs.h"
@@ -62,21 +62,19 @@ Descriptor TryOpenFolder(int theParent, const std::string& thePath)
    return Descriptor(static_cast<int>(::syscall(SYS_openat2, theParent, thePath.c_str(), &aHow, sizeof aHow)));
 }
 
-// The names in a folder, without those that begin with a full stop. Empty when it cannot be read, with theTell told.
+// The names in a folder, in order, without those that begin with a full stop.
 std::vector<std::string> NamesIn(const std::string& theFolder)
 {
    std::vector<std::string> aNames;
-   const std::unique_ptr<DIR, int (*)(DIR*)> aFolder(::opendir(theFolder.c_str()), ::closedir);
-   if (!aFolder)
-   {
-      throw SystemFailure(theFolder + ": cannot be read");
-   }
-   while (const dirent* const anEntry = ::readdir(aFolder.get()))
-   {
-      if (anEntry->d_name[0] != '.')
+   const int anError = ForEachEntry(theFolder, [&](std::string_view theName, EntryKind) {
+      if (theName.front() != '.')
       {
-         aNames.emplace_back(anEntry->d_name);
+         aNames.emplace_back(theName);
       }
+   });
+   if (anError != 0)
+   {
+      throw SystemFailure(theFolder + ": cannot be read", anError);
    }
    std::sort(aNames.begin(), aNames.end());
    return aNames;

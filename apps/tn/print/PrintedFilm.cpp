@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <set>
 #include <stdexcept>
 
@@ -15,6 +16,7 @@
 #include <unistd.h>
 
 #include "apps/tn/base/Descriptor.h"
+#include "apps/tn/base/FilesBelow.h"
 #include "apps/tn/base/LocalTime.h"
 #include "apps/tn/base/SystemFailure.h"
 #include "apps/tn/base/Tags.h"
@@ -149,6 +151,19 @@ void Synchronise(const std::string& thePath)
    }
 }
 
+// With its files. What stays is removed when a printer begins later.
+void RemoveFolder(const std::string& thePath) noexcept
+{
+   try
+   {
+      ForEachEntry(thePath,
+                   [&](std::string_view theName, EntryKind) { ::unlink((thePath + "/").append(theName).c_str()); });
+      ::rmdir(thePath.c_str());
+   }
+   catch (const std::bad_alloc&)
+   {}
+}
+
 // A folder that is removed, with what it has, unless it is kept.
 class FolderInTheMaking
 {
@@ -166,8 +181,7 @@ public:
    {
       if (!itsIsKept)
       {
-         std::error_code anIgnored;
-         std::filesystem::remove_all(itsPath, anIgnored);
+         RemoveFolder(itsPath);
       }
    }
    FolderInTheMaking(const FolderInTheMaking&) = delete;
@@ -178,9 +192,11 @@ public:
 
    void SynchroniseAll() const
    {
-      for (const auto& anEntry : std::filesystem::directory_iterator(itsPath))
+      const int anError = ForEachEntry(
+          itsPath, [&](std::string_view theName, EntryKind) { Synchronise((itsPath + "/").append(theName)); });
+      if (anError != 0)
       {
-         Synchronise(anEntry.path());
+         throw SystemFailure(itsPath, anError);
       }
       Synchronise(itsPath);
    }
@@ -241,15 +257,14 @@ std::vector<std::string> WritePrintedFilms(const std::string& theFolder, const A
 void RemoveUnfinishedFilms(const std::string& theFolder)
 {
    const auto anHourAgo = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
-   std::error_code anIgnored; // what cannot be removed does no harm
-   for (const auto& anEntry : std::filesystem::directory_iterator(theFolder, anIgnored))
-   {
-      const std::string aName = anEntry.path().filename();
-      if (aName.starts_with(kUnfinished) && aName.size() == std::size(kUnfinished) - 1 + 6 &&
-          anEntry.is_directory(anIgnored) && !anEntry.is_symlink(anIgnored) &&
-          anEntry.last_write_time(anIgnored) < anHourAgo)
+   ForEachEntry(theFolder, [&](std::string_view theName, EntryKind theKind) {
+      const std::string aPath = (theFolder + "/").append(theName);
+      std::error_code anIgnored;
+      if (theKind == EntryKind::kFolder && theName.starts_with(kUnfinished) &&
+          theName.size() == std::size(kUnfinished) - 1 + 6 &&
+          std::filesystem::last_write_time(aPath, anIgnored) < anHourAgo)
       {
-         std::filesystem::remove_all(anEntry.path(), anIgnored);
+         RemoveFolder(aPath);
       }
-   }
+   });
 }
