@@ -232,10 +232,11 @@ void Jump(benchmark::State& theState, const Case& theCase)
    const Source aSource(theCase, true);
    const OpenFrames aFrames = aSource.Open();
    std::mt19937 aGenerator(1);
+   std::uniform_int_distribution<INT32> anyFrame(0, theCase.GetFrameCount() - 1);
    size_t aTotal = 0;
    for (auto _ : theState)
    {
-      const auto aFrame = static_cast<INT32>(aGenerator() % static_cast<unsigned int>(theCase.GetFrameCount()));
+      const INT32 aFrame = anyFrame(aGenerator);
       aTotal += ReadFrame(*std::unique_ptr<InputStream>((*aFrames).GetFrame(aFrame)));
    }
    theState.SetBytesProcessed(static_cast<int64_t>(aTotal));

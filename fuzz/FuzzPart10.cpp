@@ -122,7 +122,8 @@ void Ask(DICOMDataObject& theObject)
          theObject.GetUINT32(aVR->GetGroup(), aVR->GetElement(), aNumber);
       }
    }
-   DICOMDataObject aCopy(theObject);
+   DICOMDataObject aCopy;
+   aCopy = theObject;
    Require(aCopy.ValueEquals(theObject) && theObject.ValueEquals(aCopy), "a copy differs");
    Require(aCopy.GetEncodedLength(ExplicitWithGroupLength) == theObject.GetEncodedLength(ExplicitWithGroupLength),
            "a copy has another length");

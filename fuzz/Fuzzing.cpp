@@ -57,13 +57,10 @@ std::ostream& NullOutput()
    return ourOutput;
 }
 
-void Require(bool theFact, const char* theText)
+void Report(const char* theText)
 {
-   if (!theFact)
-   {
-      std::fprintf(stderr, "%s\n", theText);
-      std::abort();
-   }
+   std::fprintf(stderr, "%s\n", theText);
+   std::abort();
 }
 
 FuzzBytes AsFile(const RWCString& theTransferSyntax, const unsigned char* theDataset, std::size_t theSize)

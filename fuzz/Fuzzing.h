@@ -17,7 +17,14 @@ void SetUpFuzzing();
 std::ostream& NullOutput();
 
 // A finding: what must always hold did not.
-void Require(bool theFact, const char* theText);
+[[noreturn]] void Report(const char* theText);
+inline void Require(bool theFact, const char* theText)
+{
+   if (!theFact)
+   {
+      Report(theText);
+   }
+}
 
 // A DICOM file with that transfer syntax around the bytes of a dataset.
 FuzzBytes AsFile(const RWCString& theTransferSyntax, const unsigned char* theDataset, std::size_t theSize);

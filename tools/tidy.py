@@ -49,8 +49,8 @@ def last_changes():
 
 
 def sources(build, names):
-    """(path, note, time of its last change), what changed last first. A file without a command gets that of a neighbour
-    from clang-tidy."""
+    """(path, note, time of its last change, whether it has a command), what changed last first. A file without a command
+    gets that of a neighbour from clang-tidy."""
     tool = subprocess.run(["clang-tidy", "--version"], capture_output=True).stdout + (ROOT / ".clang-tidy").read_bytes()
     commands = {pathlib.Path(entry["file"]): entry["command"].replace(str(ROOT), "").replace(entry["directory"], "")
                 for entry in json.loads((build / "compile_commands.json").read_text())}
@@ -62,16 +62,18 @@ def sources(build, names):
         digest = hashlib.sha256(tool + commands.get(path, "").encode())
         for part in parts:
             digest.update(str(part.relative_to(ROOT)).encode() + part.read_bytes())
-        result.append((path, NOTES / digest.hexdigest(), max(changes.get(part, time.time()) for part in parts)))
+        result.append((path, NOTES / digest.hexdigest(), max(changes.get(part, time.time()) for part in parts),
+                       path in commands))
     return sorted(result, key=lambda source: -source[2])
 
 
-def check(path, note, build, end):
+def check(path, note, has_command, build, end):
     """None when the time is over, else what clang-tidy finds."""
     if time.monotonic() > end:
         return None
-    done = subprocess.run(["clang-tidy", "-p", str(build), "--quiet", "--warnings-as-errors=*", str(path)], cwd=ROOT,
-                          stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    extra = [] if has_command else [f'--extra-arg=-DTALVENOR_SOURCE_DIR="{ROOT}"']
+    done = subprocess.run(["clang-tidy", "-p", str(build), "--quiet", "--warnings-as-errors=*", *extra, str(path)],
+                          cwd=ROOT, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
     if done.returncode == 0:
         note.touch()
         return ""
@@ -90,7 +92,8 @@ def main():
     listed = sources(options.build, options.files)
     waiting = [source for source in listed if not source[1].exists()]
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        tasks = [pool.submit(check, path, note, options.build, end) for path, note, _ in waiting]
+        tasks = [pool.submit(check, path, note, has_command, options.build, end)
+                 for path, note, _, has_command in waiting]
         for task in concurrent.futures.as_completed(tasks):
             if task.result():
                 print(task.result(), flush=True)

@@ -1,6 +1,5 @@
 #include "talvenor/dictionary/DictionaryLine.h"
 
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <istream>
@@ -83,31 +82,26 @@ DictionaryLineReader::DictionaryLineReader(std::istream& theStream) : itsStream(
 
 bool DictionaryLineReader::Next(std::string_view& theLine)
 {
-   const char* anEnd = nullptr;
+   std::size_t anEnd = std::string::npos;
    std::size_t aSearched = 0; // bytes of the line already seen to hold no line feed
    for (;;)
    {
-      const std::size_t aFrom = itsPosition + aSearched;
-      if (aFrom < itsBuffer.size())
-      {
-         anEnd = static_cast<const char*>(std::memchr(itsBuffer.data() + aFrom, '\n', itsBuffer.size() - aFrom));
-      }
+      anEnd = itsBuffer.find('\n', itsPosition + aSearched);
       aSearched = itsBuffer.size() - itsPosition;
-      if (anEnd != nullptr || !Fill())
+      if (anEnd != std::string::npos || !Fill())
       {
          break;
       }
    }
-   if (anEnd == nullptr && itsPosition == itsBuffer.size())
+   const bool hasEnd = anEnd != std::string::npos;
+   if (!hasEnd && itsPosition == itsBuffer.size())
    {
       return false;
    }
 
-   const char* aBegin = itsBuffer.data() + itsPosition;
-   const std::size_t aLength = anEnd != nullptr ? static_cast<std::size_t>(anEnd - aBegin) : aSearched;
-   itsPosition += aLength + (anEnd != nullptr ? 1 : 0);
+   theLine = std::string_view(itsBuffer).substr(itsPosition, hasEnd ? anEnd - itsPosition : aSearched);
+   itsPosition += theLine.size() + (hasEnd ? 1 : 0);
    ++itsNumber;
-   theLine = std::string_view(aBegin, aLength);
    if (!theLine.empty() && theLine.back() == '\r')
    {
       theLine.remove_suffix(1);

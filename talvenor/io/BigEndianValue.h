@@ -54,7 +54,8 @@ private:
    static Native Truncated(double theValue)
    {
       constexpr double kFirst = static_cast<double>(std::numeric_limits<Native>::min());
-      constexpr double kBehindLast = 2.0 * static_cast<double>(std::numeric_limits<Native>::max() / 2 + 1);
+      constexpr Native kHalf = std::numeric_limits<Native>::max() / 2 + 1;
+      constexpr double kBehindLast = 2.0 * static_cast<double>(kHalf);
       const double aWhole = std::trunc(theValue);
       if (std::isnan(aWhole))
       {

@@ -38,7 +38,7 @@ public:
       itsService.AddPresentationContextProposal(kCT, kImplicit);
       itsService.AddPresentationContextProposal(kPalette, kImplicit);
       itsService.RequestAssociation(
-          SocketDULStreamFactory::GetInstance().GetConnectedDULStream("127.0.0.1", theNode.Port().c_str()));
+          SocketDULStreamFactory::GetInstance().GetConnectedDULStream("127.0.0.1", theNode.Port()));
    }
    ~StoringPeer() { itsService.Close(); }
 

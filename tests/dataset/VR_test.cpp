@@ -53,6 +53,8 @@ TEST(VR, ConstructorsPadTheirValueToEvenLength)
    const auto aText = [](const char* theText, UINT32 theLength) {
       return std::make_unique<VR>(0x0010, 0x0020, theText, theLength);
    };
+   const char aNULsBehind[] = {'a', 'b', 'c', 0, 0};
+   const char aNULInside[] = {'a', 0, 'b', 'c'};
    const auto aTexts = [](std::vector<std::string> theTexts, char thePad) {
       return std::make_unique<VR>(0x0010, 0x0020, theTexts, thePad);
    };
@@ -70,8 +72,8 @@ TEST(VR, ConstructorsPadTheirValueToEvenLength)
        {"raw bytes that are absent", std::make_unique<VR>(0x0010, 0x0020, 0, static_cast<void*>(nullptr)), "", 0},
        {"text of seven characters", aText("1234567", 7), "1234567 ", 0},
        {"text up to its NUL", aText("abc", 0), "abc ", 0},
-       {"text with NULs in its length", aText("abc\0\0", 5), "abc ", 0},
-       {"text with a NUL inside", aText("a\0bc", 4), "a\0bc"s, 0},
+       {"text with NULs in its length", aText(aNULsBehind, 5), "abc ", 0},
+       {"text with a NUL inside", aText(aNULInside, 4), "a\0bc"s, 0},
        {"no text, length 3", aText(nullptr, 3), "    ", 0},
        {"texts of odd total", aTexts({"A", "", "B"}, '#'), "A\\\\B", 0},
        {"one text of odd length", aTexts({"ABC"}, '#'), "ABC#", 0},

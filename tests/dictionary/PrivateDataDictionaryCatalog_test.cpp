@@ -120,8 +120,8 @@ TEST(PrivateDataDictionaryCatalog, AFaultIsReportedWhileOthersMayLookUp)
       int sync() override
       {
          // In a thread of its own: one that already holds the lock could not tell.
-         std::jthread([this] { itsCatalog.Contains("BAD"); });
          ++itsQuestions;
+         const std::jthread aThread([this] { itsCatalog.Contains("BAD"); }); // waited for here
          return 0;
       }
 

@@ -282,7 +282,7 @@ TEST(DIMSE_N_Messages, AreTracedWithTheirContents)
       {
          aPlace = aTrace.Text().find(aLine + "\n", aPlace);
          ASSERT_NE(aPlace, std::string::npos) << aCase.itsName << ": " << aTrace.Text();
-         aPlace = aTrace.Text().find("(", aPlace + aLine.size()); // an element of the dump
+         aPlace = aTrace.Text().find('(', aPlace + aLine.size()); // an element of the dump
       }
       EXPECT_NE(aPlace, std::string::npos) << aCase.itsName;
    }

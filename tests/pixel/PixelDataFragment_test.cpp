@@ -93,7 +93,7 @@ TEST(StreamBufferedPixelDataFragment, WritesItsBytesThroughOnce)
              (StreamError{"StreamBufferedPixelDataFragment::WriteData: data has already been consumed from the stream "
                           "and is unavailable in memory",
                           TN_INTERNAL_ERROR, 0}));
-   EXPECT_EQ(StreamErrorOf([&] { StreamBufferedPixelDataFragment aCopy(aFragment); }),
+   EXPECT_EQ(StreamErrorOf([&] { std::make_unique<StreamBufferedPixelDataFragment>(aFragment); }),
              (StreamError{"StreamBufferedPixelDataFragment::StreamBufferedPixelDataFragment: data has already been "
                           "consumed from stream and is not available internally",
                           TN_INTERNAL_ERROR, 0}));

@@ -98,7 +98,7 @@ public:
          }
       }
       itsService.RequestAssociation(
-          SocketDULStreamFactory::GetInstance().GetConnectedDULStream("127.0.0.1", theNode.Port().c_str()));
+          SocketDULStreamFactory::GetInstance().GetConnectedDULStream("127.0.0.1", theNode.Port()));
       for (const char* const aPart :
            {PrintSOPClass::kFilmSession, PrintSOPClass::kFilmBox, PrintSOPClass::kPrinter,
             PrintSOPClass::kGrayscaleImageBox, PrintSOPClass::kColorImageBox, PrintSOPClass::kStandardColorImageBox})

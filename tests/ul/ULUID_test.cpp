@@ -1,5 +1,7 @@
 #include "talvenor/ul/ULUID.h"
 
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include "talvenor/dictionary/MUIDDictionary.h"
@@ -10,6 +12,8 @@
 
 namespace
 {
+using namespace std::string_literals;
+
 TEST(ULUID, SetMakesATextFit)
 {
    const std::string aLongest(64, '1');
@@ -82,7 +86,7 @@ TEST(ULUID, TheDictionaryNamesIt)
 
 TEST(ULUID, TitlesAndNamesAreReadAsSent)
 {
-   PeerBytes aPeer(PDUOf(1, AsBytes("  LEADING SPACE AB\0D")));
+   PeerBytes aPeer(PDUOf(1, AsBytes("  LEADING SPACE AB\0D"s)));
    ASSERT_EQ(aPeer.Stream().Start(), 1);
    AETitle aTitle("OLD");
    EXPECT_NE(aTitle.Read(aPeer.Stream()), 0);
