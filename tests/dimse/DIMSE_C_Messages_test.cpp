@@ -29,10 +29,10 @@ using Tags = RWTValOrderedVector<MAttributeTag>;
 const std::string kCT = "1.2.840.10008.5.1.4.1.1.2";
 
 template <class Message>
-struct Of : ServiceOf<Message>
+ServiceOf<Message> Of(const std::string& theClass = kCT)
 {
-   explicit Of(const std::string& theClass = kCT) : ServiceOf<Message>(theClass) {}
-};
+   return ServiceOf<Message>(theClass);
+}
 
 DICOMDataObject Dataset(const std::string& theClass = kCT, const std::string& theInstance = "1.2.3")
 {

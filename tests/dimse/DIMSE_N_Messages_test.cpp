@@ -33,10 +33,10 @@ const std::string kPrinter = "1.2.840.10008.5.1.1.16"; // an even number of char
 const UID kInstance("1.2.3");
 
 template <class Message>
-struct Of final : ServiceOf<Message>
+ServiceOf<Message> Of(const std::string& theClass = kPrinter)
 {
-   explicit Of(const std::string& theClass = kPrinter) : ServiceOf<Message>(theClass) {}
-};
+   return ServiceOf<Message>(theClass);
+}
 
 DICOMDataObject Dataset(const std::string& theText = "PRINTER1")
 {

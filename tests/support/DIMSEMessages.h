@@ -13,10 +13,9 @@
 
 // A service of that SOP class, or of none.
 template <class Message>
-struct ServiceOf : Message
+struct ServiceOf final : Message
 {
    explicit ServiceOf(const std::string& theClass) : itsClass(theClass) {}
-   virtual ~ServiceOf() = default;
    int GetUID(UID& theUID) const override
    {
       theUID.Set(itsClass);
