@@ -178,10 +178,9 @@ bool Archive::KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, Ind
    {
       return false;
    }
-   const bool replaces = itsSettings.itsDuplicates == Duplicates::kReplace;
    const std::string anOldPath = aStored ? GetFullPath(*aStored) : "";
    const bool isThere = aStored && std::filesystem::exists(anOldPath);
-   if (isThere && !isKnown && !replaces)
+   if (isThere && !isKnown && itsSettings.itsDuplicates == Duplicates::kRefuse)
    {
       throw StoreRefusal(StoreStatus::kDuplicateInstance, kOther);
    }
@@ -194,8 +193,24 @@ bool Archive::KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, Ind
       BeginReplacement(theInstance);
    }
    const bool isElsewhere = isThere && *aStored != theInstance.itsPath;
+   Place(theFile, theDatasetStart, std::move(theInstance), thePath);
+   if (aStored)
+   {
+      EndReplacement(aUID);
+   }
+   if (isElsewhere)
+   {
+      ::unlink(anOldPath.c_str()); // a start sets aside what stays
+   }
+   return true;
+}
+
+// The file gets its name and the index its row, or neither.
+void Archive::Place(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance&& theInstance,
+                    const StoredPath& thePath)
+{
    const Descriptor aFolder = itsSynchroniser.OpenFolderOf(thePath);
-   if (!theFile.MoveTo(aFolder, thePath.GetFile(), replaces) &&
+   if (!theFile.MoveTo(aFolder, thePath.GetFile(), itsSettings.itsDuplicates == Duplicates::kReplace) &&
        !IsEqual(theInstance.itsPath, theFile, theDatasetStart, theInstance.itsTransferSyntax))
    {
       throw StoreRefusal(StoreStatus::kDuplicateInstance, kOther); // not in the index: somebody has put it there
@@ -209,15 +224,6 @@ bool Archive::KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, Ind
       theFile.MoveBack(aFolder, thePath.GetFile());
       throw;
    }
-   if (aStored)
-   {
-      EndReplacement(aUID);
-   }
-   if (isElsewhere)
-   {
-      ::unlink(anOldPath.c_str()); // a start sets aside what stays
-   }
-   return true;
 }
 
 bool Archive::IsEqual(const std::string& thePath, const SpoolFile& theFile, std::uint64_t theDatasetStart,

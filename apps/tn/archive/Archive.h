@@ -71,6 +71,8 @@ private:
                 const std::string& theTransferSyntax) const;
    bool KeepClaimed(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance&& theInstance,
                     const StoredPath& thePath);
+   void Place(SpoolFile& theFile, std::uint64_t theDatasetStart, IndexedInstance&& theInstance,
+              const StoredPath& thePath);
    bool IsDoubtful(const std::string& theUID);
    void BeginReplacement(const IndexedInstance& theInstance);
    void EndReplacement(const std::string& theUID);

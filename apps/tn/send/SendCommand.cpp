@@ -1,9 +1,13 @@
 #include "apps/tn/send/SendCommand.h"
 
+#include <exception>
 #include <filesystem>
+#include <functional>
 #include <iostream>
+#include <mutex>
 #include <new>
 #include <numeric>
+#include <optional>
 #include <system_error>
 #include <thread>
 
@@ -34,6 +38,24 @@ UINT64 SizeOf(const std::vector<SendFile>& theFiles, const std::vector<std::size
    return std::accumulate(theIndices.begin(), theIndices.end(), UINT64{0}, [&](UINT64 theSum, std::size_t theIndex) {
       return theSum + theFiles[theIndex].GetDatasetSize();
    });
+}
+
+// On so many threads, this one among them, or on as many as there can be.
+void RunAtOnce(std::size_t theCount, const std::function<void()>& theWork)
+{
+   std::vector<std::jthread> aThreads;
+   for (std::size_t i = 1; i < theCount; ++i)
+   {
+      try
+      {
+         aThreads.emplace_back(theWork);
+      }
+      catch (const std::system_error&)
+      {
+         break;
+      }
+   }
+   theWork();
 }
 } // namespace
 
@@ -249,45 +271,8 @@ void SendCommand::SendOneBatch(const SendBatch& theBatch, SendReport& theReport)
        itsEnd || Interruption::HasCome() || (itsSettings.itsFailsFast && theReport.Count(Outcome::Failed) > 0);
    if (!isOver)
    {
-      std::mutex aMutex;
-      std::exception_ptr aFault;           // the report cannot be written, or there is no memory
-      std::optional<NetworkFailure> anEnd; // of one of the associations
       const std::size_t aFailed = theReport.Count(Outcome::Failed);
-      const auto aRun = [&] {
-         try
-         {
-            Sender aSender(itsRequester, itsSettings, itsFiles, theBatch, aQueue, theReport);
-            const std::optional<NetworkFailure> aLoss = aSender.Run();
-            const std::lock_guard aLock(aMutex);
-            itsAssociationCount += aSender.GetAssociationCount();
-            anEnd = anEnd ? anEnd : aLoss;
-         }
-         catch (...)
-         {
-            const std::lock_guard aLock(aMutex);
-            aFault = std::current_exception();
-            aQueue.Stop();
-         }
-      };
-      {
-         std::vector<std::jthread> aThreads;
-         for (std::size_t i = 1; i < std::min<std::size_t>(itsParallel, theBatch.itsFiles.size()); ++i)
-         {
-            try
-            {
-               aThreads.emplace_back(aRun);
-            }
-            catch (const std::system_error&)
-            {
-               break; // those that there are share the files
-            }
-         }
-         aRun();
-      }
-      if (aFault)
-      {
-         std::rethrow_exception(aFault);
-      }
+      const std::optional<NetworkFailure> anEnd = RunSenders(theBatch, aQueue, theReport);
       if (anEnd && aQueue.IsEmpty() && theReport.Count(Outcome::Failed) == aFailed)
       {
          theReport.Tell(itsRequester.GetPeer().Text() + ": " + anEnd->what() + "; other associations sent all");
@@ -298,6 +283,37 @@ void SendCommand::SendOneBatch(const SendBatch& theBatch, SendReport& theReport)
       }
    }
    TellRest(aQueue, theReport);
+}
+
+// Returns why one of the associations has ended, if one has. Throws when the report cannot be written, or there is no
+// memory.
+std::optional<NetworkFailure> SendCommand::RunSenders(const SendBatch& theBatch, SendQueue& theQueue,
+                                                      SendReport& theReport)
+{
+   std::mutex aMutex;
+   std::exception_ptr aFault;
+   std::optional<NetworkFailure> anEnd;
+   RunAtOnce(std::min<std::size_t>(itsParallel, theBatch.itsFiles.size()), [&] {
+      try
+      {
+         Sender aSender(itsRequester, itsSettings, itsFiles, theBatch, theQueue, theReport);
+         const std::optional<NetworkFailure> aLoss = aSender.Run();
+         const std::lock_guard aLock(aMutex);
+         itsAssociationCount += aSender.GetAssociationCount();
+         anEnd = anEnd ? anEnd : aLoss;
+      }
+      catch (...)
+      {
+         const std::lock_guard aLock(aMutex);
+         aFault = std::current_exception();
+         theQueue.Stop();
+      }
+   });
+   if (aFault)
+   {
+      std::rethrow_exception(aFault);
+   }
+   return anEnd;
 }
 
 void SendCommand::TellRest(SendQueue& theQueue, SendReport& theReport) const

@@ -27,6 +27,7 @@ private:
    void LookAt(const std::string& thePath, SendReport& theReport);
    void SendBatches(SendReport& theReport);
    void SendOneBatch(const SendBatch& theBatch, SendReport& theReport);
+   std::optional<NetworkFailure> RunSenders(const SendBatch& theBatch, SendQueue& theQueue, SendReport& theReport);
    void TellRest(SendQueue& theQueue, SendReport& theReport) const;
    UINT64 TotalBytes() const;
    void ShowPlan() const;
