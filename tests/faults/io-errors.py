@@ -158,6 +158,12 @@ def name_of(kinds):
     return "any call but unlink" if kinds == ALL & ~UNLINK else "|".join(name for i, name in enumerate(names) if kinds >> i & 1)
 
 
+def show(faults):
+    """The first of them, under the line that tells how many there are."""
+    for fault in faults[:8]:
+        print(f"   {fault}", flush=True)
+
+
 def errors(arguments):
     rows = [("EIO", errno.EIO, ALL & ~UNLINK), ("EIO", errno.EIO, RENAME | UNLINK), ("ENOSPC", errno.ENOSPC, OPEN | WRITE | SYNC | RENAME | MAKE_FOLDER),
             ("EMFILE", errno.EMFILE, OPEN), ("EACCES", errno.EACCES, OPEN | RENAME | MAKE_FOLDER | UNLINK),
@@ -200,8 +206,7 @@ def errors(arguments):
                                   bench.restart(signal.SIGKILL if is_lasting else signal.SIGTERM) + bench.faults()]
                     print(f"--fsync {mode}, {error} {'from the n-th on' if is_lasting else 'once'} of {name_of(kinds)}: "
                           f"{cases} moments, {refusals} instances refused with A700H, {len(found)} faults", flush=True)
-                    for fault in found[:8]:
-                        print(f"   {fault}", flush=True)
+                    show(found)
                     total, failed = total + cases, failed + len(found)
     print(f"write errors: {total} moments, {failed} faults")
     return failed
@@ -285,8 +290,7 @@ def replace(arguments):
                     disk = f", names cannot be exchanged ({errno.errorcode[flags]})" if flags else ""
                     print(f"--fsync {mode} --duplicates replace{disk}, EIO {'from the n-th on' if is_lasting else 'once'}: "
                           f"{cases} moments, {refusals} refused with A700H, {len(found)} faults", flush=True)
-                    for fault in found[:8]:
-                        print(f"   {fault}", flush=True)
+                    show(found)
                     total, failed = total + cases, failed + len(found)
     print(f"replacing: {total} moments, {failed} faults")
     return failed
@@ -357,8 +361,7 @@ def memory(arguments):
             found += bench.restart(signal.SIGTERM) + bench.faults()
             print(f"memory, {length} allocations fail in turn of the {count} of an association that is to {name}: {cases} "
                   f"moments, {refusals} instances not taken, {len(found)} faults", flush=True)
-            for fault in found[:8]:
-                print(f"   {fault}", flush=True)
+            show(found)
             failed, total = failed + len(found), total + cases
     return failed
 
@@ -423,8 +426,7 @@ def sender(arguments):
                 shutil.rmtree(folder)
             print(f"{name} of the {count} of tn send {' '.join(options)}: {len(moments)} moments, it ended with "
                   f"{', '.join(map(str, sorted(codes, key=str)))}; {len(found)} faults", flush=True)
-            for fault in found[:8]:
-                print(f"   {fault}", flush=True)
+            show(found)
             return len(moments), len(found)
 
         for options in ((), ("--parallel", "3"), ("--retry", "1")):
@@ -524,8 +526,7 @@ def order(arguments):
                 faults.append(f"senders ended with {codes}, {answers} answers were seen")
             print(f"--fsync {mode}{f' after --fsync {before}, ended by signal {end}' if before else ''}: {answers} answers to "
                   f"6 senders, each after all that it needs is on the disk; {len(faults)} faults", flush=True)
-            for fault in faults[:8]:
-                print(f"   {fault}", flush=True)
+            show(faults)
             failed += len(faults)
     return failed
 

@@ -238,7 +238,7 @@ void StoreRole::Receive(PDU_Service& theService, const DICOMCommandObject& theCo
    {
       throw StoreRefusal(StoreStatus::kInvalidInstance, "Affected SOP Instance UID is not valid");
    }
-   SpoolFile& aFile = TakeFile();
+   SpoolFile& aFile = BeginFile();
    WriteMetaInformation(aFile, theService, aClass, anInstanceUID, theInput.GetTransferSyntaxType());
    const std::uint64_t aStart = aFile.GetSize();
 
@@ -269,12 +269,9 @@ void StoreRole::Receive(PDU_Service& theService, const DICOMCommandObject& theCo
    }
 }
 
-SpoolFile& StoreRole::TakeFile()
+SpoolFile& StoreRole::BeginFile()
 {
-   if (!itsFile)
-   {
-      itsFile = std::make_unique<SpoolFile>(itsArchive.GetSpoolFolder(), itsBuffer);
-   }
+   itsFile = itsNextFile ? std::move(itsNextFile) : std::make_unique<SpoolFile>(itsArchive.GetSpoolFolder(), itsBuffer);
    return *itsFile;
 }
 
@@ -285,7 +282,7 @@ void StoreRole::MakeNextFile() noexcept
    itsFile.reset();
    try
    {
-      TakeFile();
+      itsNextFile = std::make_unique<SpoolFile>(itsArchive.GetSpoolFolder(), itsBuffer);
    }
    catch (const std::exception&)
    {} // the next instance tries again, and tells

@@ -53,7 +53,7 @@ private:
    void Store(PDU_Service& theService, const DICOMCommandObject& theCommand, InputTransferSyntax& theInput);
    void Receive(PDU_Service& theService, const DICOMCommandObject& theCommand, InputTransferSyntax& theInput);
    void Tell(const PDU_Service& theService, const InstanceKeys& theKeys) const;
-   SpoolFile& TakeFile();
+   SpoolFile& BeginFile();
    void MakeNextFile() noexcept;
    int Answer(PDU_Service& theService, const DICOMCommandObject& theCommand, const StoreRefusal* theRefusal);
    void LogRefusal(const PDU_Service& theService, const DICOMCommandObject& theCommand, const StoreRefusal& theRefusal);
@@ -63,7 +63,8 @@ private:
    const Settings& itsSettings;
    Messages itsMessages;
    SpoolBuffer itsBuffer;
-   std::unique_ptr<SpoolFile> itsFile; // of the instance that is coming, or of the next one
+   std::unique_ptr<SpoolFile> itsFile;     // of the instance that is coming, or came last
+   std::unique_ptr<SpoolFile> itsNextFile; // which is empty
    unsigned long itsStored = 0;
    unsigned long itsKnown = 0; // were stored already
    unsigned long itsRefused = 0;
